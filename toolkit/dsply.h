@@ -1,0 +1,123 @@
+// The display: the connection to the X server, its top-level windows and
+// its input, in terms free of any X type.  The event system reads display
+// events through this interface and nothing above it includes X headers.
+//
+// Every call tolerates a closed display: requests do nothing, queries give
+// neutral answers (no event, zero sizes).
+#ifndef OWB_TOOLKIT_DSPLY_H
+#define OWB_TOOLKIT_DSPLY_H
+
+#include <cstdint>
+#include <string>
+#include <vector>
+
+#include "toolkit/curs.h"
+#include "toolkit/draw.h"
+#include "toolkit/geom.h"
+#include "toolkit/rgn.h"
+
+// Looks: 6 is the character look; the toolkit draws one flat look.
+enum { DSPLY_LOOKCHAR = 6, DSPLY_LOOKFLAT = 7 };
+
+// Opens the connection; null name means $DISPLAY.  True on success or when
+// already open.  A failure leaves the display closed and the reason in
+// DSPLY_GetLastError.
+bool DSPLY_Init(const char* displayName);
+void DSPLY_Exit();
+bool DSPLY_IsOpen();
+const char* DSPLY_GetLastError();
+int DSPLY_GetConnectionFd();  // -1 when closed
+
+int DSPLY_GetLook();
+void DSPLY_UpdateLook();
+// Dots per inch that fonts and resource boxes are scaled to: $OWB_DPI, else
+// the X resource Xft.dpi, else 96.
+int DSPLY_GetScreenDpi();
+_Point16Rec DSPLY_GetScreenExt();
+void DSPLY_Beep();
+void DSPLY_Flush();
+void DSPLY_Sync();
+// Milliseconds of a monotonic clock (the event and timer time base).
+int64_t DSPLY_Now();
+
+// Top-level windows.  The box is the client area in screen coordinates.
+NatWinId DSPLY_NewWin(const _Rect16Rec& box, const char* label, ColorPtr background);
+void DSPLY_DisposeWin(NatWinId win);
+void DSPLY_ShowWin(NatWinId win);
+void DSPLY_HideWin(NatWinId win);
+void DSPLY_RaiseWin(NatWinId win);
+void DSPLY_IconifyWin(NatWinId win);
+void DSPLY_MoveResizeWin(NatWinId win, const _Rect16Rec& box);
+void DSPLY_SetWinLabel(NatWinId win, const char* label);
+void DSPLY_SetWinIconLabel(NatWinId win, const char* label);
+// An icon of w x h pixels, 0xAARRGGBB each; null clears it.
+void DSPLY_SetWinIcon(NatWinId win, int w, int h, const uint32_t* argb);
+void DSPLY_SetWinMinMax(NatWinId win, _Point16Rec minExt, _Point16Rec maxExt);
+void DSPLY_SetWinTransientFor(NatWinId win, NatWinId owner);
+void DSPLY_SetWinCursor(NatWinId win, CursPtr cursor);
+void DSPLY_FocusWin(NatWinId win);
+// Marks a part of the window for an expose event.
+void DSPLY_InvalWinRect(NatWinId win, const _Rect16Rec& rect);
+// The window's client box in screen coordinates as the server has it.
+bool DSPLY_QueryWinBox(NatWinId win, _Rect16Rec* box);
+// The pointer: screen location, the toolkit window under it (0 if none),
+// the location in that window, the modifier bits.
+bool DSPLY_QueryPointer(_Point16Rec* abs, NatWinId* win, _Point16Rec* winLoc, unsigned* mods);
+void DSPLY_GrabPointer(NatWinId win);
+void DSPLY_UngrabPointer();
+
+// Input.
+enum DsplyEvKindEnum {
+  DSPLY_EVNONE = 0,
+  DSPLY_EVEXPOSE,
+  DSPLY_EVBUTTONPRESS,
+  DSPLY_EVBUTTONRELEASE,
+  DSPLY_EVMOTION,
+  DSPLY_EVLEAVE,
+  DSPLY_EVENTER,
+  DSPLY_EVKEYPRESS,
+  DSPLY_EVKEYRELEASE,
+  DSPLY_EVCONFIGURE,  // Box: the new client box in screen coordinates
+  DSPLY_EVMAP,
+  DSPLY_EVUNMAP,
+  DSPLY_EVDELETE,     // the window manager's close box
+  DSPLY_EVFOCUSIN,
+  DSPLY_EVFOCUSOUT,
+  DSPLY_EVTAKEFOCUS
+};
+
+struct _DsplyEventRec {
+  int Kind;
+  NatWinId Win;
+  uint32_t Time;         // server time in milliseconds
+  _Point16Rec AbsLoc;    // pointer on the screen
+  _Point16Rec WinLoc;    // pointer in the window
+  int Button;            // EVENT_BUT1..3 or EVENT_BUTNONE
+  unsigned Modifiers;    // EVENT_MOD... bits; a press sets, a release clears its button
+  int Key;               // EvKeyEnum
+  char KbStr[256];       // the key's text (UTF-8)
+  char KbAsciiStr[256];  // its ASCII part
+  bool InNumKeyPad;
+  _Rect16Rec Box;        // configure
+  RegionPtr Rgn;         // expose: the merged exposed region, owned by the record
+};
+
+// Fills ev with the next display event without waiting; false when none.
+// Expose events of one window that are queued are merged into one region.
+bool DSPLY_CheckEvent(_DsplyEventRec* ev);
+// The same, for key presses alone (type-ahead).
+bool DSPLY_CheckKeyEvent(_DsplyEventRec* ev);
+// Events already read from the server and not yet taken.
+int DSPLY_Pending();
+// Waits until the server has sent something or the time (ms; -1 forever)
+// is over; true when there is input.  An interrupted wait gives false.
+bool DSPLY_WaitForInput(int timeoutMs);
+// Frees what the record owns and clears it.
+void DSPLY_ClearEvent(_DsplyEventRec* ev);
+
+// Screen capture: the window's client area as rows of RGB bytes.
+bool DSPLY_CaptureWin(NatWinId win, int* width, int* height, std::vector<uint8_t>* rgb);
+// The same written as a PNG file; false with a reason in DSPLY_GetLastError.
+bool DSPLY_SaveWinPng(NatWinId win, const std::string& path);
+
+#endif  // OWB_TOOLKIT_DSPLY_H
