@@ -2,7 +2,10 @@
 // look: light neutral surfaces, 1-pixel borders and one blue accent.
 #include "toolkit/color.h"
 
+#include <cctype>
+#include <cstdlib>
 #include <cstring>
+#include <map>
 #include <strings.h>
 
 namespace {
@@ -59,6 +62,22 @@ ColorPtr COLOR_LoadByName(const char* name) {
   for (int i = 0; i < COLOR_IDCOUNT; i++)
     if (strcasecmp(name, kStock[i].name) == 0) return COLOR_LoadById(i);
   return nullptr;
+}
+
+ColorPtr COLOR_LoadBySpec(const char* spec) {
+  if (!spec || !*spec) return nullptr;
+  if (spec[0] != '#') return COLOR_LoadByName(spec);
+  if (std::strlen(spec) != 7) return nullptr;
+  for (int i = 1; i < 7; i++)
+    if (!std::isxdigit(static_cast<unsigned char>(spec[i]))) return nullptr;
+  unsigned long v = std::strtoul(spec + 1, nullptr, 16);
+  static std::map<unsigned long, _ColorRec> kept;
+  auto it = kept.find(v);
+  if (it == kept.end())
+    it = kept.emplace(v, _ColorRec{static_cast<uint8_t>(v >> 16), static_cast<uint8_t>(v >> 8),
+                                   static_cast<uint8_t>(v), COLOR_KINDRGB, true, 0, false, nullptr})
+             .first;
+  return &it->second;
 }
 
 ColorPtr COLOR_Black() { return COLOR_LoadById(COLOR_IDBLACK); }

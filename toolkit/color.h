@@ -68,6 +68,10 @@ ColorPtr COLOR_Invert();
 ColorPtr COLOR_LoadById(int id);
 // A stock colour by its name ("Black", "Accent", ..., case ignored); null if unknown.
 ColorPtr COLOR_LoadByName(const char* name);
+// A colour named by a template: a stock name or "#rrggbb".  Colours given
+// as "#rrggbb" are kept for the program's life, one per value.  Null for
+// null, "" or a text that is neither.
+ColorPtr COLOR_LoadBySpec(const char* spec);
 // A colour of the caller's.
 ColorPtr COLOR_NewRgb(uint8_t r, uint8_t g, uint8_t b);
 // Frees a colour of the caller's; stock colours and null are ignored.

@@ -1,7 +1,12 @@
 // Font records.  The faces themselves are opened by the display layer.
 #include "toolkit/font.h"
 
+#include <cstdlib>
 #include <cstring>
+#include <map>
+#include <sstream>
+#include <string>
+#include <vector>
 #include <strings.h>
 
 // Defined by the display layer.
@@ -59,3 +64,26 @@ int FONT_GetDescent(FontPtr font) {
 }
 
 int FONT_GetHeight(FontPtr font) { return FONT_GetAscent(font) + FONT_GetDescent(font); }
+
+FontPtr FONT_LoadBySpec(const char* spec) {
+  if (!spec || !*spec) return nullptr;
+  static std::map<std::string, _FontRec> kept;
+  auto it = kept.find(spec);
+  if (it != kept.end()) return &it->second;
+  std::istringstream in(spec);
+  std::vector<std::string> words;
+  for (std::string w; in >> w;) words.push_back(w);
+  bool bold = false;
+  int points = FONT_DEFPOINTS;
+  if (!words.empty() && strcasecmp(words.back().c_str(), "bold") == 0) {
+    bold = true;
+    words.pop_back();
+  }
+  if (!words.empty() && words.back().find_first_not_of("0123456789") == std::string::npos) {
+    points = std::atoi(words.back().c_str());
+    words.pop_back();
+  }
+  std::string family;
+  for (const std::string& w : words) family += (family.empty() ? "" : " ") + w;
+  return &kept.emplace(spec, makeFont(family.c_str(), points, bold, true)).first->second;
+}

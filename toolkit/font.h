@@ -27,7 +27,11 @@ FontPtr FONT_Default();
 FontPtr FONT_DefaultBold();
 // A font of the caller's; the family is cut to 63 characters.
 FontPtr FONT_New(const char* family, int points, bool bold);
-void FONT_Dispose(FontPtr font);  // stock fonts and null are ignored
+void FONT_Dispose(FontPtr font);
+// A font named by a template, "Family [points] [bold]" (for instance
+// "DejaVu Sans Mono 9" or "DejaVu Sans 12 bold"); one font is kept for the
+// program's life per text.  Null for null or "".
+FontPtr FONT_LoadBySpec(const char* spec);  // stock fonts and null are ignored
 bool FONT_Equal(FontPtr a, FontPtr b);
 // Metrics in pixels; 0 when the display is not open.
 int FONT_GetAscent(FontPtr font);

@@ -1,0 +1,45 @@
+// The event contexts, shared by the modules of the event system
+// (event.cpp, evmodal.cpp, timer.cpp).  Not for use outside it.
+#ifndef OWB_TOOLKIT_EVCTX_H
+#define OWB_TOOLKIT_EVCTX_H
+
+#include "toolkit/event.h"
+
+struct EventContext {
+  BoolEnum Running = 1;
+  UInt WinMask = EVENT_MASKALLBUTLEAVE;  // types allowed for the context's window
+  UInt AnyMask = EVENT_MASKALLBUTLEAVE;  // types allowed for any destination
+  UInt UpdateMask = EVENT_MASKALLBUTLEAVE;  // types that update the input state
+  WinPtr Win = nullptr;                  // the context's window
+  WinPtr DestWin = nullptr;              // input is redirected to this window
+  WgtPtr Target = nullptr;               // and given to this widget (tracking)
+  BoolEnum Grab = 0;
+  BoolEnum Modal = 0;
+  _EventRec Last{};                      // the last event delivered
+  BoolEnum Seen = 0;
+  WgtPtr MouseWgt = nullptr;
+  BoolEnum Blocking = 1;
+  BoolEnum NoBlock = 0;
+  BoolEnum TrackAborted = 0;
+};
+
+EventContext& EventTopContext();
+// Pushes a copy of the current context with running, blocking and seen
+// set; the caller sets the masks.
+EventContext& EventPushContext();
+void EventPopContext();
+Int EventContextDepth();
+EventContext& EventContextAt(Int depth);
+// Pops contexts down to a depth (after a failure).
+void EventUnwindContexts(Int depth);
+
+// Runs an event through the context filter to its widget.
+void EventProcess(EventPtr event);
+// Computes the wait of the timer queue, tells the native alarm procedures.
+void EventActivateTimer();
+// Resets the timer queue (start-up).
+void TimerReset();
+// The input state: buttons held and modifiers as last seen.
+UInt EventMouseMods();
+
+#endif  // OWB_TOOLKIT_EVCTX_H
