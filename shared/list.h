@@ -156,6 +156,17 @@ class List {
  private:
   void privateInsert(ListChunk* targetChunk, long index, ItemPtr item);
   ListChunk* newChunk();
+  ListChunk* lastChunk();
+  void forgetPositions() { cachedChunk_ = nullptr; }
+
+  // The end of the chain, so that include need not walk it; kept in step by
+  // every operation that adds or frees a chunk.
+  ListChunk* lastListChunk_ = nullptr;
+  // The chunk of the last position looked up and the position of its first
+  // element, so that walking a list in order does not start from the head
+  // each time.  Forgotten by every operation that moves elements.
+  ListChunk* cachedChunk_ = nullptr;
+  long cachedStart_ = 0;
 };
 
 // The settings of every list in the tools.
