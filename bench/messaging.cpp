@@ -11,6 +11,7 @@
 #include <algorithm>
 #include <chrono>
 #include <cstring>
+#include <filesystem>
 #include <fstream>
 #include <string>
 #include <thread>
@@ -34,13 +35,22 @@ ErrorCode echoHandler(Message* message, Message* reply) {
 
 MessageTemplate echoTemplate() { return makeMessageTemplate({kParamStr255, kParamLong}); }
 
-// A HOME of its own, with the log open as in a tool.
+std::string gBenchHome;
+pid_t gBenchProcess = getpid();
+
+void removeBenchHome() {
+  std::error_code ignored;
+  if (getpid() == gBenchProcess) std::filesystem::remove_all(gBenchHome, ignored);
+}
+
+// A HOME of its own (removed at exit), with the log open as in a tool.
 void startProcessGlobals(const char* name) {
-  static std::string home;
-  if (home.empty()) {
+  if (gBenchHome.empty()) {
     char pattern[] = "/tmp/owbbench.XXXXXX";
-    home = mkdtemp(pattern);
-    setenv("HOME", home.c_str(), 1);
+    if (!mkdtemp(pattern)) std::abort();
+    gBenchHome = pattern;
+    setenv("HOME", gBenchHome.c_str(), 1);
+    std::atexit(removeBenchHome);
   }
   delete[] gToolName;
   gToolName = newStringCopy(name);
