@@ -30,8 +30,6 @@ const char* const kNewEnginePort = "$NEW_ENG_PORT$";
 const char* const kNewFleetPort = "$NEW_FLEET_PORT$";
 const char* const kStartupFileName = "startup.cfg";
 
-bool isWhite(char c) { return std::isspace(static_cast<unsigned char>(c)) != 0; }
-
 // Copies the option line `line` to `out` without its comments.  A `/*`
 // comment keeps its `/` and may end with `*/` or with the line; `//` drops
 // the rest of the line but keeps its first `/`.  Every copied `*` is
@@ -85,7 +83,7 @@ char* includedFileName(char* text) {
   size_t wordLength = std::strlen(kIncludeWord);
   if (strncasecmp(text, kIncludeWord, wordLength) != 0) return nullptr;
   char* rest = text + wordLength;
-  if (*rest != '=' && !isWhite(*rest)) return nullptr;
+  if (*rest != '=' && !isWhiteSpace(*rest)) return nullptr;
   if (char* equals = std::strchr(rest, '=')) rest = equals + 1;
   rest = firstNonWhiteSpace(rest);
   *endOfNonWhiteSpace(rest) = '\0';
@@ -104,9 +102,9 @@ FILE* openConfigFile(const char* configFN, const std::vector<const configItem*>&
   for (const configItem* item : autoLoadPaths) {
     const char* p = item->value.asString;
     while (*p) {
-      while (*p && isWhite(*p)) ++p;
+      while (*p && isWhiteSpace(*p)) ++p;
       const char* tokenEnd = p;
-      while (*tokenEnd && !isWhite(*tokenEnd)) ++tokenEnd;
+      while (*tokenEnd && !isWhiteSpace(*tokenEnd)) ++tokenEnd;
       if (tokenEnd == p) break;
       std::string candidate(p, static_cast<size_t>(tokenEnd - p));
       candidate += configFN;
@@ -241,7 +239,7 @@ class ConfigReader {
       append(configNil, name);
     } else if (isTSString(setting)) {
       if (configItem* item = append(configString, name)) {
-        item->value.asString = copyOfString(std::string(setting + 1, std::strlen(setting) - 2).c_str());
+        item->value.asString = copyOfText(setting + 1, std::strlen(setting) - 2);
         if (item->value.asString && isAutoLoadPath(item)) autoLoadPaths_.push_back(item);
       }
     } else if (isTSInteger(setting)) {
