@@ -9,6 +9,8 @@
 #ifndef OWB_FLEET_FLEETDEF_H
 #define OWB_FLEET_FLEETDEF_H
 
+#include <cstddef>
+
 #include "owbtypes.h"
 #include "shared/list.h"
 
