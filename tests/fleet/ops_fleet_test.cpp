@@ -219,6 +219,36 @@ TEST(FleetLife, MadeBootedKilledBackedUpRestoredRemoved) {
   EXPECT_TRUE(eventually([] { return opstest::childProcesses().empty(); }));
 }
 
+TEST(BootEngine, UndefinedNameInAnExternalFailsTheBoot) {
+  opstest::ChildReaper reaper;
+  opstest::FleetSandbox sandbox;
+  const std::string fleet = sandbox.fleetDir("broken");
+  writeWholeFile(sandbox.root() + "/bad.cfg", "&bad = /bin/sleep $NOSUCHVALUE\n");
+  makeDefinedFleet(fleet, {"one", "two"}, 9200, "bad.cfg");
+
+  EXPECT_FALSE(warmBootEngine(fleet.c_str(), "-d1", "one", nullptr));
+  ASSERT_EQ(sandbox.output.fatals.size(), 1u);
+  EXPECT_EQ(sandbox.output.fatals[0],
+            (owbtest::RecordingOutput::Entry{"Engine Not Started",
+                                             "Cannot warm boot because there is no old database for engine one"}));
+  sandbox.output.clear();
+  EXPECT_FALSE(coldBootEngine(fleet.c_str(), "-d1", "two", nullptr));
+  ASSERT_EQ(sandbox.output.fatals.size(), 2u);
+  EXPECT_EQ(sandbox.output.fatals[0],
+            (owbtest::RecordingOutput::Entry{
+                "Cannot Start External Process",
+                "No value is available for $NOSUCHVALUE in the command line for external process 'bad'"}));
+  EXPECT_EQ(sandbox.output.fatals[1],
+            (owbtest::RecordingOutput::Entry{"Engine Not Started", "Failed to start the external processes"}));
+  EXPECT_FALSE(fileExistsNow(fleet + "/two.pid"));
+  EXPECT_FALSE(fileExistsNow(fleet + "/bad.pid"));
+  // The place's external, which stands before the faulty line, was started.
+  EXPECT_TRUE(eventually([&] { return isRunning(fleet.c_str(), "placemon") != 0; }));
+  KillFleetArgs kill;
+  std::snprintf(kill.fleetDir, sizeof kill.fleetDir, "%s", fleet.c_str());
+  EXPECT_TRUE(killFleet(&kill));
+}
+
 TEST(KillFleet, CanIgnoreFollowsChosenThenExternalThenEngineFlags) {
   List engines(kStandardChunkSize, TRUE, EqualCompare);
   engines.include(new StringItem("Alpha"));
