@@ -8,6 +8,7 @@
 #include <cstdlib>
 #include <cstring>
 #include <string>
+#include <vector>
 
 #include "fleet/configmacro.h"
 #include "fleet/fileutil.h"
@@ -28,8 +29,6 @@ const char* const kIncludeWord = "include";
 const char* const kNewEnginePort = "$NEW_ENG_PORT$";
 const char* const kNewFleetPort = "$NEW_FLEET_PORT$";
 const char* const kStartupFileName = "startup.cfg";
-
-bool isWhite(char c) { return std::isspace(static_cast<unsigned char>(c)) != 0; }
 
 // Copies the option line `line` to `out` without its comments.  A `/*`
 // comment keeps its `/` and may end with `*/` or with the line; `//` drops
@@ -84,25 +83,28 @@ char* includedFileName(char* text) {
   size_t wordLength = std::strlen(kIncludeWord);
   if (strncasecmp(text, kIncludeWord, wordLength) != 0) return nullptr;
   char* rest = text + wordLength;
-  if (*rest != '=' && !isWhite(*rest)) return nullptr;
+  if (*rest != '=' && !isWhiteSpace(*rest)) return nullptr;
   if (char* equals = std::strchr(rest, '=')) rest = equals + 1;
   rest = firstNonWhiteSpace(rest);
   *endOfNonWhiteSpace(rest) = '\0';
   return rest;
 }
 
-// Opens configFN as it stands or, when relative, in each AutoLoadPath
-// directory read so far, in list and then token order.
-FILE* openConfigFile(const char* configFN, configItem* listHead) {
+bool isAutoLoadPath(const configItem* item) {
+  return item->kind == configString && item->label && std::strcmp(item->label, kAutoLoadPathLabel) == 0;
+}
+
+// Opens configFN as it stands or, when relative, in each directory of the
+// AutoLoadPath records read so far, in list and then token order.
+FILE* openConfigFile(const char* configFN, const std::vector<const configItem*>& autoLoadPaths) {
   if (FILE* file = openRegularFile(configFN)) return file;
   if (configFN[0] == '/') return nullptr;
-  for (configItem* item = listHead; item; item = item->next) {
-    if (item->kind != configString || !item->label || std::strcmp(item->label, kAutoLoadPathLabel) != 0) continue;
+  for (const configItem* item : autoLoadPaths) {
     const char* p = item->value.asString;
     while (*p) {
-      while (*p && isWhite(*p)) ++p;
+      while (*p && isWhiteSpace(*p)) ++p;
       const char* tokenEnd = p;
-      while (*tokenEnd && !isWhite(*tokenEnd)) ++tokenEnd;
+      while (*tokenEnd && !isWhiteSpace(*tokenEnd)) ++tokenEnd;
       if (tokenEnd == p) break;
       std::string candidate(p, static_cast<size_t>(tokenEnd - p));
       candidate += configFN;
@@ -114,20 +116,30 @@ FILE* openConfigFile(const char* configFN, configItem* listHead) {
 }
 
 // Copies text into a fixed buffer of kConfigValueSize bytes, truncating.
-void copyValue(char* buffer, const char* text) { std::snprintf(buffer, kConfigValueSize, "%s", text); }
+void copyValue(char* buffer, const char* text) {
+  size_t length = strnlen(text, kConfigValueSize - 1);
+  std::memcpy(buffer, text, length);
+  buffer[length] = '\0';
+}
 
 // One read: the list being built and the port mode.
 class ConfigReader {
  public:
   ConfigReader(configItem** listHead, long* nextPort, configItem** portHead, const char* engLabel)
-      : listHead_(listHead), nextPort_(nextPort), portHead_(portHead), engLabel_(engLabel ? engLabel : "") {
-    for (tail_ = *listHead_; tail_ && tail_->next; tail_ = tail_->next) {
+      : listHead_(listHead),
+        macros_(listHead),
+        nextPort_(nextPort),
+        portHead_(portHead),
+        engLabel_(engLabel ? engLabel : "") {
+    for (tail_ = *listHead_; tail_; tail_ = tail_->next) {
+      if (isAutoLoadPath(tail_)) autoLoadPaths_.push_back(tail_);
+      if (!tail_->next) break;
     }
   }
 
   // Reads configFN, nested depth files deep (the first file is depth 1).
   bool readFile(const char* configFN, int depth) {
-    FILE* file = depth <= kMaxIncludeDepth ? openConfigFile(configFN, *listHead_) : nullptr;
+    FILE* file = depth <= kMaxIncludeDepth ? openConfigFile(configFN, autoLoadPaths_) : nullptr;
     if (!file) {
       alertUser(kCannotReadTitle, configFN);
       return false;
@@ -192,7 +204,7 @@ class ConfigReader {
     copyValue(name, key);
     copyValue(setting, value);
     if (!takePort(name, setting)) return;
-    if (!doSubstitution(name, setting, *listHead_, sizeof setting)) return;
+    if (!doSubstitution(name, setting, macros_, sizeof setting)) return;
     if (kind == configEnviron) {
       if (configItem* item = append(configEnviron, name)) item->value.asEnviron = copyOfString(setting);
     } else {
@@ -202,6 +214,7 @@ class ConfigReader {
 
   // Handles a port value in the current mode; false drops the line.
   bool takePort(char* name, char* setting) {
+    if (setting[0] != '$') return true;
     if (strcasecmp(setting, kNewEnginePort) == 0) {
       std::string engineName = std::string(engLabel_) + "_" + name;
       if (portHead_) return allocateNewPort(engineName.c_str(), setting, nextPort_, portHead_, kConfigValueSize);
@@ -218,14 +231,17 @@ class ConfigReader {
 
   // Classifies an option's value; an unknown form makes no record.
   void addOption(const char* name, const char* setting) {
-    if (strcasecmp(setting, "#TRUE") == 0 || strcasecmp(setting, "#FALSE") == 0) {
+    bool hashed = setting[0] == '#';
+    if (hashed && (strcasecmp(setting, "#TRUE") == 0 || strcasecmp(setting, "#FALSE") == 0)) {
       if (configItem* item = append(configBoolean, name))
         item->value.asBoolean = strcasecmp(setting, "#TRUE") == 0 ? OWB_TRUE : OWB_FALSE;
-    } else if (strcasecmp(setting, "#NIL") == 0) {
+    } else if (hashed && strcasecmp(setting, "#NIL") == 0) {
       append(configNil, name);
     } else if (isTSString(setting)) {
-      if (configItem* item = append(configString, name))
-        item->value.asString = copyOfString(std::string(setting + 1, std::strlen(setting) - 2).c_str());
+      if (configItem* item = append(configString, name)) {
+        item->value.asString = copyOfText(setting + 1, std::strlen(setting) - 2);
+        if (item->value.asString && isAutoLoadPath(item)) autoLoadPaths_.push_back(item);
+      }
     } else if (isTSInteger(setting)) {
       if (configItem* item = append(configInteger, name)) item->value.asInteger = std::strtol(setting, nullptr, 10);
     }
@@ -233,6 +249,8 @@ class ConfigReader {
 
   configItem** listHead_;
   configItem* tail_ = nullptr;
+  MacroIndex macros_;
+  std::vector<const configItem*> autoLoadPaths_;  // in list order
   long* nextPort_;
   configItem** portHead_;
   const char* engLabel_;

@@ -5,6 +5,7 @@
 
 #include <cstdio>
 #include <cstring>
+#include <functional>
 #include <string>
 
 #include "fleet/fileutil.h"
@@ -16,21 +17,30 @@ const char* const kHostIPMacro = "LocalHostIP";
 
 namespace {
 
-// The option that defines macroName, or null.  Externals and file records
-// define nothing; an `@` line does not displace a definition of another kind.
+typedef std::function<configItem*(const char*)> DefinitionLookup;
+
+// Whether item can define a macro, and whether it displaces found, the
+// definition met before it: externals and file records define nothing, and
+// an `@` line does not displace a definition of another kind.
+bool displaces(const configItem* item, const configItem* found) {
+  if (item->kind == configExternal || item->kind == configFile || !item->label) return false;
+  return !(found && item->kind == configEnviron && found->kind != configEnviron);
+}
+
+// The option that defines macroName, or null.
 configItem* findDefinition(const char* macroName, configItem* listHead) {
   configItem* found = nullptr;
   for (configItem* item = listHead; item; item = item->next) {
-    if (item->kind == configExternal || item->kind == configFile) continue;
-    if (!item->label || std::strcmp(item->label, macroName) != 0) continue;
-    if (found && item->kind == configEnviron && found->kind != configEnviron) continue;
-    found = item;
+    // The first character is compared inline: this walk runs over the
+    // whole list for every macro line.
+    if (!item->label || item->label[0] != macroName[0] || std::strcmp(item->label, macroName) != 0) continue;
+    if (displaces(item, found)) found = item;
   }
   return found;
 }
 
 // The macro's text into *text; false after an alert when it has none.
-bool macroText(const char* macroName, configItem* listHead, std::string* text) {
+bool macroText(const char* macroName, const DefinitionLookup& lookup, std::string* text) {
   if (strcasecmp(macroName, kInstallDirMacro) == 0) {
     *text = OWKInstallDir;
     return true;
@@ -43,7 +53,7 @@ bool macroText(const char* macroName, configItem* listHead, std::string* text) {
     *text = ThisHostIP;
     return true;
   }
-  configItem* definition = findDefinition(macroName, listHead);
+  configItem* definition = lookup(macroName);
   if (!definition) {
     alertUser("Macro Not Defined", macroName);
     return false;
@@ -58,9 +68,7 @@ bool macroText(const char* macroName, configItem* listHead, std::string* text) {
   }
 }
 
-}  // namespace
-
-OWBboolean doSubstitution(char* varName, char* varValue, configItem* listHead, size_t valueSize) {
+OWBboolean substitute(char* varName, char* varValue, size_t valueSize, const DefinitionLookup& lookup) {
   char* open = std::strchr(varName, '(');
   if (!open) return OWB_TRUE;
   size_t nameLength = std::strlen(varName);
@@ -72,7 +80,7 @@ OWBboolean doSubstitution(char* varName, char* varValue, configItem* listHead, s
   std::string macroName(macroList, std::strcspn(macroList, ","));
 
   std::string expansion;
-  if (!macroText(macroName.c_str(), listHead, &expansion)) return OWB_FALSE;
+  if (!macroText(macroName.c_str(), lookup, &expansion)) return OWB_FALSE;
 
   char original[kConfigValueSize];
   std::snprintf(original, sizeof original, "%s", varValue);
@@ -88,6 +96,29 @@ OWBboolean doSubstitution(char* varName, char* varValue, configItem* listHead, s
   rebuilt += rest;
   std::snprintf(varValue, valueSize, "%s", rebuilt.c_str());
   return OWB_TRUE;
+}
+
+}  // namespace
+
+OWBboolean doSubstitution(char* varName, char* varValue, configItem* listHead, size_t valueSize) {
+  return substitute(varName, varValue, valueSize,
+                    [listHead](const char* name) { return findDefinition(name, listHead); });
+}
+
+OWBboolean doSubstitution(char* varName, char* varValue, MacroIndex& index, size_t valueSize) {
+  return substitute(varName, varValue, valueSize, [&index](const char* name) { return index.find(name); });
+}
+
+configItem* MacroIndex::find(const char* name) {
+  if (!lastIndexed_) definitions_.reserve(1024);
+  for (configItem* item = lastIndexed_ ? lastIndexed_->next : *listHead_; item; item = item->next) {
+    lastIndexed_ = item;
+    if (!item->label) continue;
+    configItem*& slot = definitions_[std::string_view(item->label)];
+    if (displaces(item, slot)) slot = item;
+  }
+  auto found = definitions_.find(std::string_view(name));
+  return found == definitions_.end() ? nullptr : found->second;
 }
 
 OWBboolean allocateNewPort(const char* varName, char* varValue, long* nextPort, configItem** portHead,

@@ -8,6 +8,8 @@
 #define OWB_FLEET_CONFIGMACRO_H
 
 #include <cstddef>
+#include <string_view>
+#include <unordered_map>
 
 #include "fleet/configitem.h"
 #include "owbtypes.h"
@@ -30,6 +32,26 @@ extern const char* const kHostIPMacro;      // "LocalHostIP"
 // holds valueSize bytes; a longer result is truncated.
 OWBboolean doSubstitution(char* varName, char* varValue, configItem* listHead,
                           size_t valueSize = kConfigValueSize);
+
+// The definitions that doSubstitution would find by walking a list, kept
+// in a table for a reader that substitutes while the list grows.  The list
+// may only grow at its tail; the table catches up on each look-up, so a
+// read without macros pays nothing for it.
+class MacroIndex {
+ public:
+  explicit MacroIndex(configItem** listHead) : listHead_(listHead) {}
+  // The record that defines name, or null.
+  configItem* find(const char* name);
+
+ private:
+  configItem** listHead_;
+  configItem* lastIndexed_ = nullptr;
+  // Keyed by the records' own labels, which live as long as the list.
+  std::unordered_map<std::string_view, configItem*> definitions_;
+};
+
+// doSubstitution with the definitions of index.
+OWBboolean doSubstitution(char* varName, char* varValue, MacroIndex& index, size_t valueSize = kConfigValueSize);
 
 // Finds or adds the port labelled varName in *portHead (a new one takes
 // *nextPort, which then steps by 2), reports it under "Allocated port" and

@@ -1,32 +1,34 @@
 // Line scanning shared by the definition reader and the configuration reader.
 #include "fleet/keyvalue.h"
 
-#include <cctype>
 #include <cstdlib>
 #include <cstring>
 
 namespace {
 
-bool isWhite(char c) { return std::isspace(static_cast<unsigned char>(c)) != 0; }
-
 // Just behind the last non-white character of [begin, end), or begin.
 char* trimmedEnd(char* begin, char* end) {
-  while (end > begin && isWhite(end[-1])) --end;
+  while (end > begin && isWhiteSpace(end[-1])) --end;
   return end;
 }
 
 }  // namespace
 
-char* copyOfString(const char* theSource) {
-  if (!theSource) theSource = "";
-  size_t length = std::strlen(theSource) + 1;
-  char* copy = static_cast<char*>(std::malloc(length));
-  if (copy) std::memcpy(copy, theSource, length);
+char* copyOfText(const char* theSource, size_t length) {
+  char* copy = static_cast<char*>(std::malloc(length + 1));
+  if (!copy) return nullptr;
+  std::memcpy(copy, theSource, length);
+  copy[length] = '\0';
   return copy;
 }
 
+char* copyOfString(const char* theSource) {
+  if (!theSource) theSource = "";
+  return copyOfText(theSource, std::strlen(theSource));
+}
+
 char* firstNonWhiteSpace(char* aString) {
-  while (*aString && isWhite(*aString)) ++aString;
+  while (*aString && isWhiteSpace(*aString)) ++aString;
   return aString;
 }
 

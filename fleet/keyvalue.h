@@ -3,7 +3,17 @@
 #ifndef OWB_FLEET_KEYVALUE_H
 #define OWB_FLEET_KEYVALUE_H
 
+#include <cstddef>
+
 #include "owbtypes.h"
+
+// White space as isspace has it in the "C" locale, which these files are
+// read in; inline, since the readers ask it of nearly every character.
+inline bool isWhiteSpace(char c) { return c == ' ' || (c >= '\t' && c <= '\r'); }
+
+// A malloc copy of the first length characters of theSource, terminated,
+// or null when memory is short.
+char* copyOfText(const char* theSource, size_t length);
 
 // A malloc copy of theSource (of "" for null), or null when memory is short.
 char* copyOfString(const char* theSource);
