@@ -204,11 +204,12 @@ class FleetSandbox {
 
   static std::string installTree() {
     if (const char* tree = std::getenv("OWB_INSTALL_TREE")) return tree;
-    // Run by hand from the source directory: the build's own tree.
-    char* resolved = realpath("build/owb", nullptr);
-    std::string tree = resolved ? resolved : "build/owb";
-    std::free(resolved);
-    return tree;
+    // Otherwise the installation beside this program: build/tests/.. then owb.
+    char self[4096];
+    ssize_t length = readlink("/proc/self/exe", self, sizeof self - 1);
+    std::string program(self, length > 0 ? static_cast<size_t>(length) : 0);
+    std::string programDir = program.substr(0, program.rfind('/'));
+    return programDir.substr(0, programDir.rfind('/')) + "/owb";
   }
   const std::string& root() const { return root_.path(); }
   std::string fleetDir(const std::string& name) const { return root_.file(name); }
