@@ -202,15 +202,7 @@ class FleetSandbox {
   FleetSandbox(const FleetSandbox&) = delete;
   FleetSandbox& operator=(const FleetSandbox&) = delete;
 
-  static std::string installTree() {
-    if (const char* tree = std::getenv("OWB_INSTALL_TREE")) return tree;
-    // Otherwise the installation beside this program: build/tests/.. then owb.
-    char self[4096];
-    ssize_t length = readlink("/proc/self/exe", self, sizeof self - 1);
-    std::string program(self, length > 0 ? static_cast<size_t>(length) : 0);
-    std::string programDir = program.substr(0, program.rfind('/'));
-    return programDir.substr(0, programDir.rfind('/')) + "/owb";
-  }
+  static std::string installTree() { return owbtest::installTree(); }
   const std::string& root() const { return root_.path(); }
   std::string fleetDir(const std::string& name) const { return root_.file(name); }
   std::string homeDir() const { return root_.file("home"); }

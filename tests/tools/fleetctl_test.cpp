@@ -23,16 +23,7 @@ struct Outcome {
   std::string err;
 };
 
-// $OWB_INSTALL_TREE/bin/fleetctl, or the installation beside this test
-// program (build/tests/.. then owb/bin) when the variable is not set.
-std::string fleetctlPath() {
-  if (const char* tree = std::getenv("OWB_INSTALL_TREE")) return std::string(tree) + "/bin/fleetctl";
-  char self[4096];
-  ssize_t length = readlink("/proc/self/exe", self, sizeof self - 1);
-  std::string program(self, length > 0 ? static_cast<size_t>(length) : 0);
-  std::string testsDir = program.substr(0, program.rfind('/'));
-  return testsDir.substr(0, testsDir.rfind('/')) + "/owb/bin/fleetctl";
-}
+std::string fleetctlPath() { return owbtest::installTree() + "/bin/fleetctl"; }
 
 // Runs fleetctl with args in directory, capturing both streams in files.
 Outcome runFleetctl(const std::vector<std::string>& args, const std::string& directory) {
