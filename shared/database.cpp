@@ -822,6 +822,9 @@ ErrorCode Database::readDataFromFile(long position, Ptr data, long length, Boole
 ErrorCode Database::writeDataToFile(long position, const void* data, long length) {
   if (fileRefNum == 0) return EBADF;
   if (length <= 0) return kNoError;
+  // File offsets are 32-bit in the format; a damaged value must not make a
+  // huge sparse file.
+  if (position + length > INT32_MAX) return EFBIG;
   int error = writeAt(fileRefNum, position, data, length);
   if (error == 0) noteFileEnd(position + length);
   return error;
