@@ -155,6 +155,9 @@ class Database {
   long mpCacheMisses = 0;
 
  protected:
+  // Entries that lie wholly inside the file, at most mpEntries: walks of the
+  // list stop there, so a damaged count cannot make them run on.
+  long scanLimit();
   // "Total <descriptor> in file: U (P%) / S (Q%)" on the statistics stream.
   void logStats(const char* descriptor, long bytesUsed, long bytesInSlop);
 
@@ -162,7 +165,6 @@ class Database {
   long locateSmallFreeEntry();
   long grabFreeSpace(long totalSize);
   FreeSpaceIndex* freeIndex();
-  long scanLimit();
   long cacheWindow() const;
   void readEntryDirect(long entryNumber, MasterPtrEntry* entry);
   void fillMPCache(long firstEntry);
