@@ -30,10 +30,6 @@ ErrorCode lastError = kNoError;
 // The statistics file being written by dumpDatabaseStats.
 std::ofstream* statstream = nullptr;
 
-// No block of the environment comes near this; a larger length can only come
-// from a damaged file, and allocating it would exhaust memory for nothing.
-constexpr long kMaxDataLength = 64L * 1024 * 1024;
-
 // Reads up to length bytes at position; stops at the end of the file or on
 // an error.  Returns the count read.
 long readAt(int fd, long position, void* data, long length) {

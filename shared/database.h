@@ -42,6 +42,10 @@ constexpr long kSmallFreeLength = 5;        // free space below this is abandone
 constexpr long kDataCacheEntries = 32;
 constexpr long kTempMemSize = 1024;
 constexpr uint32_t kOpenForWritingFlag = 1;
+// The largest buffer made for a block.  No block of the environment comes
+// near it; a larger length can only come from a damaged file, and
+// allocating it would exhaust memory for nothing (-1701).
+constexpr long kMaxDataLength = 16L * 1024 * 1024;
 
 // One block's pointer in the master pointer list.
 struct MasterPtrEntry {

@@ -86,11 +86,10 @@ ErrorCode SymbolDatabase::readBlockBytes(long block, std::vector<uint8_t>* bytes
   bytes->clear();
   long length = 0;
   if ((lastError = getBlockLength(block, &length)) != kNoError) return lastError;
-  Ptr data = newDataPtr(std::max(0L, length));
-  if (!data) return lastError = kOutOfMemory;
-  lastError = readDataFromBlock(block, data, TRUE);
-  if (lastError == kNoError && length > 0) bytes->assign(data, data + length);
-  deleteDataPtr(data);
+  if (length > kMaxDataLength) return lastError = kOutOfMemory;
+  bytes->resize(static_cast<size_t>(std::max(0L, length)));
+  lastError = readDataFromBlock(block, reinterpret_cast<Ptr>(bytes->data()), TRUE);
+  if (lastError != kNoError) bytes->clear();
   return lastError;
 }
 
