@@ -3,30 +3,34 @@
 // enough" does not have to read the whole list for every new block.
 //
 // It answers exactly what a scan of the entries in number order would; it
-// is only as true as what it is told through set().
+// is only as true as what it is told through set().  Memory grows with the
+// number of free entries, never with how high their numbers are.
 #ifndef OWB_SHARED_FREESPACEINDEX_H
 #define OWB_SHARED_FREESPACEINDEX_H
 
-#include <cstddef>
-#include <cstdint>
+#include <map>
 #include <set>
-#include <vector>
 
 class FreeSpaceIndex {
  public:
   // Records entry (from 1) as free with length bytes, or as not free.
   void set(long entry, bool isFree, long length);
-  // The lowest free entry, not above limit, whose length is below smallLength; -1 if none.
+  // The lowest free entry, not above limit, whose length is below the
+  // database's small free length; -1 if none.
   long firstSmall(long limit) const;
   // The lowest free entry, not above limit, whose length is at least size; -1 if none.
   long firstFit(long size, long limit) const;
 
  private:
-  void ensureRoom(long entry);
-  long findFit(size_t node, long low, long high, int64_t size, long limit) const;
+  // Free entries in runs of kBucketEntries numbers, each with its largest length.
+  struct Bucket {
+    std::map<long, long> lengths;
+    long largest = 0;
+  };
+  static constexpr long kBucketEntries = 256;
+  static void recomputeLargest(Bucket* bucket);
 
-  std::vector<int64_t> tree_;  // max-tree over entries; leaves_ leaves
-  long leaves_ = 0;
+  std::map<long, Bucket> buckets_;
   std::set<long> small_;
 };
 
