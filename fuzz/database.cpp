@@ -11,7 +11,7 @@ namespace {
 
 void walk(Database& db) {
   long entries = db.getMPEntries();
-  long limit = entries < 2048 ? entries : 2048;
+  long limit = entries < 128 ? entries : 128;
   for (long n = 1; n <= limit; ++n) {
     MasterPtrEntry entry;
     db.getMPEntry(n, &entry);
@@ -21,7 +21,7 @@ void walk(Database& db) {
     db.readDataFromBlock(n, data.data(), 1);
     long fields = 0;
     db.countFieldsInBlock(n, &fields);
-    long last = fields < 64 ? fields + 1 : 64;
+    long last = fields < 8 ? fields + 1 : 8;
     for (long f = 0; f <= last; ++f) {
       Ptr field = nullptr;
       long fieldLength = 0;
@@ -52,9 +52,14 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
   }
   {
     // Writing to the damaged file: blocks added, grown, filled and freed.
+    // Only files whose list is of a modest size, so that each run stays
+    // short (walks are bounded by the file's size, which writes can grow).
     Database writer;
     if (writer.openDBFile(path.c_str(), kReadWriteAccess, 0) == 0 &&
-        writer.getFileLength() >= 0 && writer.getFileLength() < (1 << 20)) {
+        writer.getFileLength() >= 0 && writer.getFileLength() < (1 << 20) &&
+        writer.getMPOffset() >= 20 && writer.getMPOffset() < (1 << 16) &&
+        writer.getMPSlots() <= 4096 && writer.getMPEntries() >= 0 &&
+        writer.getMPEntries() <= writer.getMPSlots()) {
       long block = 0;
       if (writer.addBlock(OWB_TYPE("DATA"), 8, 4, &block) == 0) {
         writer.initBlockForFields(block);
