@@ -23,8 +23,7 @@ std::string runCommand(const std::string& command, int* status) {
 }
 
 TEST(SymDump, PrintsClassesLinksFeaturesAndMaps) {
-  const char* buildDir = std::getenv("OWB_BUILD_DIR");
-  std::string tool = std::string(buildDir ? buildDir : "build") + "/tools/symdump";
+  const std::string tool = owbtest::buildDir() + "/tools/symdump";
   ASSERT_TRUE(fileExists(tool.c_str())) << tool;
   owbtest::TempDir dir;
   std::string path = dir.file("dump.sym");
