@@ -23,6 +23,9 @@ enum { DSPLY_LOOKCHAR = 6, DSPLY_LOOKFLAT = 7 };
 // already open.  A failure leaves the display closed and the reason in
 // DSPLY_GetLastError.
 bool DSPLY_Init(const char* displayName);
+// The start-up chain's entry: opens $DISPLAY if it can.  Without a display
+// the toolkit still runs; requests that need one do nothing.
+void DSPLY_Init(int);
 void DSPLY_Exit();
 bool DSPLY_IsOpen();
 const char* DSPLY_GetLastError();

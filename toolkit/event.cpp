@@ -5,6 +5,7 @@
 
 #include <strings.h>
 
+#include <algorithm>
 #include <cstdlib>
 #include <cstring>
 #include <memory>
@@ -520,7 +521,8 @@ void S_FlushKbBuf() {
 void bufferKey(const _DsplyEventRec& d) {
   if (gKbBuf.size() >= kKbBufSize) S_FlushKbBuf();
   KbChar c{};
-  std::strncpy(c.Str, d.KbStr, sizeof c.Str - 1);
+  // One character of UTF-8 takes at most 4 bytes.
+  std::memcpy(c.Str, d.KbStr, std::min(sizeof c.Str - 1, std::strlen(d.KbStr)));
   c.Ascii = d.KbAsciiStr[0];
   c.Time = d.Time;
   c.Mods = d.Modifiers;

@@ -178,6 +178,19 @@ Int16 unscale(Int16 v, Int resourceDpi) {
   return clamp16(static_cast<long>(v) * resourceDpi / DSPLY_GetScreenDpi());
 }
 
+// What a widget hides of those below it: its box, except for a panel
+// with no background of its own, which hides only what its children hide.
+void addOccluder(RegionPtr rgn, WgtPtr w) {
+  if (!w || w->Invisible) return;
+  if (PANEL_IsPanel(w) && !w->BgColor && !PANEL_GetLabel(reinterpret_cast<PanelPtr>(w))[0]) {
+    PanelPtr p = reinterpret_cast<PanelPtr>(w);
+    for (Int i = 0; i < PANEL_GetNumWgts(p); i++) addOccluder(rgn, PANEL_GetNthWgt(p, i));
+    return;
+  }
+  _Point16Rec o = WGT_QueryWinOrigin(w);
+  RGN_UnionRect(rgn, RECT16_Make(o.X, o.Y, w->Box.Extent.X, w->Box.Extent.Y));
+}
+
 void markVisStale(WgtPtr wgt) {
   wgt->WgtPrivate3 = 0;
   if (PANEL_IsPanel(wgt)) {
@@ -574,12 +587,10 @@ RegionPtr WGT_GetVisRgn(WgtPtr wgt) {
   if (PanelPtr panel = wgt->Panel) {
     RGN_Intersect(wgt->VisRgn, WGT_GetVisRgn(PANEL_Wgt(panel)));
     // Siblings with a higher Index lie above.
-    for (Int i = wgt->Index + 1; i < PANEL_GetNumWgts(panel); i++) {
-      WgtPtr s = PANEL_GetNthWgt(panel, i);
-      if (!s || s->Invisible) continue;
-      _Point16Rec so = WGT_QueryWinOrigin(s);
-      RGN_SubtractRect(wgt->VisRgn, RECT16_Make(so.X, so.Y, s->Box.Extent.X, s->Box.Extent.Y));
-    }
+    RegionPtr above = RGN_New();
+    for (Int i = wgt->Index + 1; i < PANEL_GetNumWgts(panel); i++) addOccluder(above, PANEL_GetNthWgt(panel, i));
+    RGN_Subtract(wgt->VisRgn, above);
+    RGN_Dispose(above);
   }
   wgt->WgtPrivate3 = 1;
   return wgt->VisRgn;

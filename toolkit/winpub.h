@@ -12,6 +12,7 @@
 #define OWB_TOOLKIT_WINPUB_H
 
 #include "toolkit/draw.h"
+#include "toolkit/wgtarray.h"
 #include "toolkit/wgtpub.h"
 
 enum ENUM_PanelNfyEnum {
@@ -86,6 +87,7 @@ struct _PanelObj {
   WgtPtr FocusWgt;
   RegionPtr SubVisRgn;
   ArrayPtr PanelPrivate2;  // the focus order as widgets
+  _Point16Rec LaidOutExt;  // the extent the children's boxes were made for
 };
 
 struct _WinObj {
@@ -128,10 +130,15 @@ void PANEL_InstallClass();
 void PANEL_InitClass();
 BoolEnum PANEL_IsPanel(WgtPtr wgt);
 long PANEL_DefNfy(ResPtr res, Int message, ClientPtr data);
+// The panel part of initialisation: the widget part, then every child.
+void PanelDefInit(PanelPtr panel);
 void PANEL_DefMouseClick(PanelPtr panel);
 void PANEL_DefMouseMove(PanelPtr panel);
+// The panel takes over the caller's reference to the widget.
 void PANEL_AddWgt(PanelPtr panel, WgtPtr wgt);
 void PANEL_AddWgtAtIndex(PanelPtr panel, WgtPtr wgt, Int index);
+// The widget leaves the panel (an initialised one is ended first) and the
+// panel's reference goes to the caller, who releases it.
 void PANEL_RemoveWgt(PanelPtr panel, WgtPtr wgt);
 Int PANEL_GetNumWgts(PanelPtr panel);
 WgtPtr PANEL_GetNthWgt(PanelPtr panel, Int n);

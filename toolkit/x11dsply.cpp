@@ -75,6 +75,8 @@ bool DSPLY_Init(const char* displayName) {
   return true;
 }
 
+void DSPLY_Init(int) { DSPLY_Init(static_cast<const char*>(nullptr)); }
+
 void DSPLY_Exit() {
   if (!gX.dpy) return;
   X11ReleaseAttributes();

@@ -1,0 +1,178 @@
+// Shared set-up of the toolkit tests that run windows: the classes, the
+// private X server, the event system, and small helpers to build windows
+// in code, record notifications and run the loop until something happens.
+#ifndef OWB_TESTS_TOOLKIT_TK_FIXTURE_H
+#define OWB_TESTS_TOOLKIT_TK_FIXTURE_H
+
+#include <gtest/gtest.h>
+
+#include <chrono>
+#include <string>
+#include <vector>
+
+#include "tests/xvfb_support.h"
+#include "toolkit/app.h"
+#include "toolkit/dsply.h"
+#include "toolkit/event.h"
+#include "toolkit/tarea.h"
+#include "toolkit/tbut.h"
+#include "toolkit/winpub.h"
+
+namespace tktest {
+
+// Classes installed once; the display opened on the shared Xvfb.
+inline bool startToolkit() {
+  static bool started = false;
+  if (!started) {
+    if (!owbtest::sharedXvfb().ok()) return false;
+    TKIT_LibInstall();
+    if (!DSPLY_Init(owbtest::sharedXvfb().display().c_str())) return false;
+    EVENT_Init();
+    started = true;
+  }
+  return started;
+}
+
+// Every notification a widget got, by message number.
+struct NfyLog {
+  std::vector<std::pair<WgtPtr, Int>> entries;
+  Int count(WgtPtr w, Int message) const {
+    Int n = 0;
+    for (auto& e : entries)
+      if (e.first == w && e.second == message) n++;
+    return n;
+  }
+  Int count(Int message) const {
+    Int n = 0;
+    for (auto& e : entries)
+      if (e.second == message) n++;
+    return n;
+  }
+};
+
+// A notification procedure that logs and then does what the class does.
+inline long loggingNfy(ResPtr res, Int message, ClientPtr data) {
+  NfyLog* log = static_cast<NfyLog*>(res->ClientData);
+  if (log) log->entries.push_back({WGT_FromRes(res), message});
+  return RCLAS_ProcessDefNfy(res->ResClass, res, message, data);
+}
+
+inline void logTo(WgtPtr w, NfyLog* log) { RES_SetNfyProcDS(WGT_Res(w), loggingNfy, log); }
+
+inline WinPtr newWin(int x, int y, int w, int h, const char* label) {
+  WinPtr win = WIN_FromRes(RES_Create(WIN_Class()));
+  WIN_Wgt(win)->ResBox = RECT16_Make(x, y, w, h);
+  VSTR_Set(&WIN_Panel(win)->Label, label);
+  return win;
+}
+
+inline TButPtr addButton(PanelPtr panel, const char* label, int x, int y, int w, int h, Int16 mode = TBUT_MODEPUSH) {
+  TButPtr b = TBUT_Create();
+  VSTR_Set(&b->Label, label);
+  b->Mode = mode;
+  TBUT_Wgt(b)->ResBox = RECT16_Make(x, y, w, h);
+  TBUT_Wgt(b)->WgtFlags = WGT_FLAGTABSTOP;
+  PANEL_AddWgt(panel, TBUT_Wgt(b));  // the panel holds it from now on
+  return b;
+}
+
+inline PanelPtr addPanel(PanelPtr parent, int x, int y, int w, int h) {
+  PanelPtr p = reinterpret_cast<PanelPtr>(RES_Create(PANEL_Class()));
+  PANEL_Wgt(p)->ResBox = RECT16_Make(x, y, w, h);
+  PANEL_AddWgt(parent, PANEL_Wgt(p));
+  return p;
+}
+
+// Runs the loop (never longer than timeoutMs) until done() holds.
+template <class Done>
+bool runUntil(Done done, int timeoutMs = 3000) {
+  auto deadline = std::chrono::steady_clock::now() + std::chrono::milliseconds(timeoutMs);
+  while (!done()) {
+    if (std::chrono::steady_clock::now() > deadline) return false;
+    EVENT_ProcessPending();
+    DSPLY_WaitForInput(10);
+  }
+  return true;
+}
+
+// Shows a window and waits until it is mapped and drawn.
+inline bool showAndWait(WinPtr win) {
+  bool opened = false;
+  WIN_Show(win);
+  DSPLY_Sync();
+  return runUntil([&] {
+    opened = opened || (WIN_IsOpen(win) && !EVENT_IsInvalPending() && win->InvalRgn && RGN_IsEmpty(win->InvalRgn));
+    return opened;
+  });
+}
+
+// The screen location of a point of a widget.
+inline _Point16Rec absOf(WgtPtr w, int x, int y) {
+  _Point16Rec p{static_cast<int16_t>(x), static_cast<int16_t>(y)};
+  WGT_ConvertWgtToAbs(w, &p);
+  return p;
+}
+
+class ToolkitTest : public ::testing::Test {
+ protected:
+  void SetUp() override {
+    ASSERT_TRUE(startToolkit()) << "no X server: " << DSPLY_GetLastError();
+    driver_ = std::make_unique<owbtest::XTestDriver>(owbtest::sharedXvfb().display());
+    ASSERT_TRUE(driver_->ok());
+  }
+  // Puts the class defaults back, so that no procedure of a finished test
+  // (with its log gone) is called while the windows end.
+  static void resetNfy(WgtPtr w) {
+    ResPtr r = WGT_Res(w);
+    RES_SetNfyProcDS(r, RCLAS_GetDefNfy(r->ResClass), nullptr);
+    if (PANEL_IsPanel(w))
+      for (Int i = 0; i < PANEL_GetNumWgts(reinterpret_cast<PanelPtr>(w)); i++)
+        resetNfy(PANEL_GetNthWgt(reinterpret_cast<PanelPtr>(w), i));
+  }
+  void TearDown() override {
+    for (WinPtr w : wins_) resetNfy(WIN_Wgt(w));
+    for (WinPtr w : wins_)
+      if (WIN_GetState(w) != WIN_STATETERMINATED) WIN_TerminateGetStatus(w);
+    EVENT_Update();
+    EVENT_ProcessPending();
+    for (WinPtr w : wins_) RES_Release(WGT_Res(WIN_Wgt(w)));
+    wins_.clear();
+  }
+  // Keeps a reference to the window so that the test can look at it after
+  // it has been terminated; terminated and released at the end.
+  WinPtr keep(WinPtr w) {
+    RES_Use(WGT_Res(WIN_Wgt(w)));
+    wins_.push_back(w);
+    return w;
+  }
+  // Clicks a widget at a point of its own and runs the loop until the
+  // release has been processed.
+  void clickOn(WgtPtr w, int x, int y) {
+    _Point16Rec p = absOf(w, x, y);
+    driver_->click(p.X, p.Y);
+    DSPLY_Sync();
+    settle();
+  }
+  // Runs the loop until nothing is waiting for a moment.
+  void settle(int quietMs = 60) {
+    auto quietSince = std::chrono::steady_clock::now();
+    auto deadline = quietSince + std::chrono::seconds(3);
+    while (std::chrono::steady_clock::now() < deadline) {
+      DSPLY_Sync();
+      if (EVENT_IsPending()) {
+        EVENT_ProcessPending();
+        quietSince = std::chrono::steady_clock::now();
+      } else {
+        EVENT_ProcessPending();
+        if (std::chrono::steady_clock::now() - quietSince > std::chrono::milliseconds(quietMs)) return;
+        DSPLY_WaitForInput(5);
+      }
+    }
+  }
+  std::unique_ptr<owbtest::XTestDriver> driver_;
+  std::vector<WinPtr> wins_;
+};
+
+}  // namespace tktest
+
+#endif  // OWB_TESTS_TOOLKIT_TK_FIXTURE_H
