@@ -12,7 +12,8 @@ using tktest::ToolkitTest;
 TEST(WgtGeometryTest, ResizeModesFollowTheParent) {
   _Rect16Rec box = RECT16_Make(10, 20, 30, 40);
   _Point16Rec oldExt{100, 200}, newExt{200, 300};
-  auto h = [&](UInt16 mode) { return WgtQueryNewBox(box, mode, oldExt, newExt); };
+  // Horizontal modes with the vertical one at 5 (nothing changes).
+  auto h = [&](UInt16 mode) { return WgtQueryNewBox(box, static_cast<UInt16>(mode | 5 << 4), oldExt, newExt); };
   EXPECT_TRUE(RECT16_Equal(h(0), RECT16_Make(20, 20, 60, 40)));  // proportional
   EXPECT_TRUE(RECT16_Equal(h(1), RECT16_Make(10, 20, 63, 40)));  // 30 * 190 / 90
   EXPECT_TRUE(RECT16_Equal(h(2), RECT16_Make(35, 20, 105, 40)));  // right edge 40 -> 140
@@ -20,9 +21,11 @@ TEST(WgtGeometryTest, ResizeModesFollowTheParent) {
   EXPECT_TRUE(RECT16_Equal(h(4), RECT16_Make(24, 20, 30, 40)));  // 10 * 170 / 70
   EXPECT_TRUE(RECT16_Equal(h(5), box));
   EXPECT_TRUE(RECT16_Equal(h(6), RECT16_Make(110, 20, 30, 40)));
-  EXPECT_TRUE(RECT16_Equal(WgtQueryNewBox(box, 6 << 4, oldExt, newExt), RECT16_Make(10, 120, 30, 40)));
+  EXPECT_TRUE(RECT16_Equal(WgtQueryNewBox(box, 5 | 6 << 4, oldExt, newExt), RECT16_Make(10, 120, 30, 40)));
   // A scaled width never falls to 0, and a zero divisor changes nothing.
   EXPECT_EQ(WgtQueryNewBox(RECT16_Make(0, 0, 1, 1), 0, _Point16Rec{100, 100}, _Point16Rec{10, 10}).Extent.X, 1);
+  // Both directions at once.
+  EXPECT_TRUE(RECT16_Equal(WgtQueryNewBox(box, 3 | 6 << 4, oldExt, newExt), RECT16_Make(10, 120, 130, 40)));
   EXPECT_TRUE(RECT16_Equal(WgtQueryNewBox(box, 0, _Point16Rec{0, 0}, newExt), box));
   // Character cells and pixels.
   EXPECT_TRUE(RECT16_Equal(WGT_ChrToGfx(RECT16_Make(1, 2, 3, 4)), RECT16_Make(8, 40, 24, 80)));
