@@ -5,6 +5,8 @@
 #include <cstdlib>
 #include <cstring>
 
+#include "shared/messages.h"
+#include "shared/tcpxport.h"
 #include "shared/utils.h"
 
 char* gToolName = nullptr;
@@ -12,13 +14,11 @@ long gMaxOWBLogSize = kDefaultMaxLogSize;
 fileNameType gOwbDirectory = "";
 fileNameType gResourcesDirectory = "";
 
-namespace {
-
 // Opens the log in the preferences directory.  Only the Tool Manager (a
 // listener port other than 0) empties a log grown past gMaxOWBLogSize; no
 // old copy is kept.  A failed open is not reported: the stream then
 // swallows what is written.
-void openLog(bool mayTrim) {
+void openToolLog(bool mayTrim) {
   fileNameType preferences;
   getValidPreferencesDirectory(preferences, sizeof preferences);
   fileNameType logPath;
@@ -40,6 +40,8 @@ void seedRandomNumbers() {
   std::srand(seed);
 }
 
+namespace {
+
 void readOwbDirectory() {
   const char* owb = std::getenv("OWB");
   if (!owb || !*owb) {
@@ -53,6 +55,8 @@ void readOwbDirectory() {
                 gOwbDirectory, '/', '/');
 }
 
+}  // namespace
+
 void readLogSettings() {
   gLogLevel = kLogDefault;
   if (const char* level = std::getenv("OWB_LOGLEVEL")) {
@@ -65,19 +69,20 @@ void readLogSettings() {
   if (size && *size) gMaxOWBLogSize = std::atoi(size);
 }
 
-}  // namespace
-
 void initializeGlobals(const char* toolName, int listenerPort) {
   gToolName = newStringCopy(toolName);
-  openLog(listenerPort != 0);
+  openToolLog(listenerPort != 0);
 
   OWB_LOG("");
   owbLogRaw(std::string("Initializing ") + gToolName + "\n\n");
 
   seedRandomNumbers();
 
-  // The message center and the Tool Manager's port come with the messaging
-  // library; the window manager comes with window bookkeeping.
+  gMessageCenter = listenerPort != 0 ? new MessageCenter(listenerPort) : new MessageCenter();
+  gToolManToolInfo.listenerPort = getToolManagerPort();
+  OWB_LOG("Got port of " << gToolManToolInfo.listenerPort << " for Tool Manager");
+
+  // The window manager comes with window bookkeeping.
 
   readOwbDirectory();
 
@@ -88,6 +93,8 @@ void initializeGlobals(const char* toolName, int listenerPort) {
 }
 
 void cleanUpGlobals() {
+  delete gMessageCenter;
+  gMessageCenter = nullptr;
   delete[] gToolName;
   gToolName = nullptr;
   if (gOWBLogStream) {

@@ -17,6 +17,15 @@ constexpr long kDefaultMaxLogSize = 409600;
 // emptied.  Ends the process with exit(-1) when OWB is unset or empty.
 void initializeGlobals(const char* toolName, int listenerPort);
 
+// The parts of initializeGlobals that a program without windows or an
+// installation (the Tool Manager) uses alone.  openToolLog opens owblog in
+// the preferences directory, emptying it first when mayTrim and it has
+// grown past gMaxOWBLogSize; seedRandomNumbers seeds rand from the time and
+// gToolName; readLogSettings reads OWB_LOGLEVEL and OWB_LOG_SIZE.
+void openToolLog(bool mayTrim);
+void seedRandomNumbers();
+void readLogSettings();
+
 // Deletes what initializeGlobals made, in reverse dependence order.
 void cleanUpGlobals();
 

@@ -1,0 +1,362 @@
+// The configuration language reader on real files.
+#include <gtest/gtest.h>
+
+#include <cstring>
+#include <string>
+#include <vector>
+
+#include "fleet/configlang.h"
+#include "fleet/configmacro.h"
+#include "fleet/fileutil.h"
+#include "recording_output.h"
+#include "testsupport.h"
+
+namespace {
+
+using owbtest::RecordingOutput;
+using owbtest::TempDir;
+using owbtest::writeWholeFile;
+typedef RecordingOutput::Entry Entry;
+typedef std::vector<std::string> Lines;
+
+// One record as "<kind> <label> <value>".
+std::string describe(const configItem* item) {
+  static const char* const kNames[] = {"boolean", "integer", "string", "environ", "external", "nil", "file", "port"};
+  std::string text = std::string(kNames[item->kind]) + " " + (item->label ? item->label : "(null)");
+  switch (item->kind) {
+    case configBoolean: return text + (item->value.asBoolean == OWB_TRUE ? " -1" : item->value.asBoolean ? " ?" : " 0");
+    case configInteger: return text + " " + std::to_string(item->value.asInteger);
+    case configString: return text + " " + item->value.asString;
+    case configEnviron: return text + " " + item->value.asEnviron;
+    case configExternal:
+      return text + " " + std::to_string(item->value.asExternal.inBackground) + " " + item->value.asExternal.cmdLine;
+    case configPort: return text + " " + std::to_string(item->value.asPort);
+    default: return text;
+  }
+}
+
+Lines describeAll(const configItem* list, bool withFiles = false) {
+  Lines lines;
+  for (; list; list = list->next)
+    if (withFiles || list->kind != configFile) lines.push_back(describe(list));
+  return lines;
+}
+
+// A fleet directory with an engine "eng" whose startup.cfg the test writes.
+class ConfigFiles : public testing::Test {
+ protected:
+  void SetUp() override {
+    fleetDir_ = tmp_.file("fleet");
+    ensureDir((fleetDir_ + "/eng").c_str());
+  }
+  void TearDown() override { freeConfigList(&list_); }
+
+  std::string file(const std::string& name) const { return fleetDir_ + "/" + name; }
+  void write(const std::string& name, const std::string& text) { writeWholeFile(file(name), text); }
+  void writeStartup(const std::string& text) { write("eng/startup.cfg", text); }
+
+  // Reads eng's startup.cfg in use mode; the records without file records.
+  Lines readStartup(bool expectGood = true) {
+    freeConfigList(&list_);
+    EXPECT_EQ(readConfigFile(fleetDir_.c_str(), "eng", &list_, nullptr, nullptr) != 0, expectGood);
+    return describeAll(list_);
+  }
+
+  TempDir tmp_;
+  std::string fleetDir_;
+  configItem* list_ = nullptr;
+  RecordingOutput out_;
+};
+
+TEST_F(ConfigFiles, OptionValuesAreClassifiedAndTheRestIgnored) {
+  writeStartup(
+      "# a comment\n"
+      "\n"
+      "   \t \n"
+      "T = #TRUE\n"
+      "F = #false\n"
+      "N = #Nil\n"
+      "I = -42\n"
+      "P = +7\n"
+      "S = \"text with = and # \"\n"
+      "E = \"\"\n"
+      "Q = \"esc\\\"aped\"\n"
+      "Octets = #O\"0abc\"\n"
+      "Word = plain\n"
+      "Num = 12x\n"
+      "Half = \"open\n"
+      "Tail = \"a\" b\n"
+      "Sign = -\n"
+      "Key += 3\n");
+  EXPECT_EQ(readStartup(), (Lines{"boolean T -1", "boolean F 0", "nil N", "integer I -42", "integer P 7",
+                                  "string S text with = and # ", "string E ", "string Q esc\\\"aped", "integer Key 3"}));
+  EXPECT_TRUE(out_.everything().empty());
+}
+
+TEST_F(ConfigFiles, CommentRemovalKeepsQuotesDoublesStarsAndLeavesASlash) {
+  writeStartup(
+      "Num = 5 // note\n"
+      "Path = \"a/b//c\"\n"
+      "Star = \"a*b\"\n"
+      "Inline = /* c */ 6\n"
+      "Closed = \"x\" /* c */\n"
+      "Esc = \"a\\/\\/b\"\n"
+      "Str/*c*/ing = \"s\"\n"
+      "/* whole line */\n"
+      "// whole line\n");
+  EXPECT_EQ(readStartup(), (Lines{"string Path a/b//c", "string Star a**b", "string Esc a\\/\\/b", "string Str/ing s"}));
+  std::string path = file("eng/startup.cfg");
+  EXPECT_EQ(out_.alerts, (std::vector<Entry>{{"Illegal configuration line", "Illegal line in " + path + ":  /* whole line */"},
+                                             {"Illegal configuration line", "Illegal line in " + path + ":  // whole line"}}));
+}
+
+TEST_F(ConfigFiles, FaultyLinesAlertAndTheReadGoesOn) {
+  writeStartup(
+      "  # indented, so not a comment\n"
+      "Empty =\n"
+      "include\n"
+      "@PPP =\n"
+      "@ = x\n"
+      "!ext = cmd $HOME\n"
+      "&bg = daemon -x\n"
+      "!nothing\n"
+      "Undef(x) = 1\n"
+      "After = 1\n");
+  std::string prefix = "Illegal line in " + file("eng/startup.cfg") + ":  ";
+  EXPECT_EQ(readStartup(), (Lines{"environ PPP ", "external ext 0 cmd $HOME", "external bg 1 daemon -x", "integer After 1"}));
+  EXPECT_EQ(out_.alerts, (std::vector<Entry>{{"Illegal configuration line", prefix + "  # indented, so not a comment"},
+                                             {"Illegal configuration line", prefix + "Empty value for keyword"},
+                                             {"Illegal configuration line", prefix + "include"},
+                                             {"Illegal configuration line", prefix + "@ = x"},
+                                             {"Illegal configuration line", prefix + "!nothing"},
+                                             {"Macro Not Defined", "x"}}));
+}
+
+TEST_F(ConfigFiles, SubstitutionExpandsTheFirstNamedMacroOnly) {
+  setHostIP();
+  std::snprintf(OWKInstallDir, sizeof OWKInstallDir, "/opt/owb");
+  writeStartup(
+      "a = \"A\"\n"
+      "Two(a,b) = \"$a $b\"\n"
+      "@x = 9\n"
+      "x = 5\n"
+      "@x = 10\n"
+      "FromInt(x) = $x\n"
+      "@only = \"env\"\n"
+      "FromEnv(only) = $only\n"
+      "RegionPort = 4000\n"
+      "Prefix(RegionPort) = \"$RegionPort2 $Region $$RegionPort\"\n"
+      "Flag = #true\n"
+      "FromFlag(Flag) = $Flag\n"
+      "Nil = #nil\n"
+      "FromNil(Nil) = \"$Nil\"\n"
+      "Dir(owbinstalldirectory) = \"$owbinstalldirectory/lib\"\n"
+      "Ip(LocalHostIP) = \"$LocalHostIP\"\n"
+      "@Env(a) = $a-$a\n"
+      "NoMacros() = 3\n");
+  EXPECT_EQ(readStartup(),
+            (Lines{"string a A", "string Two A $b", "environ x 9", "integer x 5", "environ x 10", "integer FromInt 5",
+                   "environ only \"env\"", "string FromEnv env", "integer RegionPort 4000",
+                   "string Prefix 40002 $Region $4000", "boolean Flag -1", "boolean FromFlag -1", "nil Nil",
+                   "string FromNil #nil", "string Dir /opt/owb/lib", std::string("string Ip ") + ThisHostIP,
+                   "environ Env A-A", "integer NoMacros 3"}));
+  EXPECT_TRUE(out_.everything().empty());
+}
+
+TEST_F(ConfigFiles, IncludesAreFoundAsGivenOrThroughAutoLoadPath) {
+  ensureDir(file("lib").c_str());
+  ensureDir(file("mods").c_str());
+  write("lib/place.cfg", "Place = 1\ninclude = nested.cfg\n");
+  write("mods/nested.cfg", "Nested = 2\n");
+  write("mods/place.cfg", "Shadowed = 1\n");
+  write("direct.cfg", "Direct = 0\n");
+  writeStartup("include " + file("direct.cfg") + "\n" +
+               "AutoLoadPath += \" " + file("none") + "/ " + file("lib") + "/ " + file("mods") + "/ \"\n" +
+               "INCLUDE=place.cfg\n");
+  EXPECT_EQ(readStartup(), (Lines{"integer Direct 0", "string AutoLoadPath  " + file("none") + "/ " + file("lib") +
+                                                           "/ " + file("mods") + "/ ",
+                                  "integer Place 1", "integer Nested 2"}));
+  Lines files;
+  for (configItem* item = list_; item; item = item->next)
+    if (item->kind == configFile) files.push_back(item->label);
+  EXPECT_EQ(files, (Lines{file("eng/startup.cfg"), file("direct.cfg"), "place.cfg", "nested.cfg"}));
+  EXPECT_TRUE(out_.everything().empty());
+
+  // Before the AutoLoadPath line, the relative include can't be found.
+  writeStartup("First = 1\ninclude = place.cfg\nAutoLoadPath = \"" + file("lib") + "/\"\n");
+  EXPECT_EQ(readStartup(false), Lines{});
+  EXPECT_EQ(list_, nullptr);
+  EXPECT_EQ(out_.alerts, (std::vector<Entry>{{"Cannot Read Configuration File", "place.cfg"}}));
+}
+
+TEST_F(ConfigFiles, AFileThatIncludesItselfStopsAtTheDepthLimit) {
+  write("loop.cfg", "Loop = 1\ninclude = " + file("loop.cfg") + "\nNever = 1\n");
+  writeStartup("include = " + file("loop.cfg") + "\n");
+  EXPECT_EQ(readStartup(false), Lines{});
+  EXPECT_EQ(out_.alerts, (std::vector<Entry>{{"Cannot Read Configuration File", file("loop.cfg")}}));
+
+  // Exactly the limit is still read.
+  for (int i = 1; i < kMaxIncludeDepth; ++i)
+    write("d" + std::to_string(i) + ".cfg", "include = d" + std::to_string(i + 1) + ".cfg\n");
+  write("d" + std::to_string(kMaxIncludeDepth) + ".cfg", "Deep = 1\n");
+  writeStartup("AutoLoadPath = \"" + fleetDir_ + "/\"\ninclude = d2.cfg\n");
+  out_.clear();
+  EXPECT_EQ(readStartup(), (Lines{"string AutoLoadPath " + fleetDir_ + "/", "integer Deep 1"}));
+  EXPECT_TRUE(out_.everything().empty());
+  write("d" + std::to_string(kMaxIncludeDepth) + ".cfg", "include = d1.cfg\n");
+  EXPECT_EQ(readStartup(false), Lines{});
+}
+
+TEST_F(ConfigFiles, MissingStartupFileFailsWithAnAlert) {
+  configItem* list = reinterpret_cast<configItem*>(0x1);
+  EXPECT_FALSE(readConfigFile(fleetDir_.c_str(), "nobody", &list, nullptr, nullptr));
+  EXPECT_EQ(list, nullptr);
+  EXPECT_EQ(out_.alerts, (std::vector<Entry>{{"Cannot Read Configuration File", file("nobody/startup.cfg")}}));
+}
+
+TEST_F(ConfigFiles, HostileInputNeitherCrashesNorHangs) {
+  std::string garbage;
+  for (int i = 0; i < 4096; ++i) garbage += static_cast<char>((i * 7919) & 0xFF);
+  std::string nuls = std::string("A = 1\0B = 2\n", 12) + "C(A) = $A\0\n";
+  std::string crOnly = "A = 1\rB = 2\rC = 3\r";
+  std::string hugeLine = "Long = \"" + std::string(100000, 'x') + "\"\nAfter = 4\n";
+  std::string stars = "S = \"" + std::string(1020, '*') + "\"\n";
+  for (const std::string& text : {garbage, nuls, crOnly, hugeLine, stars}) {
+    writeStartup(text);
+    readStartup();
+  }
+  // The last CR cuts a CR-only file's single line.
+  writeStartup(crOnly);
+  EXPECT_EQ(readStartup(), (Lines{}));
+  writeStartup(hugeLine);
+  Lines lines = readStartup();
+  ASSERT_FALSE(lines.empty());
+  EXPECT_EQ(lines.back(), "integer After 4");
+  // A device is no configuration file.
+  writeStartup("include = /dev/zero\n");
+  readStartup(false);
+}
+
+// The startup.cfg that making a fleet writes for an engine.
+std::string startupText(const std::string& fleetDir, const std::string& label, bool first) {
+  return "LocalHostIP = \"127.0.0.1\"\nLocalHostName = \"host\"\n\n"
+         "include = " + fleetDir + "/region/region.cfg\n"
+         "AutoLoadPath += \" " + fleetDir + "/lib/ \"\n"
+         "EngineLocation = \"" + label + "\"\n" +
+         (first ? "EnginePort(RegionPort) = $RegionPort\n" : "EnginePort = $NEW_ENG_PORT$\n") +
+         "@UDP_PORT(EnginePort) = $EnginePort\n"
+         "EngineTCPPort = $NEW_ENG_PORT$\n"
+         "@TCP_PORT(EngineTCPPort) = $EngineTCPPort\n"
+         "@MNI_PORT = $NEW_ENG_PORT$\n"
+         "@MOCK_PORT = $NEW_ENG_PORT$\n"
+         "include = place.cfg\n";
+}
+
+TEST_F(ConfigFiles, PortsAreAllocatedThenUsedAsThePortTableSays) {
+  const long base = 6000;
+  ensureDir(file("region").c_str());
+  ensureDir(file("lib").c_str());
+  ensureDir(file("A").c_str());
+  ensureDir(file("B").c_str());
+  write("region/region.cfg", "include = " + file("region/ports.cfg") + "\n"
+                             "RegionIPAddress(LocalHostIP) = \"$LocalHostIP\"\n"
+                             "RegionPort = $NEW_FLEET_PORT$\n@SECURE = 0\n");
+  write("region/ports.cfg", "");
+  write("lib/place.cfg", "PlaceFlag = #true\n");
+  write("A/startup.cfg", startupText(fleetDir_, "A", true));
+  write("B/startup.cfg", startupText(fleetDir_, "B", false));
+
+  long nextPort = base;
+  configItem* ports = nullptr;
+  for (const char* engine : {"A", "B"}) {
+    configItem* records = nullptr;
+    ASSERT_TRUE(readConfigFile(fleetDir_.c_str(), engine, &records, &nextPort, &ports));
+    freeConfigList(&records);
+  }
+  EXPECT_TRUE(out_.alerts.empty());
+  EXPECT_EQ(describeAll(ports), (Lines{"port RegionPort 6000", "port A_EngineTCPPort 6002", "port A_MNI_PORT 6004",
+                                       "port A_MOCK_PORT 6006", "port B_EnginePort 6008", "port B_EngineTCPPort 6010",
+                                       "port B_MNI_PORT 6012", "port B_MOCK_PORT 6014"}));
+  EXPECT_EQ(nextPort, base + 16);
+  EXPECT_EQ(out_.notes.front(), (Entry{"Allocated port", "RegionPort -> 6000"}));
+
+  std::string portsText;
+  for (configItem* port = ports; port; port = port->next)
+    portsText += std::string(port->label) + " = " + std::to_string(port->value.asPort) + "\n";
+  freeConfigList(&ports);
+  write("region/ports.cfg", portsText);
+
+  auto settingsOf = [&](const char* engine) {
+    configItem* records = nullptr;
+    EXPECT_TRUE(readConfigFile(fleetDir_.c_str(), engine, &records, nullptr, nullptr));
+    Lines wanted;
+    for (configItem* item = records; item; item = item->next) {
+      std::string label = item->label ? item->label : "";
+      if (label == "RegionPort" || label == "EnginePort" || label == "EngineTCPPort" || label.find("_PORT") != std::string::npos)
+        wanted.push_back(describe(item));
+    }
+    freeConfigList(&records);
+    return wanted;
+  };
+  EXPECT_EQ(settingsOf("A"), (Lines{"integer RegionPort 6000", "integer A_MNI_PORT 6004", "integer A_MOCK_PORT 6006",
+                                    "integer B_MNI_PORT 6012", "integer B_MOCK_PORT 6014", "integer EnginePort 6000",
+                                    "environ UDP_PORT 6000", "integer EngineTCPPort 6002", "environ TCP_PORT 6002",
+                                    "environ MNI_PORT 6004", "environ MOCK_PORT 6006"}));
+  EXPECT_EQ(settingsOf("B"), (Lines{"integer RegionPort 6000", "integer A_MNI_PORT 6004", "integer A_MOCK_PORT 6006",
+                                    "integer B_MNI_PORT 6012", "integer B_MOCK_PORT 6014", "integer EnginePort 6008",
+                                    "environ UDP_PORT 6008", "integer EngineTCPPort 6010", "environ TCP_PORT 6010",
+                                    "environ MNI_PORT 6012", "environ MOCK_PORT 6014"}));
+  EXPECT_TRUE(out_.alerts.empty());
+}
+
+TEST_F(ConfigFiles, ExternalListKeepsTheFirstOfEachLabel) {
+  ensureDir(file("two").c_str());
+  writeStartup("!Viewer = view -a\n&logger = log1\nX = 1\n");
+  write("two/startup.cfg", "&LOGGER = log2\n!editor = ed\n");
+  List engines(kStandardChunkSize, TRUE, EqualCompare);
+  configItem* externals = nullptr;
+  EXPECT_FALSE(readExternalList(fleetDir_.c_str(), &engines, &externals));
+  engines.include(new StringItem("eng"));
+  engines.include(new StringItem("two"));
+  ASSERT_TRUE(readExternalList(fleetDir_.c_str(), &engines, &externals));
+  EXPECT_EQ(describeAll(externals, true),
+            (Lines{"external Viewer 0 view -a", "external logger 1 log1", "external editor 0 ed"}));
+  freeConfigList(&externals);
+
+  engines.include(new StringItem("absent"));
+  EXPECT_FALSE(readExternalList(fleetDir_.c_str(), &engines, &externals));
+  EXPECT_EQ(externals, nullptr);
+}
+
+TEST(ConfigMacro, AllocationNeedsBothCounterAndList) {
+  RecordingOutput out;
+  char value[kConfigValueSize] = "$NEW_FLEET_PORT$";
+  long next = 9000;
+  configItem* ports = nullptr;
+  EXPECT_FALSE(allocateNewPort("P", value, nullptr, &ports));
+  EXPECT_FALSE(allocateNewPort("P", value, &next, nullptr));
+  EXPECT_STREQ(value, "$NEW_FLEET_PORT$");
+  EXPECT_TRUE(allocateNewPort("P", value, &next, &ports));
+  EXPECT_TRUE(allocateNewPort("Q", value, &next, &ports));
+  EXPECT_TRUE(allocateNewPort("P", value, &next, &ports));
+  EXPECT_STREQ(value, "9000");
+  EXPECT_EQ(next, 9004);
+  EXPECT_EQ(out.notes, (std::vector<Entry>{{"Allocated port", "P -> 9000"},
+                                           {"Allocated port", "Q -> 9002"},
+                                           {"Allocated port", "P -> 9000"}}));
+  freeConfigList(&ports);
+}
+
+TEST(ConfigMacro, ValueForms) {
+  EXPECT_TRUE(isTSString("\"\""));
+  EXPECT_TRUE(isTSString("\"a\\\"b\""));
+  EXPECT_FALSE(isTSString("\"a\\\""));
+  EXPECT_FALSE(isTSString("\"a\"b\""));
+  EXPECT_FALSE(isTSString("\""));
+  EXPECT_TRUE(isTSInteger("-0"));
+  EXPECT_FALSE(isTSInteger("+"));
+  EXPECT_FALSE(isTSInteger("1 "));
+  EXPECT_FALSE(isTSInteger(""));
+}
+
+}  // namespace

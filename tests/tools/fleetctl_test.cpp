@@ -1,0 +1,152 @@
+// fleetctl as a real process: exit statuses, output and alerts.
+#include <gtest/gtest.h>
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <cstdlib>
+#include <string>
+#include <vector>
+
+#include "testsupport.h"
+
+namespace {
+
+using owbtest::readWholeFile;
+using owbtest::TempDir;
+using owbtest::writeWholeFile;
+
+struct Outcome {
+  int status;
+  std::string out;
+  std::string err;
+};
+
+// $OWB_INSTALL_TREE/bin/fleetctl, or the installation beside this test
+// program (build/tests/.. then owb/bin) when the variable is not set.
+std::string fleetctlPath() {
+  if (const char* tree = std::getenv("OWB_INSTALL_TREE")) return std::string(tree) + "/bin/fleetctl";
+  char self[4096];
+  ssize_t length = readlink("/proc/self/exe", self, sizeof self - 1);
+  std::string program(self, length > 0 ? static_cast<size_t>(length) : 0);
+  std::string testsDir = program.substr(0, program.rfind('/'));
+  return testsDir.substr(0, testsDir.rfind('/')) + "/owb/bin/fleetctl";
+}
+
+// Runs fleetctl with args in directory, capturing both streams in files.
+Outcome runFleetctl(const std::vector<std::string>& args, const std::string& directory) {
+  std::string outFile = directory + "/.stdout";
+  std::string errFile = directory + "/.stderr";
+  pid_t child = fork();
+  if (child == 0) {
+    if (chdir(directory.c_str()) != 0) _exit(126);
+    int out = open(outFile.c_str(), O_WRONLY | O_CREAT | O_TRUNC, 0644);
+    int err = open(errFile.c_str(), O_WRONLY | O_CREAT | O_TRUNC, 0644);
+    dup2(out, 1);
+    dup2(err, 2);
+    std::vector<char*> argv;
+    std::string program = fleetctlPath();
+    argv.push_back(program.data());
+    for (const std::string& arg : args) argv.push_back(const_cast<char*>(arg.c_str()));
+    argv.push_back(nullptr);
+    execv(program.c_str(), argv.data());
+    _exit(127);
+  }
+  int status = 0;
+  waitpid(child, &status, 0);
+  return {WIFEXITED(status) ? WEXITSTATUS(status) : -1, readWholeFile(outFile), readWholeFile(errFile)};
+}
+
+class Fleetctl : public testing::Test {
+ protected:
+  void SetUp() override {
+    struct stat info;
+    ASSERT_TRUE(stat(fleetctlPath().c_str(), &info) == 0 && S_ISREG(info.st_mode) && access(fleetctlPath().c_str(), X_OK) == 0)
+        << "build the fleetctl target first: " << fleetctlPath();
+    mkdir(tmp_.file("demo").c_str(), 0777);
+    mkdir(tmp_.file("demo/eng1").c_str(), 0777);
+  }
+  Outcome run(const std::vector<std::string>& args) { return runFleetctl(args, tmp_.path()); }
+
+  TempDir tmp_;
+  owbtest::ScopedEnv owb_{"OWB", std::string("/opt/owb")};
+};
+
+TEST_F(Fleetctl, CheckSummarizesOrFailsWithTheReadersAlert) {
+  writeWholeFile(tmp_.file("demo/demo.flt"),
+                 "[ Common ]\nBasePort = 5000\n[ Engine ]\nEngineName = eng1\nEnginePlaceConfig = p.cfg\nModule = m\n");
+  Outcome good = run({"check", "demo/"});
+  EXPECT_EQ(good.status, 0) << good.err;
+  EXPECT_EQ(good.out, "Fleet demo (" + tmp_.file("demo/demo.flt") + ")\n"
+                      "  BasePort = 5000\n  Authority = (none)\n  EngineOptions = -d1\n  SecurityOn = True\n"
+                      "  Engines: 1\n  Engine eng1\n    EnginePlaceConfig = p.cfg\n    LoadDebugger = True\n"
+                      "    Module = m\n");
+  EXPECT_EQ(good.err, "");
+
+  writeWholeFile(tmp_.file("demo/demo.flt"), "[ Common ]\nBasePort = 80\n");
+  Outcome bad = run({"check", tmp_.file("demo")});
+  EXPECT_EQ(bad.status, 1);
+  EXPECT_EQ(bad.err, "Unable to Read Fleet Definition: Illegal line format on line number 2 of " +
+                         tmp_.file("demo/demo.flt") + ": expected a port number greater than 1025\n");
+
+  Outcome missing = run({"check", "elsewhere"});
+  EXPECT_EQ(missing.status, 1);
+  EXPECT_EQ(missing.err, "fleetctl: no fleet definition " + tmp_.file("elsewhere/elsewhere.flt") + "\n");
+}
+
+TEST_F(Fleetctl, ConfigListsTheRecordsAsTextOrJson) {
+  writeWholeFile(tmp_.file("demo/eng1/startup.cfg"),
+                 "On = #true\nN = 12\nS = \"a \\\"q\\\"\"\n@E = x\n!ext = xterm -e sh\n&bg = daemon\nNil = #nil\nBad\n");
+  Outcome text = run({"config", "demo", "eng1"});
+  EXPECT_EQ(text.status, 0);
+  EXPECT_EQ(text.out, "file " + tmp_.file("demo/eng1/startup.cfg") +
+                          "\nboolean On true\ninteger N 12\nstring S a \\\"q\\\"\nenviron E x\n"
+                          "external ext ! xterm -e sh\nexternal bg & daemon\nnil Nil\n");
+  EXPECT_EQ(text.err, "Illegal configuration line: Illegal line in " + tmp_.file("demo/eng1/startup.cfg") + ":  Bad\n");
+
+  Outcome json = run({"config", "demo", "eng1", "--json"});
+  EXPECT_EQ(json.status, 0);
+  EXPECT_EQ(json.out, "[\n"
+                      "  {\"kind\": \"file\", \"label\": \"" + tmp_.file("demo/eng1/startup.cfg") + "\", \"value\": null},\n"
+                      "  {\"kind\": \"boolean\", \"label\": \"On\", \"value\": true},\n"
+                      "  {\"kind\": \"integer\", \"label\": \"N\", \"value\": 12},\n"
+                      "  {\"kind\": \"string\", \"label\": \"S\", \"value\": \"a \\\\\\\"q\\\\\\\"\"},\n"
+                      "  {\"kind\": \"environ\", \"label\": \"E\", \"value\": \"x\"},\n"
+                      "  {\"kind\": \"external\", \"label\": \"ext\", \"value\": {\"command\": \"xterm -e sh\", \"background\": false}},\n"
+                      "  {\"kind\": \"external\", \"label\": \"bg\", \"value\": {\"command\": \"daemon\", \"background\": true}},\n"
+                      "  {\"kind\": \"nil\", \"label\": \"Nil\", \"value\": null}\n"
+                      "]\n");
+
+  Outcome missing = run({"config", "demo", "eng2"});
+  EXPECT_EQ(missing.status, 1);
+  EXPECT_EQ(missing.err, "Cannot Read Configuration File: " + tmp_.file("demo/eng2/startup.cfg") + "\n");
+}
+
+TEST_F(Fleetctl, UsageErrorsAndLaterCommandsGiveStatusTwo) {
+  for (const std::vector<std::string>& args : std::vector<std::vector<std::string>>{
+           {}, {"frobnicate", "demo"}, {"check"}, {"check", "a", "b"}, {"check", "demo", "--json"},
+           {"config", "demo"}, {"config", "demo", "eng1", "--json=yes"}, {"run", "demo"}, {"make", "demo"},
+           {"status", "demo", "--json"}, {"remove", "demo"}}) {
+    Outcome r = run(args);
+    EXPECT_EQ(r.status, 2) << (args.empty() ? "" : args[0]);
+    EXPECT_NE(r.err, "");
+  }
+  EXPECT_NE(run({"backup", "demo"}).err.find("not yet available"), std::string::npos);
+  Outcome help = run({"--help"});
+  EXPECT_EQ(help.status, 0);
+  for (const char* command : {"new", "make", "run", "kill", "status", "backup", "restore", "remove", "check", "config"})
+    EXPECT_NE(help.out.find(std::string("  ") + command + " FLEETDIR"), std::string::npos) << command;
+}
+
+TEST_F(Fleetctl, VerboseShowsProgressNotesOnStandardOutput) {
+  writeWholeFile(tmp_.file("demo/demo.flt"), "[ Common ]\nBasePort = 5000\n");
+  Outcome quiet = run({"check", "demo"});
+  Outcome verbose = run({"--verbose", "check", "demo"});
+  EXPECT_EQ(quiet.out.find("OWK Installation Directory"), std::string::npos);
+  EXPECT_NE(verbose.out.find("OWK Installation Directory: /opt/owb\n"), std::string::npos);
+  EXPECT_NE(verbose.out.find("Current Directory: " + tmp_.path() + "\n"), std::string::npos);
+  EXPECT_EQ(verbose.status, 0);
+}
+
+}  // namespace

@@ -1,0 +1,434 @@
+// toolman as a real process: a tool in this test process registers with it,
+// asks it questions, and is driven by it through `toolman --send`.
+#include <fcntl.h>
+#include <signal.h>
+#include <sys/prctl.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <gtest/gtest.h>
+
+#include <chrono>
+#include <cstring>
+#include <functional>
+#include <memory>
+#include <string>
+#include <thread>
+#include <vector>
+
+#include "shared/globals.h"
+#include "shared/log.h"
+#include "shared/messages.h"
+#include "shared/tcpxport.h"
+#include "shared/toolrequests.h"
+#include "shared/utils.h"
+#include "testsupport.h"
+
+namespace {
+
+constexpr TypeIdent kToolType = OWB_TYPE("TSTT");
+constexpr TypeIdent kFleetFile = OWB_TYPE("FLTF");
+
+std::string toolmanPath() {
+  const char* build = std::getenv("OWB_BUILD_DIR");
+  return std::string(build ? build : "build") + "/tools/toolman";
+}
+
+// Starts a program with stdout and stderr in outputFile and no stdin.
+pid_t startProgram(const std::vector<std::string>& args, const std::string& outputFile) {
+  pid_t child = fork();
+  if (child == 0) {
+    int out = open(outputFile.c_str(), O_WRONLY | O_CREAT | O_TRUNC, 0644);
+    int none = open("/dev/null", O_RDONLY);
+    dup2(none, 0);
+    dup2(out, 1);
+    dup2(out, 2);
+    std::vector<char*> argv;
+    for (const std::string& arg : args) argv.push_back(const_cast<char*>(arg.c_str()));
+    argv.push_back(nullptr);
+    execv(argv[0], argv.data());
+    _exit(127);
+  }
+  return child;
+}
+
+// What the test tool's handlers saw.
+struct Seen {
+  std::string commandLabel, commandFile, helpViewer, helpLabel, helpDocument;
+  int quits = 0;
+} gSeen;
+
+ErrorCode commandSelected(Message* message, Message*) {
+  char text[1024];
+  message->getStringParam(0, text, sizeof text);
+  gSeen.commandLabel = text;
+  message->getStringParam(3, text, sizeof text);
+  gSeen.commandFile = text;
+  return kNoError;
+}
+
+ErrorCode identifyFile(Message* message, Message* reply) {
+  char path[1024];
+  message->getStringParam(0, path, sizeof path);
+  bool isFleet = std::strstr(path, ".flt") != nullptr;
+  reply->addBooleanParam(isFleet);
+  if (isFleet) {
+    reply->addStringParam(kParamStr31, "fleet");
+    reply->addIdentParam(kFleetFile);
+    reply->addStringParam(kParamIdent, "Fleet definition files contain information about a fleet");
+  }
+  return kNoError;
+}
+
+ErrorCode quitCommand(Message*, Message*) {
+  ++gSeen.quits;
+  return kNoError;
+}
+
+ErrorCode helpViewer(Message* message, Message*) {
+  char text[256];
+  message->getStringParam(0, text, sizeof text);
+  gSeen.helpViewer = text;
+  return kNoError;
+}
+
+ErrorCode helpItem(Message* message, Message*) {
+  char text[256];
+  message->getStringParam(0, text, sizeof text);
+  gSeen.helpLabel = text;
+  message->getStringParam(1, text, sizeof text);
+  gSeen.helpDocument = text;
+  return kNoError;
+}
+
+class ToolmanTest : public ::testing::Test {
+ protected:
+  owbtest::TempDir home;
+  owbtest::ScopedEnv homeEnv{"HOME", home.path()};
+  std::string project = home.path() + "/proj";
+  pid_t toolman = -1;
+  int port = 0;
+
+  void SetUp() override {
+    prctl(PR_SET_CHILD_SUBREAPER, 1);
+    gSeen = Seen();
+    ASSERT_EQ(system(("mkdir -p " + project + "/sub && touch " + project + "/a.flt " + project +
+                      "/sub/x.txt")
+                         .c_str()),
+              0);
+    int wanted = 30000 + static_cast<int>(getpid() % 3000) * 3;
+    toolman = startProgram({toolmanPath(), "--port", std::to_string(wanted), "--project", project,
+                            "--help-viewer", "myviewer", "--help-item", "Guide=/doc/guide.html"},
+                           home.file("toolman.out"));
+    for (int waited = 0; waited < 5000 && port == 0; waited += 10) {
+      port = std::atoi(owbtest::readWholeFile(home.path() + "/.owb/owbport").c_str());
+      if (port == 0) std::this_thread::sleep_for(std::chrono::milliseconds(10));
+    }
+    ASSERT_GT(port, 0) << owbtest::readWholeFile(home.file("toolman.out"));
+
+    forgetToolManagerPort();
+    gToolName = newStringCopy("tooltest");
+    openToolLog(false);
+    gMessageCenter = new MessageCenter();
+    gToolManToolInfo.listenerPort = getToolManagerPort();
+    MessageTemplate cmds = makeMessageTemplate({kParamStr31, kParamStr31, kParamLong, kParamStr31});
+    MessageTemplate idfl = makeMessageTemplate({kParamStr255});
+    MessageTemplate none = makeMessageTemplate({});
+    MessageTemplate hmem = makeMessageTemplate({kParamStr255, kParamStr255});
+    gMessageCenter->registerMessageHandler(OWB_TYPE("CMDS"), &cmds, commandSelected);
+    gMessageCenter->registerMessageHandler(OWB_TYPE("IDFL"), &idfl, identifyFile);
+    gMessageCenter->registerMessageHandler(OWB_TYPE("QUIT"), &none, quitCommand);
+    gMessageCenter->registerMessageHandler(OWB_TYPE("HDTM"), &idfl, helpViewer);
+    gMessageCenter->registerMessageHandler(OWB_TYPE("HMEM"), &hmem, helpItem);
+  }
+
+  void TearDown() override {
+    if (toolman > 0) {
+      if (port > 0) {
+        EXPECT_EQ(send({"exit"}).first, 0);
+      }
+      int status = 0;
+      for (int waited = 0; waited < 5000; waited += 10) {
+        if (waitpid(toolman, &status, WNOHANG) == toolman) {
+          EXPECT_TRUE(WIFEXITED(status) && WEXITSTATUS(status) == 0);
+          toolman = -1;
+          break;
+        }
+        std::this_thread::sleep_for(std::chrono::milliseconds(10));
+      }
+      if (toolman > 0) {
+        ADD_FAILURE() << "toolman did not end on exit";
+        kill(toolman, SIGKILL);
+        waitpid(toolman, nullptr, 0);
+      }
+    }
+    cleanUpGlobals();
+    gToolManToolInfo = ToolInfo{};
+    forgetToolManagerPort();
+  }
+
+  // Runs `toolman --send` for each line while this tool keeps serving its
+  // messages; the exit status and the output.
+  std::pair<int, std::string> send(const std::vector<std::string>& lines) {
+    std::vector<std::string> args{toolmanPath()};
+    for (const std::string& line : lines) {
+      args.push_back("--send");
+      args.push_back(line);
+    }
+    std::string outputFile = home.file("send.out");
+    pid_t sender = startProgram(args, outputFile);
+    int status = 0;
+    for (int turn = 0; turn < 800; ++turn) {
+      if (waitpid(sender, &status, WNOHANG) == sender)
+        return {WIFEXITED(status) ? WEXITSTATUS(status) : -1, owbtest::readWholeFile(outputFile)};
+      gMessageCenter->poll();
+    }
+    kill(sender, SIGKILL);
+    waitpid(sender, nullptr, 0);
+    return {-1, "sender hung"};
+  }
+
+  void tell(Message* message) {
+    message->header.receiverInfo = gToolManToolInfo;
+    gMessageCenter->sendMessage(message);
+  }
+
+  std::unique_ptr<Message> ask(Message* message) {
+    message->header.receiverInfo = gToolManToolInfo;
+    message->header.needsReply = TRUE;
+    return std::unique_ptr<Message>(gMessageCenter->sendMessage(message));
+  }
+
+  void serveFor(int turns) {
+    for (int i = 0; i < turns; ++i) gMessageCenter->poll();
+  }
+
+  void registerTestTool() {
+    ToolInfo me{};
+    std::strcpy(me.name, "testtool");
+    me.toolType = kToolType;
+    me.canDisplaySource = TRUE;
+    me.minVersion = 5;
+    me.listenerPort = gMessageCenter->thisToolInfo.listenerPort;
+    Message* regt = new Message(OWB_TYPE("REGT"), nullptr);
+    regt->addToolInfoParam(me);
+    regt->addStringParam(kParamStr255, "/bin/testtool");
+    tell(regt);
+    Message* addc = new Message(OWB_TYPE("ADDC"), nullptr);
+    addc->addStringParam(kParamStr31, "Run Fleet");
+    addc->addLongParam(1);
+    addc->addIdentParam(kFleetFile);
+    tell(addc);
+  }
+
+  std::string toolmanOutput() const { return owbtest::readWholeFile(home.file("toolman.out")); }
+};
+
+std::string stringParam(const Message* message, short n) {
+  char text[1024];
+  message->getStringParam(n, text, sizeof text);
+  return text;
+}
+
+TEST_F(ToolmanTest, RegistryAndListsComeFromWhatToolsSent) {
+  registerTestTool();
+  Message* engine = new Message(OWB_TYPE("ADDE"), nullptr);
+  char host[256] = "myhost";
+  engine->addParam(kParamStr255, host, 256);
+  engine->addLongParam(7001);
+  tell(engine);
+  for (int32_t enginePort : {7002, 7001}) {
+    Message* change = new Message(OWB_TYPE(enginePort == 7002 ? "ADDE" : "REME"), nullptr);
+    change->addStringParam(kParamStr255, "myhost");
+    change->addLongParam(enginePort);
+    tell(change);
+  }
+  Message* file = new Message(OWB_TYPE("ADDF"), nullptr);
+  file->addStringParam(kParamStr255, (project + "/made.flt").c_str());
+  tell(file);
+
+  ToolInfo found{};
+  lookupTool(kToolType, &found);
+  EXPECT_STREQ(found.name, "testtool");
+  EXPECT_EQ(found.listenerPort, gMessageCenter->thisToolInfo.listenerPort);
+  ToolInfo untouched{};
+  untouched.listenerPort = 99;
+  lookupTool(OWB_TYPE("NONE"), &untouched);
+  EXPECT_EQ(untouched.listenerPort, 99);
+
+  auto tools = send({"tools"});
+  EXPECT_EQ(tools.first, 0);
+  EXPECT_NE(tools.second.find("testtool  type TSTT  shows source yes"), std::string::npos)
+      << tools.second;
+  EXPECT_NE(tools.second.find("program /bin/testtool"), std::string::npos);
+  auto lists = send({"commands testtool", "engines", "files"});
+  EXPECT_EQ(lists.first, 0);
+  EXPECT_NE(lists.second.find("testtool: \"Run Fleet\"  acts on a file  file type FLTF"),
+            std::string::npos)
+      << lists.second;
+  EXPECT_NE(lists.second.find("myhost:7002\n"), std::string::npos);
+  EXPECT_EQ(lists.second.find("myhost:7001"), std::string::npos);
+  EXPECT_NE(lists.second.find(project + "/a.flt\n"), std::string::npos);
+  EXPECT_NE(lists.second.find(project + "/made.flt\n"), std::string::npos);
+
+  std::string printed = toolmanOutput();
+  EXPECT_NE(printed.find("REGT from "), std::string::npos) << printed;
+  EXPECT_NE(printed.find("#1 S255 \"/bin/testtool\""), std::string::npos) << printed;
+  EXPECT_NE(printed.find("ADDC from testtool@"), std::string::npos) << printed;
+  EXPECT_NE(printed.find("#1 LONG 1; #2 IDNT FLTF"), std::string::npos) << printed;
+
+  auto unknown = send({"bogus"});
+  EXPECT_EQ(unknown.first, 1);
+  EXPECT_NE(unknown.second.find("unknown command bogus"), std::string::npos);
+}
+
+bool gChooserAsked = false;
+bool chooseElsewhere(const char*, char* result) {
+  gChooserAsked = true;
+  std::strcpy(result, "/elsewhere/z.txt");
+  return true;
+}
+
+TEST_F(ToolmanTest, PathsWindowPlacesAndPicker) {
+  std::unique_ptr<char[]> resolved(makeFullPath("sub/x.txt", &gToolManToolInfo, FALSE));
+  ASSERT_NE(resolved, nullptr);
+  EXPECT_EQ(std::string(resolved.get()), project + "/sub/x.txt");
+  EXPECT_EQ(makeFullPath("x.txt", &gToolManToolInfo, FALSE), nullptr);
+
+  Message* addPath = new Message(OWB_TYPE("ADGP"), nullptr);
+  addPath->addStringParam(kParamStr255, (project + "/sub").c_str());
+  addPath->addStringParam(kParamStr255, (project + "/sub").c_str());
+  tell(addPath);
+  resolved.reset(makeFullPath("x.txt", &gToolManToolInfo, FALSE));
+  ASSERT_NE(resolved, nullptr);
+  EXPECT_EQ(std::string(resolved.get()), project + "/sub/x.txt");
+
+  FullPathChooserProc previous = setFullPathChooser(chooseElsewhere);
+  resolved.reset(makeFullPath("z.txt", &gToolManToolInfo, TRUE));
+  setFullPathChooser(previous);
+  EXPECT_TRUE(gChooserAsked);
+  ASSERT_NE(resolved, nullptr);
+  EXPECT_STREQ(resolved.get(), "/elsewhere/z.txt");
+  auto status = send({"status"});
+  EXPECT_NE(status.second.find("search path " + project + "/sub /elsewhere\n"), std::string::npos)
+      << status.second;
+
+  Message* getPlace = new Message(OWB_TYPE("GWIN"), nullptr);
+  getPlace->addIdentParam(OWB_TYPE("WIN1"));
+  auto first = ask(getPlace);
+  ASSERT_NE(first, nullptr);
+  ASSERT_EQ(first->getParamCount(), 4);
+  bool found = true;
+  int32_t id = 0;
+  first->getBooleanParam(1, &found);
+  first->getLongParam(3, &id);
+  EXPECT_FALSE(found);
+  EXPECT_GT(id, 0);
+
+  const char rect[8] = {0, 10, 0, 20, 1, 0, 2, 0};
+  Message* givePlace = new Message(OWB_TYPE("UWIN"), nullptr);
+  givePlace->addIdentParam(OWB_TYPE("WIN1"));
+  givePlace->addParam(kParamData, rect, 8);
+  givePlace->addLongParam(id);
+  tell(givePlace);
+  getPlace = new Message(OWB_TYPE("GWIN"), nullptr);
+  getPlace->addIdentParam(OWB_TYPE("WIN1"));
+  auto second = ask(getPlace);
+  ASSERT_NE(second, nullptr);
+  int32_t sameId = 0;
+  second->getBooleanParam(1, &found);
+  second->getLongParam(3, &sameId);
+  EXPECT_TRUE(found);
+  EXPECT_EQ(sameId, id);
+  ASSERT_EQ(second->getParamLength(2), 8);
+  EXPECT_EQ(std::memcmp(second->getParam(2), rect, 8), 0);
+
+  auto picker = ask(new Message(OWB_TYPE("GCFP"), nullptr));
+  ASSERT_NE(picker, nullptr);
+  ASSERT_EQ(picker->getParamCount(), 2);
+  EXPECT_EQ(stringParam(picker.get(), 1), project);
+  Message* setPicker = new Message(OWB_TYPE("SCFP"), nullptr);
+  setPicker->addStringParam(kParamStr255, "/tmp/picked");
+  tell(setPicker);
+  picker = ask(new Message(OWB_TYPE("GCFP"), nullptr));
+  EXPECT_EQ(stringParam(picker.get(), 1), "/tmp/picked");
+
+  auto place = ask(new Message(OWB_TYPE("GCPP"), nullptr));
+  ASSERT_NE(place, nullptr);
+  ASSERT_EQ(place->getParamCount(), 2);
+  fileNameType directory;
+  extractPathname(stringParam(place.get(), 1).c_str(), directory);
+  EXPECT_EQ(std::string(directory), project);
+}
+
+TEST_F(ToolmanTest, UserCommandsReachTheTool) {
+  registerTestTool();
+  auto chosen = send({"cmd testtool \"Run Fleet\" a.flt"});
+  EXPECT_EQ(chosen.first, 0) << chosen.second;
+  serveFor(4);
+  EXPECT_EQ(gSeen.commandLabel, "Run Fleet");
+  EXPECT_EQ(gSeen.commandFile, project + "/a.flt");
+  auto needsFile = send({"cmd testtool \"Run Fleet\""});
+  EXPECT_EQ(needsFile.first, 1);
+
+  auto asked = send({"idfl testtool a.flt", "idfl testtool sub/x.txt", "files FLTF"});
+  EXPECT_EQ(asked.first, 0) << asked.second;
+  EXPECT_NE(asked.second.find("a fleet file of testtool, type FLTF: Fleet definition files"),
+            std::string::npos)
+      << asked.second;
+  EXPECT_NE(asked.second.find(project + "/sub/x.txt: not a file of testtool"), std::string::npos);
+  EXPECT_NE(asked.second.find("FLTF  " + project + "/a.flt\n"), std::string::npos);
+
+  auto kinds = ask(new Message(OWB_TYPE("GCCP"), nullptr));
+  ASSERT_NE(kinds, nullptr);
+  ASSERT_EQ(kinds->getParamCount(), 3);
+  EXPECT_EQ(stringParam(kinds.get(), 1), "fleet");
+  TypeIdent kind = 0;
+  kinds->getIdentParam(2, &kind);
+  EXPECT_EQ(kind, kFleetFile);
+  Message* ofType = new Message(OWB_TYPE("GFCP"), nullptr);
+  ofType->addIdentParam(kFleetFile);
+  auto fleets = ask(ofType);
+  ASSERT_NE(fleets, nullptr);
+  ASSERT_EQ(fleets->getParamCount(), 2);
+  EXPECT_EQ(stringParam(fleets.get(), 1), project + "/a.flt");
+
+  tell(new Message(OWB_TYPE("HGDM"), nullptr));
+  for (int turn = 0; turn < 100 && gSeen.helpDocument.empty(); ++turn) serveFor(1);
+  EXPECT_EQ(gSeen.helpViewer, "myviewer");
+  EXPECT_EQ(gSeen.helpLabel, "Guide");
+  EXPECT_EQ(gSeen.helpDocument, "/doc/guide.html");
+
+  EXPECT_EQ(send({"quit TSTT"}).first, 0);
+  serveFor(4);
+  EXPECT_EQ(gSeen.quits, 1);
+  EXPECT_NE(toolmanOutput().find("RPLY from testtool@"), std::string::npos);
+}
+
+TEST_F(ToolmanTest, HelpIsCompleteAndSendFailsFastWithoutToolman) {
+  pid_t helper = startProgram({toolmanPath(), "--help"}, home.file("help.out"));
+  int status = 0;
+  waitpid(helper, &status, 0);
+  EXPECT_EQ(WEXITSTATUS(status), 0);
+  std::string help = owbtest::readWholeFile(home.file("help.out"));
+  for (const char* word : {"--port", "--project", "--send", "--help-viewer", "--help-item",
+                           "--quiet", "tools", "commands", "engines", "files", "types", "places",
+                           "status", "rescan", "cmd TOOL", "idfl", "quit", "show", "hide", "cwin",
+                           "tickle", "exit", "REGT", "DISF", "owbport"})
+    EXPECT_NE(help.find(word), std::string::npos) << word;
+
+  owbtest::TempDir elsewhere;
+  owbtest::ScopedEnv otherHome("HOME", elsewhere.path());
+  ASSERT_EQ(system(("mkdir -p " + elsewhere.path() + "/.owb && echo 1 > " + elsewhere.path() +
+                    "/.owb/owbport")
+                       .c_str()),
+            0);
+  auto start = std::chrono::steady_clock::now();
+  auto lonely = send({"tools"});
+  EXPECT_EQ(lonely.first, 2);
+  EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::seconds(3));
+  EXPECT_NE(lonely.second.find("no toolman answers at port 1"), std::string::npos)
+      << lonely.second;
+}
+
+}  // namespace

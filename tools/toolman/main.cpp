@@ -1,0 +1,247 @@
+// toolman: a Tool Manager for the environment's tools, on the shared
+// message library.  See usageText below, printed by --help.
+#include <poll.h>
+#include <signal.h>
+#include <unistd.h>
+
+#include <climits>
+#include <cstdio>
+#include <cstdlib>
+#include <cstring>
+#include <iostream>
+#include <string>
+#include <vector>
+
+#include "commands.h"
+#include "handlers.h"
+#include "print.h"
+#include "shared/globals.h"
+#include "shared/messages.h"
+#include "shared/tcpxport.h"
+#include "shared/utils.h"
+#include "state.h"
+
+namespace {
+
+constexpr int kDefaultToolManPort = 4400;
+constexpr TypeIdent kToolManType = OWB_TYPE("TMAN");
+// A command sent with --send may itself wait up to 5 s for a tool's reply.
+constexpr unsigned long kSendReplyTimeout = 30000;
+constexpr size_t kMaxStdinLine = 64 * 1024;
+
+volatile sig_atomic_t gEndSignal = 0;
+
+const char* usageText() {
+  return "Usage:\n"
+         "  toolman [--port N] [--project DIR] [--help-viewer PROGRAM]\n"
+         "          [--help-item LABEL=DOCUMENT]... [--quiet]\n"
+         "  toolman [--port N] --send LINE [--send LINE]...\n"
+         "  toolman --help\n"
+         "\n"
+         "The Tool Manager of the environment's tools.  It listens on port N\n"
+         "(default 4400, or the first free one of the 99 above), writes that port\n"
+         "to $HOME/.owb/owbport, where tools look for it, and serves the tools'\n"
+         "messages: REGT ADDC ADDE REME ADDF REMF GCPP GCCP GFCP GCFP SCFP RSLV\n"
+         "ADGP LOOK GWIN UWIN ASRC DSRC HGDM GSAT DISF.  Every message it receives\n"
+         "is printed on standard output as one line: type, sender@port, and the\n"
+         "parameters decoded by type (--quiet prints none).\n"
+         "\n"
+         "It keeps: the registered tools and their commands, the engines\n"
+         "announced, the project's files (DIR, default the current directory,\n"
+         "read at start and by `rescan`, plus ADDF less REMF), window places\n"
+         "given back by UWIN and handed out by GWIN, the file picker's last\n"
+         "directory, and the search path of RSLV (the project, then each ADGP\n"
+         "directory).  HGDM is answered with HDTM (the help viewer, default\n"
+         "netscape) and one HMEM per --help-item.\n"
+         "\n"
+         "Command lines are read from standard input; the end of standard input\n"
+         "does not end toolman (use `exit`, SIGTERM or SIGHUP).  --send LINE\n"
+         "hands LINE to the toolman running for this $HOME (found through\n"
+         "owbport, or at --port N), prints its output and exits 0 when the\n"
+         "command succeeded, 1 when it failed, 2 when no toolman answered.\n"
+         "\n"
+         "Environment: HOME (owbport, owblog), OWB_LOGLEVEL (logSome, logAll).\n"
+         "\n";
+}
+
+void onEndSignal(int) { gEndSignal = 1; }
+
+void printReceived(const Message& message, void*) {
+  std::cout << describeMessage(message) << std::endl;
+}
+
+void startLog() {
+  gToolName = newStringCopy("toolman");
+  readLogSettings();
+  openToolLog(true);
+  OWB_LOG("");
+  owbLogRaw(std::string("Initializing ") + gToolName + "\n\n");
+  seedRandomNumbers();
+}
+
+void endLog() {
+  delete gMessageCenter;
+  gMessageCenter = nullptr;
+  cleanUpGlobals();
+}
+
+std::string absoluteDirectory(const std::string& directory) {
+  char resolved[PATH_MAX];
+  if (!realpath(directory.c_str(), resolved)) return "";
+  return resolved;
+}
+
+// Reads what standard input has, running each complete line.
+void serveStandardInput(bool* open, std::string* pending) {
+  struct pollfd input = {STDIN_FILENO, POLLIN, 0};
+  if (!*open || ::poll(&input, 1, 0) <= 0) return;
+  char buffer[4096];
+  ssize_t got = read(STDIN_FILENO, buffer, sizeof buffer);
+  if (got <= 0) {
+    *open = false;
+    return;
+  }
+  pending->append(buffer, static_cast<size_t>(got));
+  size_t newline;
+  while ((newline = pending->find('\n')) != std::string::npos) {
+    std::string line = pending->substr(0, newline);
+    pending->erase(0, newline + 1);
+    std::string output;
+    runCommandLine(line, &output);
+    std::cout << output << std::flush;
+  }
+  if (pending->size() > kMaxStdinLine) pending->clear();  // a line without end
+}
+
+int runToolManager(int port, const std::string& projectDirectory, bool quiet) {
+  startLog();
+  gMessageCenter = new MessageCenter(port);
+  int listening = gMessageCenter->thisToolInfo.listenerPort;
+  if (listening <= 0) {
+    std::cerr << "toolman: could not listen at port " << port << " or the 99 above it\n";
+    endLog();
+    return 1;
+  }
+  std::snprintf(gMessageCenter->thisToolInfo.name, sizeof(Str31), "toolman");
+  gMessageCenter->thisToolInfo.toolType = kToolManType;
+  gToolManToolInfo.listenerPort = listening;
+  registerToolManHandlers();
+  if (!quiet) gMessageCenter->setMessageObserver(printReceived, nullptr);
+
+  gToolManState.projectDirectory = projectDirectory;
+  gToolManState.scanProject();
+  std::cout << "toolman: listening on port " << listening << ", project " << projectDirectory
+            << " (" << gToolManState.files.size() << " files)" << std::endl;
+
+  signal(SIGTERM, onEndSignal);
+  signal(SIGHUP, onEndSignal);
+  bool inputOpen = true;
+  std::string pending;
+  while (!gToolManShouldEnd && !gEndSignal) {
+    gMessageCenter->poll();
+    serveStandardInput(&inputOpen, &pending);
+  }
+  // Answer what is still queued (the reply to a sent `exit`, for one).
+  while (gMessageCenter->queue->messagesAvailable(kWildTypeIdent) > 0) gMessageCenter->poll();
+  std::cout << "toolman: ended" << std::endl;
+  endLog();
+  return 0;
+}
+
+int sendCommandLines(int port, const std::vector<std::string>& lines) {
+  startLog();
+  gMessageCenter = new MessageCenter();
+  int toolManPort = port > 0 ? port : getToolManagerPort();
+  gToolManToolInfo.listenerPort = toolManPort;
+  int status = 0;
+  if (toolManPort <= 0) {
+    std::cerr << "toolman: no toolman port (no $HOME/.owb/owbport and no --port)\n";
+    status = 2;
+  } else if (gMessageCenter->thisToolInfo.listenerPort <= 0) {
+    std::cerr << "toolman: cannot listen for the reply\n";
+    status = 2;
+  } else {
+    gMessageCenter->tickleTool(&gToolManToolInfo);
+    if (gMessageCenter->lastError != kNoError) {
+      std::cerr << "toolman: no toolman answers at port " << toolManPort << "\n";
+      status = 2;
+    }
+  }
+  for (size_t i = 0; status != 2 && i < lines.size(); ++i) {
+    Message* request = new Message(kCommandLineMessage, &gToolManToolInfo);
+    request->header.needsReply = TRUE;
+    request->header.replyTimeout = kSendReplyTimeout;
+    request->addParam(kParamData, lines[i].data(), static_cast<long>(lines[i].size()));
+    Message* reply = gMessageCenter->sendMessage(request);
+    if (!reply) {
+      std::cerr << "toolman: no reply from toolman at port " << toolManPort << "\n";
+      status = 2;
+      break;
+    }
+    ErrorCode result = kNoError;
+    reply->getErrorParam(0, &result);
+    if (reply->getParamCount() > 1)
+      std::cout.write(reply->getParam(1), reply->getParamLength(1));
+    if (result != kNoError) status = 1;
+    delete reply;
+  }
+  std::cout << std::flush;
+  endLog();
+  return status;
+}
+
+bool parsePort(const char* text, int* port) {
+  char* end = nullptr;
+  long value = std::strtol(text, &end, 10);
+  if (!end || *end || value <= 0 || value > 65535) return false;
+  *port = static_cast<int>(value);
+  return true;
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+  int port = 0;
+  std::string project = ".";
+  bool quiet = false;
+  std::vector<std::string> sends;
+  for (int i = 1; i < argc; ++i) {
+    std::string option = argv[i];
+    bool hasValue = i + 1 < argc;
+    if (option == "--help" || option == "-h") {
+      std::cout << usageText() << commandHelpText();
+      return 0;
+    } else if (option == "--port" && hasValue) {
+      if (!parsePort(argv[++i], &port)) {
+        std::cerr << "toolman: --port needs a number from 1 to 65535\n";
+        return 2;
+      }
+    } else if (option == "--project" && hasValue) {
+      project = argv[++i];
+    } else if (option == "--help-viewer" && hasValue) {
+      gToolManState.helpViewer = argv[++i];
+    } else if (option == "--help-item" && hasValue) {
+      std::string item = argv[++i];
+      size_t equals = item.find('=');
+      if (equals == std::string::npos) {
+        std::cerr << "toolman: --help-item needs LABEL=DOCUMENT\n";
+        return 2;
+      }
+      gToolManState.helpItems.emplace_back(item.substr(0, equals), item.substr(equals + 1));
+    } else if (option == "--send" && hasValue) {
+      sends.push_back(argv[++i]);
+    } else if (option == "--quiet") {
+      quiet = true;
+    } else {
+      std::cerr << "toolman: unknown or incomplete option " << option << " (see --help)\n";
+      return 2;
+    }
+  }
+  if (!sends.empty()) return sendCommandLines(port, sends);
+  std::string projectDirectory = absoluteDirectory(project);
+  if (projectDirectory.empty()) {
+    std::cerr << "toolman: no project directory " << project << "\n";
+    return 2;
+  }
+  return runToolManager(port > 0 ? port : kDefaultToolManPort, projectDirectory, quiet);
+}

@@ -1,0 +1,87 @@
+// What the Tool Manager knows: registered tools and their commands, engines,
+// the project's files and their kinds, window places, the file picker's
+// directory, the search path, the help defaults and the active source viewer.
+#ifndef OWB_TOOLMAN_STATE_H
+#define OWB_TOOLMAN_STATE_H
+
+#include <map>
+#include <string>
+#include <vector>
+
+#include "shared/messages.h"
+
+struct ToolCommand {
+  std::string label;
+  int32_t requires = 0;  // 1: acts on a selected file
+  TypeIdent fileType = kWildTypeIdent;
+};
+
+struct RegisteredTool {
+  ToolInfo info{};
+  std::string executable;
+  std::vector<ToolCommand> commands;
+};
+
+struct EngineEntry {
+  std::string host;
+  int32_t port = 0;
+};
+
+// A kind of project file, as a tool described it in its IDFL answer.
+struct FileKind {
+  std::string label;
+  std::string description;
+};
+
+struct WindowPlace {
+  uint8_t rect[8] = {};  // four 16-bit values, as the tool sent them
+  int32_t uniqueId = 0;
+};
+
+constexpr TypeIdent kUnknownFileType = OWB_TYPE("FILE");
+
+class ToolManState {
+ public:
+  // Tools, by listener port.
+  RegisteredTool& toolAt(const ToolInfo& sender);
+  RegisteredTool* findTool(const std::string& nameTypeOrPort);
+  RegisteredTool* findToolByType(TypeIdent toolType);
+  void forgetTool(int32_t listenerPort);
+
+  // Project files, by absolute path.
+  void scanProject();
+  void addFile(const std::string& path);
+  void removeFile(const std::string& path);
+  void setFileKind(const std::string& path, TypeIdent type, const std::string& label,
+                   const std::string& description);
+  TypeIdent fileTypeOf(const std::string& path) const;
+  std::string absolutePath(const std::string& path) const;
+
+  // The first existing file named partialPath in the search path, or "".
+  std::string resolve(const std::string& partialPath) const;
+  void addSearchDirectory(const std::string& directory);
+
+  std::string projectDirectory;
+  std::map<int32_t, RegisteredTool> tools;
+  std::vector<EngineEntry> engines;
+  std::map<std::string, TypeIdent> files;
+  std::map<TypeIdent, FileKind> fileKinds;
+  std::map<std::string, TypeIdent> kindBySuffix;
+  std::map<TypeIdent, std::vector<WindowPlace>> windowPlaces;
+  int32_t nextWindowId = 1;
+  std::string pickerDirectory;
+  std::vector<std::string> searchPath;
+  std::string helpViewer = "netscape";
+  std::vector<std::pair<std::string, std::string>> helpItems;  // label, document
+  int32_t activeSourceViewerPort = 0;
+  std::string lastDisplayedFile;
+};
+
+extern ToolManState gToolManState;
+
+// Text of a four-character code, for display.
+std::string typeText(TypeIdent type);
+// A four-character code from text ("****" for anything not four characters).
+TypeIdent typeFromText(const std::string& text);
+
+#endif  // OWB_TOOLMAN_STATE_H
