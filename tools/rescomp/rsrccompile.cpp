@@ -137,7 +137,6 @@ class Compiler {
     while (tok_.kind != kEnd) statement();
     if (!lib_) throw ParseError{tok_.line, "no library statement"};
     for (const PendingRef& p : refs_) resolve(p);
-    for (ResPtr t : templates_) RCLAS_SetTemplate(t->ResClass, t);
     RLIB_Save(lib_);
   }
 
@@ -284,7 +283,21 @@ class Compiler {
     if (exported || preload) RLIB_AddExportRes(lib_, res, preload ? RLIB_EXPORTPRELOAD : RLIB_EXPORTLAZY);
     if (isDefault) RLIB_AddDefaultRes(lib_, res);
     body(res);
-    if (isTemplate) templates_.push_back(res);
+    if (isTemplate) makeTemplate(res);
+  }
+
+  // A template takes effect at once: what follows it in the source starts
+  // from its values.  Its own references are resolved first.
+  void makeTemplate(ResPtr res) {
+    std::vector<PendingRef> later;
+    for (const PendingRef& p : refs_) {
+      bool inside = false;
+      for (ResPtr r = p.res; r && !inside; r = RES_GetParent(r)) inside = r == res;
+      if (inside) resolve(p);
+      else later.push_back(p);
+    }
+    refs_.swap(later);
+    RCLAS_SetTemplate(res->ResClass, res);
   }
 
   Value value() {
@@ -403,7 +416,6 @@ class Compiler {
   std::string outPath_;
   RLibPtr lib_ = nullptr;
   std::vector<PendingRef> refs_;
-  std::vector<ResPtr> templates_;
 };
 
 }  // namespace
