@@ -491,8 +491,11 @@ void RES_Use(ResPtr res) {
 }
 
 void RES_Release(ResPtr res) {
-  if (!res || res->ResPrivate5 == kResImmortal) return;
-  if (res->ResPrivate5 <= 1) {
+  // A count of 0 marks an object being destroyed: a release from its own
+  // end notification does nothing more.
+  if (!res || res->ResPrivate5 == kResImmortal || res->ResPrivate5 == 0) return;
+  if (res->ResPrivate5 == 1) {
+    res->ResPrivate5 = 0;
     RClasDeleteCBack drop = res->ResClass->Delete ? res->ResClass->Delete : S_DefaultDelete;
     drop(res);
   } else {

@@ -228,11 +228,12 @@ class Compiler {
     std::vector<std::string> names;
     std::vector<Int> types;
     while (!isPunct('}')) {
+      int line = tok_.line;
       names.push_back(name());
       std::string typeName = name();
       Int type = PFLD_TypeFromName(typeName.c_str());
-      if (type < 0) fail("unknown field type " + typeName);
-      if (type == PFLD_STRARRAY) fail("StrArray fields cannot be stored; use VStrArray");
+      if (type < 0) throw ParseError{line, "unknown field type " + typeName};
+      if (type == PFLD_STRARRAY) throw ParseError{line, "StrArray fields cannot be stored; use VStrArray"};
       types.push_back(type);
     }
     advance();

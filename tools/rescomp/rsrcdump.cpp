@@ -60,8 +60,7 @@ class Dumper {
     for (BKnotPtr m : lib_->Modules) {
       ResPtr module = RLIB_GetModuleRes(m);
       out_ += "\nmodule " + S_Name(m->Name) + " {\n";
-      RES_LoadChildren(module);
-      for (Int i = 0; i < RES_GetNumChildren(module); ++i) resource(RES_GetNthChild(module, i), 1);
+      children(module, 1);
       out_ += "}\n";
     }
     return out_;
@@ -80,12 +79,24 @@ class Dumper {
     out_ += "}\n";
   }
 
+  bool isTemplate(ResPtr res) const {
+    return std::find(lib_->Templates.begin(), lib_->Templates.end(), res->ResPrivate) != lib_->Templates.end();
+  }
+
+  // Templates first, since what follows them in the source starts from
+  // them; then the rest in name order.
+  void children(ResPtr res, int depth) {
+    RES_LoadChildren(res);
+    for (bool templates : {true, false})
+      for (Int i = 0; i < RES_GetNumChildren(res); ++i)
+        if (isTemplate(RES_GetNthChild(res, i)) == templates) resource(RES_GetNthChild(res, i), depth);
+  }
+
   std::string attributes(ResPtr res) {
     std::string out;
     Int exp = RLIB_ExportResToIndex(lib_, res);
     if (exp >= 0) out += lib_->Exports[static_cast<size_t>(exp)].Kind == RLIB_EXPORTPRELOAD ? " preload" : " export";
-    if (std::find(lib_->Templates.begin(), lib_->Templates.end(), res->ResPrivate) != lib_->Templates.end())
-      out += " template";
+    if (isTemplate(res)) out += " template";
     for (size_t i = 0; i < lib_->DefaultOffsets.size(); ++i)
       if (lib_->DefaultKnots[i] == res->ResPrivate ||
           (res->ResPrivate && lib_->DefaultOffsets[i] == res->ResPrivate->Offset))
@@ -118,8 +129,7 @@ class Dumper {
         },
         &ctx);
     RES_Release(fresh);
-    RES_LoadChildren(res);
-    for (Int i = 0; i < RES_GetNumChildren(res); ++i) resource(RES_GetNthChild(res, i), depth + 1);
+    children(res, depth + 1);
     out_ += pad + "}\n";
   }
 
