@@ -5,12 +5,13 @@
 
 #include "fleet/fileutil.h"
 #include "tools/fleetctl/commands.h"
+#include "tools/fleetctl/commands_ops.h"
 
 namespace fleetctl {
 
 namespace {
 
-const OptionSpec kVerbose = {"--verbose", false, false};
+const OptionRule kVerbose = {"--verbose", false, false};
 
 const char* const kHelp =
     "usage: fleetctl [--verbose] COMMAND FLEETDIR [ARGUMENTS] [OPTIONS]\n"
@@ -22,26 +23,28 @@ const char* const kHelp =
     "\n"
     "Commands:\n"
     "  new FLEETDIR [--engine LABEL]... [--base-port N] [--authority HEX|--no-authority]\n"
-    "               [--options TEXT] [--security on|off] [--force]          (not yet available)\n"
+    "               [--options TEXT] [--security on|off] [--force]\n"
     "      a definition with the defaults of a new fleet (engine \"eng1\" unless --engine is\n"
     "      given, a random base port and authority, options \"-d1\", security off, place\n"
     "      configuration \"$OWB/lib/engplace.cfg\", debugger on), then the same as make.\n"
     "      Refuses an existing definition unless --force.\n"
-    "  make FLEETDIR                                                         (not yet available)\n"
+    "  make FLEETDIR\n"
     "      (re-)make the fleet from the definition on disk; prints \"<label> <debugger port>\"\n"
     "      per engine\n"
     "  run FLEETDIR [--cold] [--kill-old] [--externals-only] [--process LABEL]\n"
-    "                                                                        (not yet available)\n"
+    "      boot the fleet (each engine warm when it has a database, else cold); --cold wipes\n"
+    "      the databases first, --kill-old lets it stop running engines; DISPLAY must be set\n"
     "  kill FLEETDIR [--cleanup] [--externals-only] [--engines-only] [--process LABEL]\n"
-    "                                                                        (not yet available)\n"
+    "      stop the fleet's running processes; --cleanup also removes their output files\n"
     "  status FLEETDIR [--engines-only] [--externals-only] [--process LABEL] [--json]\n"
-    "                                                                        (not yet available)\n"
-    "      the fleet's processes as a table; with --json an array of objects with the keys\n"
-    "      \"type\", \"name\", \"status\", \"commandLine\", \"started\", \"pid\", \"debuggerPort\",\n"
-    "      \"udpPort\", \"tcpPort\"\n"
-    "  backup FLEETDIR [--tag TAG]      (default tag \"backup\")              (not yet available)\n"
-    "  restore FLEETDIR [--tag TAG]                                          (not yet available)\n"
-    "  remove FLEETDIR                                                       (not yet available)\n"
+    "      the fleet's processes as a table of the status window's nine columns; with --json\n"
+    "      an array of objects with the keys \"type\" (\"Engine\", \"External Process\" or\n"
+    "      \"Fossil\"), \"name\", \"status\" (\"Up\" or \"Down\"), \"commandLine\" (string or null),\n"
+    "      \"started\" (seconds since the epoch, 0 for none), \"pid\", \"debuggerPort\", \"udpPort\",\n"
+    "      \"tcpPort\" (numbers; the ports null when not an engine)\n"
+    "  backup FLEETDIR [--tag TAG]      (default tag \"backup\")\n"
+    "  restore FLEETDIR [--tag TAG]\n"
+    "  remove FLEETDIR\n"
     "  check FLEETDIR\n"
     "      read the definition; print a summary, or fail with the reader's alert\n"
     "  config FLEETDIR ENGINE [--json]\n"
@@ -70,23 +73,23 @@ const std::vector<Command>& commandTable() {
        {{"--engine", true, true}, {"--base-port", true, false}, {"--authority", true, false},
         {"--no-authority", false, false}, {"--options", true, false}, {"--security", true, false},
         {"--force", false, false}},
-       nullptr},
-      {"make", {"FLEETDIR"}, {}, nullptr},
+       newCommand},
+      {"make", {"FLEETDIR"}, {}, makeCommand},
       {"run", {"FLEETDIR"},
        {{"--cold", false, false}, {"--kill-old", false, false}, {"--externals-only", false, false},
         {"--process", true, false}},
-       nullptr},
+       runCommand},
       {"kill", {"FLEETDIR"},
        {{"--cleanup", false, false}, {"--externals-only", false, false}, {"--engines-only", false, false},
         {"--process", true, false}},
-       nullptr},
+       killCommand},
       {"status", {"FLEETDIR"},
        {{"--engines-only", false, false}, {"--externals-only", false, false}, {"--process", true, false},
         {"--json", false, false}},
-       nullptr},
-      {"backup", {"FLEETDIR"}, {{"--tag", true, false}}, nullptr},
-      {"restore", {"FLEETDIR"}, {{"--tag", true, false}}, nullptr},
-      {"remove", {"FLEETDIR"}, {}, nullptr},
+       statusCommand},
+      {"backup", {"FLEETDIR"}, {{"--tag", true, false}}, backupCommand},
+      {"restore", {"FLEETDIR"}, {{"--tag", true, false}}, restoreCommand},
+      {"remove", {"FLEETDIR"}, {}, removeCommand},
       {"check", {"FLEETDIR"}, {}, checkCommand},
       {"config", {"FLEETDIR", "ENGINE"}, {{"--json", false, false}}, configCommand},
   };
@@ -127,25 +130,25 @@ bool parseCommandLine(const Command& command, int argc, char** argv, int first, 
       parsed->verbose = true;
       continue;
     }
-    const OptionSpec* spec = nullptr;
-    for (const OptionSpec& option : command.options)
-      if (name == option.name) spec = &option;
-    if (!spec) {
+    const OptionRule* rule = nullptr;
+    for (const OptionRule& option : command.options)
+      if (name == option.name) rule = &option;
+    if (!rule) {
       *error = "unknown option " + name + " for " + command.name;
       return false;
     }
-    if (spec->takesValue && !valueAttached) {
+    if (rule->takesValue && !valueAttached) {
       if (i + 1 >= argc) {
         *error = name + " needs a value";
         return false;
       }
       value = argv[++i];
-    } else if (!spec->takesValue && valueAttached) {
+    } else if (!rule->takesValue && valueAttached) {
       *error = name + " takes no value";
       return false;
     }
     std::vector<std::string>& values = parsed->options[name];
-    if (!values.empty() && !spec->repeatable) {
+    if (!values.empty() && !rule->repeatable) {
       *error = name + " given more than once";
       return false;
     }

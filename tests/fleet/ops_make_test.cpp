@@ -1,0 +1,208 @@
+// Making fleets: the generated files, the port numbers, re-making, and
+// the expansion of external commands.
+#include <gtest/gtest.h>
+#include <sys/stat.h>
+
+#include <string>
+
+#include "fleet/eng_util.h"
+#include "fleet/launch.h"
+#include "fleet/mkfleet.h"
+#include "fleet/ops_support.h"
+
+namespace {
+
+using opstest::fileExistsNow;
+using owbtest::readWholeFile;
+using owbtest::writeWholeFile;
+
+// A definition of the named engines, all on placeFile, into args.
+void defineFleet(MakeFleetArgs* args, const std::string& fleetDir, std::initializer_list<const char*> labels,
+                 const std::string& placeFile, long basePort) {
+  std::snprintf(args->fleetDir, sizeof args->fleetDir, "%s", fleetDir.c_str());
+  const char* slash = std::strrchr(fleetDir.c_str(), '/');
+  std::snprintf(args->fleetDefn.fleetName, sizeof args->fleetDefn.fleetName, "%s", slash + 1);
+  args->fleetDefn.basePort = basePort;
+  std::snprintf(args->fleetDefn.engineOptions, sizeof args->fleetDefn.engineOptions, "-d1");
+  for (const char* label : labels) {
+    auto* engine = new EngineConfiguration(label);
+    std::snprintf(engine->enginePlaceConfig, sizeof engine->enginePlaceConfig, "%s", placeFile.c_str());
+    args->fleetDefn.engines.include(engine);
+  }
+}
+
+std::vector<long> numbers(List& list) {
+  std::vector<long> values;
+  for (long i = 0; i < list.totalElements; ++i) values.push_back(static_cast<NumberItem*>(list.get(i))->number);
+  return values;
+}
+
+TEST(MakeFleet, WritesRegionEnginesAndPortsOfTwoEngines) {
+  opstest::FleetSandbox sandbox;
+  const std::string fleet = sandbox.fleetDir("twin");
+  const std::string place = sandbox.root() + "/place.cfg";
+  writeWholeFile(place, "PlaceName = \"p\"\n");
+  MakeFleetArgs args;
+  defineFleet(&args, fleet, {"A", "B"}, place, 6000);
+  std::snprintf(args.fleetDefn.authorityText, sizeof args.fleetDefn.authorityText, "04abc");
+  args.fleetDefn.securityOn = OWB_TRUE;
+  static_cast<EngineConfiguration*>(args.fleetDefn.engines.get(1))->loadDebugger = OWB_FALSE;
+  static_cast<EngineConfiguration*>(args.fleetDefn.engines.get(1))->moduleConfigFiles.include(new StringItem("m.cfg"));
+  writeWholeFile(sandbox.root() + "/m.cfg", "ModuleThing = 1\n");
+  List debuggerPorts(kStandardChunkSize, TRUE, EqualCompare);
+
+  ASSERT_TRUE(makeFleet(&args, &debuggerPorts)) << testing::PrintToString(sandbox.output.everything());
+  EXPECT_EQ(numbers(debuggerPorts), (std::vector<long>{6006, 6014}));
+  EXPECT_TRUE(fileExistsNow(fleet + "/twin.flt"));
+  EXPECT_EQ(readWholeFile(fleet + "/region/ports.cfg"),
+            "RegionPort = 6000\nA_EngineTCPPort = 6002\nA_MNI_PORT = 6004\nA_MOCK_PORT = 6006\n"
+            "B_EnginePort = 6008\nB_EngineTCPPort = 6010\nB_MNI_PORT = 6012\nB_MOCK_PORT = 6014\n");
+  EXPECT_EQ(readWholeFile(fleet + "/region/region.cfg"),
+            "include = " + fleet + "/region/ports.cfg\n"
+            "RegionIPAddress(LocalHostIP) = \"$LocalHostIP\"\n"
+            "RegionPort = $NEW_FLEET_PORT$\n"
+            "RegionAuthority = #O\"04abc\"\n"
+            "@SECURE = 1\n@SECDB_DIR = ../region\n@FINDER = 1\n@FINDER_DIR = ../region\n@PROF_MASK = 0\n");
+  const std::string owb = sandbox.installTree();
+  const std::string root = sandbox.root();
+  std::string common =
+      "LocalHostIP = \"127.0.0.1\"\nLocalHostName = \"localhost\"\n\n"
+      "include = " + fleet + "/region/region.cfg\n"
+      "\n# Macros pointing to directories of special interest\n\n"
+      "OWBDirectory = \"" + owb + "\"\nOWBBinDirectory = \"" + owb + "/bin\"\n"
+      "OWBLibraryDirectory = \"" + owb + "/lib\"\nOWBModulesDirectory = \"" + owb + "/modules\"\n"
+      "CreationDirectory = \"" + root + "\"\n";
+  std::string portLines =
+      "@UDP_PORT(EnginePort) = $EnginePort\nEngineTCPPort = $NEW_ENG_PORT$\n"
+      "@TCP_PORT(EngineTCPPort) = $EngineTCPPort\n@MNI_PORT = $NEW_ENG_PORT$\n@MOCK_PORT = $NEW_ENG_PORT$\n"
+      "@PPP = 0\n@MODEMS = \"(answer,,)\"\n"
+      "\n# Pull in the configuration file describing the engine place:\n\n"
+      "include = " + place + "\n";
+  EXPECT_EQ(readWholeFile(fleet + "/A/startup.cfg"),
+            common + "AutoLoadPath += \" " + root + "/ " + fleet + "/A/ " + owb + "/lib/ " + owb + "/modules/ \"\n" +
+                "\n# Engine port numbers and modem configuration:\n\n"
+                "EngineLocation = \"A\"\nEngineIPAddress = \"127.0.0.1\"\nEnginePort(RegionPort) = $RegionPort\n" +
+                portLines + "include = debug.cfg\n" +
+                "\n# Loading installed OWB module configuration files:\n\n"
+                "\n# Loading project configuration files:\n\n");
+  EXPECT_EQ(readWholeFile(fleet + "/B/startup.cfg"),
+            common + "AutoLoadPath += \" " + root + "/ " + fleet + "/B/ " + owb + "/lib/ " + owb + "/modules/ \"\n" +
+                "\n# Engine port numbers and modem configuration:\n\n"
+                "EngineLocation = \"B\"\nEngineIPAddress = \"127.0.0.1\"\nEnginePort = $NEW_ENG_PORT$\n" +
+                portLines + "\n# Loading installed OWB module configuration files:\n\n" + "include = m.cfg\n" +
+                "\n# Loading project configuration files:\n\n");
+}
+
+TEST(MakeFleet, PlaceFilePortsAndEmptyFleets) {
+  opstest::FleetSandbox sandbox;
+  const std::string place = sandbox.root() + "/place.cfg";
+  // A place port comes after the engine's four; a standard name reuses its number.
+  writeWholeFile(place, "PlacePort = $NEW_ENG_PORT$\nEngineTCPPort = $NEW_ENG_PORT$\n");
+  MakeFleetArgs args;
+  defineFleet(&args, sandbox.fleetDir("placed"), {"A", "B"}, place, 7000);
+  List debuggerPorts(kStandardChunkSize, TRUE, EqualCompare);
+  ASSERT_TRUE(makeFleet(&args, &debuggerPorts));
+  EXPECT_EQ(readWholeFile(sandbox.fleetDir("placed") + "/region/ports.cfg"),
+            "RegionPort = 7000\nA_EngineTCPPort = 7002\nA_MNI_PORT = 7004\nA_MOCK_PORT = 7006\nA_PlacePort = 7008\n"
+            "B_EnginePort = 7010\nB_EngineTCPPort = 7012\nB_MNI_PORT = 7014\nB_MOCK_PORT = 7016\n"
+            "B_PlacePort = 7018\n");
+
+  MakeFleetArgs empty;
+  defineFleet(&empty, sandbox.fleetDir("hollow"), {}, place, 7100);
+  debuggerPorts.include(new NumberItem(1));
+  ASSERT_TRUE(makeFleet(&empty, &debuggerPorts));
+  EXPECT_EQ(debuggerPorts.totalElements, 0);
+  EXPECT_TRUE(fileExistsNow(sandbox.fleetDir("hollow") + "/hollow.flt"));
+  EXPECT_TRUE(fileExistsNow(sandbox.fleetDir("hollow") + "/region/region.cfg"));
+  EXPECT_EQ(readWholeFile(sandbox.fleetDir("hollow") + "/region/ports.cfg"), "");
+}
+
+TEST(MakeFleet, RemakeDropsObsoleteEnginesAndDiscardsState) {
+  opstest::ChildReaper reaper;
+  opstest::FleetSandbox sandbox;
+  const std::string fleet = sandbox.fleetDir("changing");
+  const std::string place = sandbox.root() + "/place.cfg";
+  writeWholeFile(place, "\n");
+  List debuggerPorts(kStandardChunkSize, TRUE, EqualCompare);
+  {
+    MakeFleetArgs args;
+    defineFleet(&args, fleet, {"keep", "drop", "Case"}, place, 8000);
+    ASSERT_TRUE(makeFleet(&args, &debuggerPorts));
+  }
+  mkdir((fleet + "/drop/db").c_str(), 0777);
+  mkdir((fleet + "/keep/db").c_str(), 0777);
+  writeWholeFile(fleet + "/keep/db/state", "boots 3\n");
+  writeWholeFile(fleet + "/Case/notes", "kept\n");
+  {
+    MakeFleetArgs args;
+    defineFleet(&args, fleet, {"keep", "CASE"}, place, 8000);
+    ASSERT_TRUE(makeFleet(&args, &debuggerPorts));
+  }
+  EXPECT_FALSE(fileExistsNow(fleet + "/drop"));
+  EXPECT_FALSE(fileExistsNow(fleet + "/keep/db"));       // a db costs the engine its directory
+  EXPECT_TRUE(fileExistsNow(fleet + "/keep/startup.cfg"));
+  EXPECT_TRUE(fileExistsNow(fleet + "/Case/notes"));     // the label changed only in case
+
+  // A running process of the fleet forbids re-making it.
+  ASSERT_TRUE(runCommandWithPid(fleet.c_str(), "busy", "sleep 60", "", nullptr, nullptr, OWB_FALSE));
+  ASSERT_TRUE(opstest::eventually([&] { return fileExistsNow(fleet + "/busy.pid"); }));
+  sandbox.output.clear();
+  MakeFleetArgs args;
+  defineFleet(&args, fleet, {"keep"}, place, 8000);
+  EXPECT_FALSE(makeFleet(&args, &debuggerPorts));
+  ASSERT_EQ(sandbox.output.fatals.size(), 1u);
+  EXPECT_EQ(sandbox.output.fatals[0].first, "Cannot (Re-)Configure the Fleet");
+  EXPECT_TRUE(fileExistsNow(fleet + "/Case"));
+}
+
+// Builds a record list from (kind, label, text) triples.
+class RecordList {
+ public:
+  ~RecordList() { freeConfigList(&head_); }
+  configItem* add(int kind, const char* label, const char* text = "", long number = 0) {
+    configItem* item = allocConfigItem(kind, label, &head_, &tail_);
+    if (kind == configString) item->value.asString = copyOfText(text);
+    if (kind == configEnviron) item->value.asEnviron = copyOfText(text);
+    if (kind == configInteger) item->value.asInteger = number;
+    if (kind == configBoolean) item->value.asBoolean = number ? OWB_TRUE : OWB_FALSE;
+    if (kind == configExternal) item->value.asExternal.cmdLine = copyOfText(text);
+    return item;
+  }
+  configItem* head() const { return head_; }
+
+ private:
+  static char* copyOfText(const char* text) { return strdup(text); }
+  configItem* head_ = nullptr;
+  configItem* tail_ = nullptr;
+};
+
+TEST(ExternalCommands, ExpandFromRecordsBeforeTheLineThenTheEnvironment) {
+  owbtest::ScopedEnv fromEnvironment("OWBTEST_FROM_ENV", std::string("env-value"));
+  owbtest::ScopedEnv shadowed("Dir", std::string("from-environment"));
+  RecordList records;
+  records.add(configString, "Dir", "/first");
+  records.add(configString, "Dir", "/opt/tools");
+  records.add(configInteger, "Port", "", 4711);
+  records.add(configBoolean, "Flag", "", 1);
+  records.add(configNil, "Nothing");
+  records.add(configEnviron, "MODE", "fast");
+  records.add(configExternal, "Port", "ignored");
+  configItem* line = records.add(configExternal, "tool", "");
+  records.add(configString, "Later", "too late");
+
+  std::string expanded, missing;
+  EXPECT_FALSE(expandExternalCommand("run $OWBTEST_FROM_ENV", records.head(), line, &expanded, &missing));
+  EXPECT_EQ(missing, "$OWBTEST");  // `_` ends a name
+
+  ASSERT_TRUE(expandExternalCommand("$Dir/run -p $Port -f $Flag [$Nothing] $MODE $HOME", records.head(), line,
+                                    &expanded, &missing));
+  EXPECT_EQ(expanded, "/opt/tools/run -p 4711 -f true [] fast " + std::string(std::getenv("HOME")));
+  EXPECT_EQ(commandDirectory(expanded), "/opt/tools");
+  EXPECT_EQ(commandDirectory("tool -x /a/b"), "");
+
+  // A name defined only after the line is not seen.
+  EXPECT_FALSE(expandExternalCommand("$Later", records.head(), line, &expanded, &missing));
+  EXPECT_EQ(missing, "$Later");
+}
+
+}  // namespace
