@@ -234,8 +234,9 @@ BlockReader::BlockReader(BFilePtr file, UInt32 offset) : file_(file), offset_(of
 
 bool BlockReader::nextBlock() {
   if (!cont_) return false;
-  // Every block is at least one byte: more hops than bytes is a cycle.
-  if (++hops_ > file_->image.size()) S_FailAt(kBFileErrChain, offset_);
+  if (seen_.empty()) seen_.push_back(offset_);
+  if (std::find(seen_.begin(), seen_.end(), cont_) != seen_.end()) S_FailAt(kBFileErrChain, offset_);
+  seen_.push_back(cont_);
   BlockHeader h = BFILE_ReadBlockHeader(file_, cont_);
   pos_ = h.PayloadStart();
   limit_ = h.OpenEnded ? static_cast<UInt32>(file_->image.size()) : h.Start + h.Size;

@@ -103,7 +103,7 @@ class BlockReader {
   UInt32 pos_;    // absolute position in the current block
   UInt32 limit_;  // end of the current block's payload
   UInt32 cont_;
-  UInt32 hops_ = 0;
+  std::vector<UInt32> seen_;  // blocks of this chain, to find a cycle
 };
 
 // Where a placed record's bytes went: logical position -> file offset.

@@ -126,7 +126,11 @@ KnotRecord BKNOT_ReadRecord(_BFileRec* file, UInt32 offset, UInt32* fieldOffset)
 
 void BKNOT_LoadChildren(BKnotPtr knot) {
   if (knot->ChildrenLoaded) return;
-  if (!knot->File || knot->NumChildren <= 0 || knot->ChildRootOffset == 0) {
+  if (!knot->File) {  // made at run time: its tree is in memory already
+    knot->ChildrenLoaded = 1;
+    return;
+  }
+  if (knot->NumChildren <= 0 || knot->ChildRootOffset == 0) {
     knot->NumChildren = 0;
     knot->ChildrenLoaded = 1;
     return;

@@ -31,18 +31,6 @@ const char* const kTypeNames[PFLD_NUMTYPES] = {"Int16", "UInt16", "Int32",     "
                                                "StrArray", "VStr", "VStrArray", "Res",  "Res0",
                                                "ResArray", "Data32", "Data8",   "Data16"};
 
-ResPtr S_DefaultNew(RClasPtr cls, ResConstructPtr params) {
-  ResPtr res = static_cast<ResPtr>(std::calloc(1, static_cast<size_t>(cls->SizeOfRes)));
-  if (!res) throw std::bad_alloc();
-  RES_CallConstructs(res, cls, params);
-  return res;
-}
-
-void S_DefaultDelete(ResPtr res) {
-  RES_CallDestructs(res);
-  std::free(res);
-}
-
 Int S_Align(Int value, Int align) { return (value + align - 1) / align * align; }
 
 }  // namespace
@@ -78,8 +66,8 @@ void RCLAS_Register(RClasPtr cls) {
   cls->Name = VSTR_New(cls->Name);
   cls->ModName = VSTR_New(cls->ModName);
   if (!cls->ParentClass && std::strcmp(cls->Name, "Res") != 0) cls->ParentClass = RES_Class();
-  if (!cls->New) cls->New = S_DefaultNew;
-  if (!cls->Delete) cls->Delete = S_DefaultDelete;
+  if (!cls->New) cls->New = RES_DefaultNew;
+  if (!cls->Delete) cls->Delete = RES_DefaultDelete;
   if (cls->ParentClass) {
     if (!cls->DefNotify) cls->DefNotify = cls->ParentClass->DefNotify;
     cls->Flags |= cls->ParentClass->Flags & RCLAS_INHERITEDFLAGS;

@@ -150,28 +150,37 @@ void S_AbortConstruct(ResPtr res) {
   if (res->ResClass) PFLD_ResFree(res);
 }
 
-ResPtr S_DefaultNew(RClasPtr cls, ResConstructPtr params) {
+}  // namespace
+
+ResPtr RES_DefaultNew(RClasPtr cls, ResConstructPtr params) {
   ResPtr res = static_cast<ResPtr>(std::calloc(1, static_cast<size_t>(cls->SizeOfRes)));
   if (!res) throw std::bad_alloc();
   try {
     RES_CallConstructs(res, cls, params);
   } catch (...) {
     S_AbortConstruct(res);
-    std::free(res);
+    if (res->ResPrivate5 > 1) {
+      res->ResPrivate5--;  // someone took a reference meanwhile: it is theirs now
+      res->ResPrivate = nullptr;
+    } else {
+      std::free(res);
+    }
     throw;
   }
   return res;
 }
 
-void S_DefaultDelete(ResPtr res) {
+void RES_DefaultDelete(ResPtr res) {
   RES_CallDestructs(res);
   std::free(res);
 }
 
+namespace {
+
 ResPtr S_NewRes(RClasPtr cls, Int mode, BKnotPtr knot, ResPtr source, BoolEnum deep, BoolEnum named,
                 BoolEnum attach) {
   _ResConstructRec params{mode, cls, knot, source, deep, named, attach};
-  RClasNewCBack make = cls->New ? cls->New : S_DefaultNew;
+  RClasNewCBack make = cls->New ? cls->New : RES_DefaultNew;
   return make(cls, &params);
 }
 
@@ -215,8 +224,8 @@ void RES_InstallClass() {
   sResClass.SizeOfRes = static_cast<Int>(sizeof(_ResObj));
   sResClass.Name = "Res";
   sResClass.ModName = "Res";
-  sResClass.New = S_DefaultNew;
-  sResClass.Delete = S_DefaultDelete;
+  sResClass.New = RES_DefaultNew;
+  sResClass.Delete = RES_DefaultDelete;
   sResClass.Construct = S_ResConstruct;
   sResClass.Destruct = S_ResDestruct;
   sResClass.DefNotify = RES_DefNfy;
@@ -491,9 +500,12 @@ void RES_Use(ResPtr res) {
 }
 
 void RES_Release(ResPtr res) {
-  if (!res || res->ResPrivate5 == kResImmortal) return;
-  if (res->ResPrivate5 <= 1) {
-    RClasDeleteCBack drop = res->ResClass->Delete ? res->ResClass->Delete : S_DefaultDelete;
+  // A count of 0 marks an object being destroyed: a release from its own
+  // end notification does nothing more.
+  if (!res || res->ResPrivate5 == kResImmortal || res->ResPrivate5 == 0) return;
+  if (res->ResPrivate5 == 1) {
+    res->ResPrivate5 = 0;
+    RClasDeleteCBack drop = res->ResClass->Delete ? res->ResClass->Delete : RES_DefaultDelete;
     drop(res);
   } else {
     res->ResPrivate5--;

@@ -157,6 +157,12 @@ long RES_LockedSendNfyData(ResPtr res, Int message, ClientPtr data);
 NfierPtr RES_GetResMgrNfier();
 
 // --- Construction ---------------------------------------------------------------
+// The default allocation of a class: SizeOfRes zeroed bytes, then the
+// constructors.  A construction that fails is undone: nothing keeps
+// pointing at the object, and it is freed unless a reference taken during
+// the construction (a resource referring to itself) still holds it.
+ResPtr RES_DefaultNew(RClasPtr cls, ResConstructPtr params);
+void RES_DefaultDelete(ResPtr res);
 void RES_CallConstructs(ResPtr res, RClasPtr cls, ResConstructPtr params);
 void RES_CallDestructs(ResPtr res);
 typedef void (*ResScriptCBack)(ResPtr res);

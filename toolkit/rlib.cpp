@@ -196,6 +196,7 @@ void S_CollectAttached(BKnotPtr knot, std::vector<ResPtr>* out) {
 // its resources, so that what nobody else holds is freed.  A resource that
 // someone still holds survives, unnamed and emptied.
 void S_Dispose(RLibPtr lib) {
+  STRR_ForgetLookups();
   for (RClasPtr cls = RCLAS_GetFirst(); cls; cls = RCLAS_GetNext(cls))
     if (cls->Template && RES_GetLib(cls->Template) == lib) {
       ResPtr tmpl = cls->Template;

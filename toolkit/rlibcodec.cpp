@@ -153,9 +153,10 @@ ModuleEntry RLIBC_GetModule(BlockReader& r) {
 
 void RLIBC_PutClass(ByteWriter& w, const ClassRecord& c) {
   RLIBC_PutStr(w, c.Name);
-  RLIBC_PutStr(w, c.ModName);
+  // An absent module or parent is a null string.
+  RLIBC_PutStr(w, c.ModName.empty() ? nullptr : c.ModName.c_str());
   if (!c.ModName.empty()) {
-    RLIBC_PutStr(w, c.Parent);
+    RLIBC_PutStr(w, c.Parent.empty() ? nullptr : c.Parent.c_str());
     w.u16(static_cast<uint16_t>(c.Flags & ~0x400u));
     w.i16(static_cast<int16_t>(c.Version));
     w.i16(static_cast<int16_t>(c.FieldNames.size()));

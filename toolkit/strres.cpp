@@ -104,6 +104,12 @@ void STRL_InstallClass() { sStrL = S_Install("StrL", sStrLFields, static_cast<In
 
 void RMOD_InstallClass() { sRMod = S_Install("RMod", sRModFields, static_cast<Int>(sizeof(RModObj)), nullptr); }
 
+void STRR_ForgetLookups() {
+  std::map<std::string, ResPtr> held;
+  held.swap(S_Cache());
+  for (auto& entry : held) RES_Release(entry.second);
+}
+
 Int STRR_GetId(ResPtr res) { return S_StrR(res)->Id; }
 void STRR_SetId(ResPtr res, Int id) { S_StrR(res)->Id = static_cast<Int16>(id); }
 const char* STRR_GetStr(ResPtr res) { return S_StrR(res)->Text; }

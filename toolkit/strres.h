@@ -30,6 +30,10 @@ void STRR_InstallClass();  // also installs the base string loaders
 void STRL_InstallClass();
 void RMOD_InstallClass();
 
+// Drops the string resources kept for the base module's lookups (a
+// library is going away).
+void STRR_ForgetLookups();
+
 Int STRR_GetId(ResPtr res);
 void STRR_SetId(ResPtr res, Int id);
 const char* STRR_GetStr(ResPtr res);

@@ -1,0 +1,14 @@
+// Loading the tool library's resource libraries from the installation.
+#ifndef OWB_SHARED_RESOURCES_H
+#define OWB_SHARED_RESOURCES_H
+
+#include "toolkit/rlib.h"
+
+// Loads library `libraryName` from gResourcesDirectory + `resourceFile`
+// ("%s%s").  When no search path is set (ND_PATH, OIT_PATH, KNB_DATA), the
+// resources directory becomes ND_PATH, so that the libraries a library
+// imports are found beside it.  A failure goes through the toolkit's
+// error frames like any toolkit failure.  The misspelled name stands.
+RLibPtr ndLoadResourceLibary(const char* libraryName, const char* resourceFile);
+
+#endif  // OWB_SHARED_RESOURCES_H

@@ -1,0 +1,351 @@
+// Resource library files: exact bytes, header checks, round trips, saving
+// in place, and files that do not add up.
+#include <algorithm>
+#include <cstring>
+
+#include <gtest/gtest.h>
+
+#include "tests/testsupport.h"
+#include "tests/toolkit/tktest.h"
+#include "toolkit/bknot.h"
+#include "toolkit/pfld.h"
+#include "toolkit/rlib.h"
+#include "toolkit/strres.h"
+
+namespace {
+
+using Bytes = std::vector<uint8_t>;
+
+Bytes fileBytes(const std::string& path) {
+  std::string text = owbtest::readWholeFile(path);
+  return Bytes(text.begin(), text.end());
+}
+
+void writeBytes(const std::string& path, const Bytes& bytes) {
+  owbtest::writeWholeFile(path, std::string(bytes.begin(), bytes.end()));
+}
+
+Bytes slice(const Bytes& b, size_t from, size_t n) {
+  return from + n <= b.size() ? Bytes(b.begin() + static_cast<long>(from), b.begin() + static_cast<long>(from + n))
+                              : Bytes();
+}
+
+Bytes hex(const char* text) {
+  Bytes out;
+  for (const char* p = text; *p;) {
+    if (*p == ' ') {
+      ++p;
+      continue;
+    }
+    char pair[3] = {p[0], p[1], 0};
+    out.push_back(static_cast<uint8_t>(std::strtol(pair, nullptr, 16)));
+    p += 2;
+  }
+  return out;
+}
+
+// Library "g": module "M" holding StrR "s" with the text "hi".
+void makeSmallLibrary(const std::string& path) {
+  RLibPtr lib = RLIB_CreateDatFile("g", path.c_str());
+  ResPtr module = RLIB_AddModuleKnot(lib, "M");
+  ResPtr s = RES_NewSetNameClass("s", STRR_Class());
+  RES_SetParent(s, module);
+  STRR_SetStr(s, "hi");
+  RLIB_Save(lib);
+  RLIB_Unload(lib);
+}
+
+TEST(ResourceLibraryFile, ASmallLibraryHasExactlyTheDocumentedBytes) {
+  tktest::LibraryScope scope;
+  owbtest::TempDir dir;
+  std::string path = dir.file("g.dat");
+  makeSmallLibrary(path);
+  Bytes b = fileBytes(path);
+  ASSERT_EQ(b.size(), 6063u);
+  // Header: creator, type, chip, 1, 1, major, minor, end offset.
+  Bytes header = hex("51 4b 00 00") ;
+  const char* type = "Resource Database";
+  header.insert(header.end(), type, type + std::strlen(type));
+  header.resize(36, 0);
+  Bytes rest = hex("05 01 01 06 00");
+  header.insert(header.end(), rest.begin(), rest.end());
+  header.resize(60, 0);
+  Bytes end = hex("00 00 17 af");
+  header.insert(header.end(), end.begin(), end.end());
+  EXPECT_EQ(slice(b, 0, 64), header);
+  // Identity at 64: long header (size 36), name "g", version 1.
+  EXPECT_EQ(slice(b, 64, 14), hex("00 00000024 00000000 0002 67 0001"));
+  // Modules at 100: one module "M", one child, root at 6038, fields at 6025.
+  EXPECT_EQ(slice(b, 100, 24), hex("00 000004b0 00000000 0001 0002 4d 0001 00001796 00001789"));
+  // Classes at 1300: 5 fields, 2 classes, each a name, no module, bindings.
+  Bytes classes = hex("00 00000320 00000000 0005 0002 0005 524d6f64 0000"
+                      "0000 0009 4d616b654c697374 0001 0009 46696c654c697374 ffff"
+                      "0005 53747252 0000 0002 0003 4964 0003 0005 54657874 0004 0009 5365766572697479 ffff");
+  EXPECT_EQ(slice(b, 1300, classes.size()), classes);
+  // Templates, imports, exports, defaults: empty sections to their limits.
+  EXPECT_EQ(slice(b, 2100, 11), hex("00 00000190 00000000 0000"));
+  EXPECT_EQ(slice(b, 2500, 11), hex("00 000000c8 00000000 0000"));
+  EXPECT_EQ(slice(b, 2700, 11), hex("00 00000a8c 00000000 0000"));
+  EXPECT_EQ(slice(b, 5400, 11), hex("00 00000258 00000000 0000"));
+  // Library fields at 6000: eight null strings in an open-ended block.
+  EXPECT_EQ(slice(b, 6000, 25), hex("00 00000019 00000000 0000 0000 0000 0000 0000 0000 0000 0000"));
+  // The module's field record: short block, every field (flag 8), two
+  // empty string lists.
+  EXPECT_EQ(slice(b, 6025, 13), hex("0d 0008 0000 0000 0001 0000 ffff"));
+  // The knot of "s": name, version 8, flags (balance 0 + 1 in bits 5-7),
+  // class index 1; then its field record right after it.
+  EXPECT_EQ(slice(b, 6038, 6), hex("06 01 73 08 20 01"));
+  EXPECT_EQ(slice(b, 6044, 19), hex("13 0008 0002 0000 0003 0003 6869 0004 0000 ffff"));
+
+  RLibPtr lib = RLIB_LoadFile(path.c_str());
+  ResPtr s = RES_Load("M", "s");
+  EXPECT_STREQ(STRR_GetStr(s), "hi");
+  EXPECT_EQ(RES_GetKnotOffset(s), 6038u);
+  EXPECT_EQ(RES_GetResOffset(s), 6044u);
+  RES_Release(s);
+  RLIB_Unload(lib);
+}
+
+TEST(ResourceLibraryFile, HeaderChecksRefuseOtherFilesWithTheirMessages) {
+  tktest::LibraryScope scope;
+  owbtest::TempDir dir;
+  std::string good = dir.file("g.dat");
+  makeSmallLibrary(good);
+  Bytes original = fileBytes(good);
+  struct Case {
+    size_t at;
+    Bytes bytes;
+    const char* message;
+  } cases[] = {
+      {0, hex("58"), "Wrong file type"},
+      {4, hex("4f7468657200"), "File is a Other, expected a Resource Database"},
+      {36, hex("03 01 01 02"), "Bad machine architecture: got SPARC, expected MIPS"},
+      {36, hex("05 01 01 05"), "Bad major version number: got 5, expected 6"},
+      {36, hex("03 01 01 05"), "Bad major version number: got 5, expected 6"},
+      {40, hex("01"), "Bad major minor number: got 1, expected 0"},
+  };
+  for (const Case& c : cases) {
+    Bytes bad = original;
+    std::copy(c.bytes.begin(), c.bytes.end(), bad.begin() + static_cast<long>(c.at));
+    std::string path = dir.file("bad.dat");
+    writeBytes(path, bad);
+    EXPECT_EQ(tktest::failureOf([&] { RLIB_LoadFile(path.c_str()); }), std::string("Err -1: ") + c.message);
+    EXPECT_EQ(RLIB_Find("g"), nullptr);
+  }
+  writeBytes(dir.file("short.dat"), slice(original, 0, 30));
+  EXPECT_EQ(tktest::failureOf([&] { RLIB_LoadFile(dir.file("short.dat").c_str()); }), "Err -1: Wrong file type");
+}
+
+// A class with a field of every type that files can hold.
+RClasPtr allTypesClass() {
+  if (RClasPtr cls = RCLAS_FindByName("TstAll")) return cls;
+  const char* names[] = {"I16", "U16", "I32", "U32", "S", "V", "VA", "R", "R0", "RA", "D32", "D8", "D16"};
+  Int types[] = {PFLD_INT16, PFLD_UINT16, PFLD_INT32,    PFLD_UINT32, PFLD_STR,    PFLD_VSTR,  PFLD_VSTRARRAY,
+                 PFLD_RES,   PFLD_RES0,   PFLD_RESARRAY, PFLD_DATA32, PFLD_DATA8, PFLD_DATA16};
+  return RCLAS_NewDataClass("TstAll", "TstMod", nullptr, 0, 0, 13, names, types);
+}
+
+PFldPtr fld(const char* name) { return RCLAS_FindField(allTypesClass(), name); }
+
+TEST(ResourceLibraryFile, EveryFieldTypeAndReferencesAcrossLibrariesComeBack) {
+  tktest::LibraryScope scope;
+  owbtest::TempDir dir;
+  owbtest::ScopedEnv path("ND_PATH", dir.path());
+  RClasPtr cls = allTypesClass();
+  {
+    RLibPtr first = RLIB_CreateDatFile("first", dir.file("first.dat").c_str());
+    ResPtr module = RLIB_AddModuleKnot(first, "TstMod");
+    ResPtr target = RES_NewSetNameClass("target", STRR_Class());
+    RES_SetParent(target, module);
+    STRR_SetStr(target, "pointed at");
+    RLIB_AddExportRes(first, target, RLIB_EXPORTLAZY);
+    RLIB_Save(first);
+
+    RLibPtr second = RLIB_CreateDatFile("second", dir.file("second.dat").c_str());
+    ResPtr mod2 = RLIB_AddModuleKnot(second, "TstOther");
+    ResPtr r = RES_NewSetNameClass("all", cls);
+    RES_SetParent(r, mod2);
+    ResPtr local = RES_NewSetNameClass("local", STRR_Class());
+    RES_SetParent(local, mod2);
+    PFLD_SetInt(r, fld("I16"), -2);
+    PFLD_SetInt(r, fld("U16"), 65535);
+    PFLD_SetInt(r, fld("I32"), -100000);
+    PFLD_SetInt(r, fld("U32"), 4000000000L);
+    PFLD_SetStr(r, fld("S"), "");
+    PFLD_SetStr(r, fld("V"), "text");
+    PFLD_SetStrs(r, fld("VA"), {"a", nullptr, ""});
+    PFLD_SetRes(r, fld("R"), target);
+    PFLD_SetRes(r, fld("R0"), nullptr);
+    PFLD_SetResArray(r, fld("RA"), {local, nullptr, target});
+    PFLD_SetData(r, fld("D32"), "\x01\x02\x03", 3);
+    PFLD_SetData(r, fld("D8"), "", 0);
+    PFLD_SetData(r, fld("D16"), "\xff", 1);
+    RLIB_Save(second);
+    RLIB_Unload(second);
+    RLIB_Unload(first);
+  }
+  RLibPtr second = RLIB_LoadFile("second.dat");  // loads "first" through its import table
+  ASSERT_NE(RLIB_Find("first"), nullptr);
+  ResPtr r = RES_Load("TstOther", "all");
+  EXPECT_EQ(PFLD_GetInt(r, fld("I16")), -2);
+  EXPECT_EQ(PFLD_GetInt(r, fld("U16")), 65535);
+  EXPECT_EQ(PFLD_GetInt(r, fld("I32")), -100000);
+  EXPECT_EQ(PFLD_GetInt(r, fld("U32")), 4000000000L);
+  EXPECT_STREQ(PFLD_GetStr(r, fld("S")), "");
+  EXPECT_STREQ(PFLD_GetStr(r, fld("V")), "text");
+  ASSERT_EQ(PFLD_GetStrCount(r, fld("VA")), 3);
+  EXPECT_STREQ(PFLD_GetNthStr(r, fld("VA"), 0), "a");
+  EXPECT_EQ(PFLD_GetNthStr(r, fld("VA"), 1), nullptr);  // length 0 reads back as null
+  EXPECT_STREQ(PFLD_GetNthStr(r, fld("VA"), 2), "");
+  ResPtr target = PFLD_GetRes(r, fld("R"));
+  ASSERT_NE(target, nullptr);
+  EXPECT_STREQ(STRR_GetStr(target), "pointed at");
+  EXPECT_EQ(RES_GetLib(target), RLIB_Find("first"));
+  EXPECT_EQ(PFLD_GetRes(r, fld("R0")), nullptr);
+  ASSERT_EQ(PFLD_GetResCount(r, fld("RA")), 3);
+  EXPECT_STREQ(RES_GetName(PFLD_GetNthRes(r, fld("RA"), 0)), "local");
+  EXPECT_EQ(PFLD_GetNthRes(r, fld("RA"), 1), nullptr);
+  EXPECT_EQ(PFLD_GetNthRes(r, fld("RA"), 2), target);  // one object for one name
+  EXPECT_EQ(PFLD_GetData(r, fld("D32"))->Size, 3u);
+  EXPECT_EQ(std::memcmp(PFLD_GetData(r, fld("D32"))->Data, "\x01\x02\x03", 3), 0);
+  EXPECT_EQ(PFLD_GetData(r, fld("D8"))->Size, 0u);
+  EXPECT_EQ(PFLD_GetData(r, fld("D16"))->Data[0], 0xff);
+  RES_Release(r);
+  RLIB_Unload(second);
+}
+
+TEST(ResourceLibraryFile, ASectionBeyondItsRoomContinuesAtTheEndAndReadsBackWhole) {
+  tktest::LibraryScope scope;
+  owbtest::TempDir dir;
+  std::string path = dir.file("many.dat");
+  {
+    RLibPtr lib = RLIB_CreateDatFile("many", path.c_str());
+    for (int i = 0; i < 120; ++i) {
+      char name[32];
+      std::snprintf(name, sizeof name, "TstModule%03d", i);
+      ResPtr module = RLIB_AddModuleKnot(lib, name);
+      ResPtr s = RES_NewSetNameClass("s", STRR_Class());
+      RES_SetParent(s, module);
+      STRR_SetId(s, i);
+    }
+    RLIB_Save(lib);
+    RLIB_Unload(lib);
+  }
+  Bytes b = fileBytes(path);
+  ASSERT_EQ(b[100], 0);
+  EXPECT_NE(owbcoding::getU32(&b[105]), 0u) << "the module section has a continuation";
+  RLibPtr lib = RLIB_LoadFile(path.c_str());
+  EXPECT_EQ(lib->Modules.size(), 120u);
+  ResPtr last = RES_Load("TstModule119", "s");
+  EXPECT_EQ(STRR_GetId(last), 119);
+  RES_Release(last);
+  RLIB_Unload(lib);
+}
+
+TEST(ResourceLibraryFile, SavingAgainChangesOnlyTheVersionAndLoadsLazily) {
+  tktest::LibraryScope scope;
+  owbtest::TempDir dir;
+  std::string path = dir.file("g.dat");
+  makeSmallLibrary(path);
+  Bytes before = fileBytes(path);
+  RLibPtr lib = RLIB_LoadEdit("g", path.c_str());
+  BKnotPtr module = BKNOT_FindModule("M");
+  ASSERT_NE(module, nullptr);
+  EXPECT_FALSE(module->ChildrenLoaded) << "nothing below a module is read at opening";
+  RLIB_Save(lib);
+  Bytes after = fileBytes(path);
+  ASSERT_EQ(after.size(), before.size());
+  for (size_t i = 0; i < before.size(); ++i) {
+    if (i == 76 || i == 77) continue;
+    ASSERT_EQ(before[i], after[i]) << "byte " << i;
+  }
+  EXPECT_EQ(owbcoding::getU16(&after[76]), 2);
+
+  // A changed resource is written again and read back.
+  ResPtr s = RES_Load("M", "s");
+  EXPECT_TRUE(module->ChildrenLoaded);
+  STRR_SetStr(s, "a longer text than before, so that the record moves");
+  RES_SetModified(s);
+  RLIB_Save(lib);
+  RES_Release(s);
+  RLIB_Unload(lib);
+  lib = RLIB_LoadFile(path.c_str());
+  s = RES_Load("M", "s");
+  EXPECT_STREQ(STRR_GetStr(s), "a longer text than before, so that the record moves");
+  RES_Release(s);
+  RLIB_Unload(lib);
+}
+
+// Loads every resource of every module of the library.
+void loadEverything(RLibPtr lib) {
+  for (BKnotPtr m : std::vector<BKnotPtr>(lib->Modules)) {
+    ResPtr module = RLIB_GetModuleRes(m);
+    RES_LoadDeepChildren(module);
+  }
+  for (size_t i = 0; i < lib->Exports.size(); ++i) RLIB_IndexToExportRes(lib, static_cast<Int>(i));
+}
+
+TEST(ResourceLibraryFile, DamagedFilesFailWithAMessageAndLeaveNothingLoaded) {
+  tktest::LibraryScope scope;
+  owbtest::TempDir dir;
+  std::string path = dir.file("g.dat");
+  {
+    RLibPtr lib = RLIB_CreateDatFile("g", path.c_str());
+    ResPtr module = RLIB_AddModuleKnot(lib, "M");
+    for (const char* name : {"a", "b", "c", "d"}) {
+      ResPtr s = RES_NewSetNameClass(name, STRR_Class());
+      RES_SetParent(s, module);
+      STRR_SetStr(s, name);
+    }
+    ResPtr list = RES_NewSetNameClass("list", STRL_Class());
+    RES_SetParent(list, RES_FindChild(module, "b"));
+    STRL_AddStr(list, "x");
+    RLIB_Save(lib);
+    RLIB_Unload(lib);
+  }
+  Bytes good = fileBytes(path);
+  std::string bad = dir.file("bad.dat");
+  std::vector<RLibPtr> before = RLIB_GetAll();
+  auto attempt = [&](const Bytes& bytes) {
+    writeBytes(bad, bytes);
+    std::string failure = tktest::failureOf([&] { loadEverything(RLIB_LoadFile(bad.c_str())); });
+    for (RLibPtr lib : RLIB_GetAll())
+      if (std::find(before.begin(), before.end(), lib) == before.end()) RLIB_Unload(lib);
+    EXPECT_EQ(BKNOT_FindModule("M"), nullptr);
+    return failure.substr(0, failure.find(':'));
+  };
+  // A cyclic continuation, a child count beyond the tree, a child tree
+  // that starts in the module section, a field record outside the file.
+  Bytes cyclic = good;
+  owbcoding::putU32(&cyclic[69], 64);      // the identity block continues at itself
+  owbcoding::putU16(&cyclic[73], 0x7fff);  // and its name runs on
+  EXPECT_EQ(attempt(cyclic), "BFile 2");
+  Bytes childCount = good;
+  owbcoding::putU16(&childCount[114], 30000);
+  EXPECT_EQ(attempt(childCount), "BKnot 2");
+  Bytes selfTree = good;
+  owbcoding::putU32(&selfTree[116], 100);
+  EXPECT_NE(attempt(selfTree), "");
+  Bytes outside = good;
+  owbcoding::putU32(&outside[120], 0x7ffffff0);
+  EXPECT_EQ(attempt(outside), "BFile 1");
+
+  // Every truncation and every single-byte change of the sections and
+  // records either loads or fails with a message: never a crash or a hang.
+  for (size_t n = 0; n < good.size(); n += 61) attempt(slice(good, 0, n));
+  auto interesting = [](size_t i) {
+    return (i >= 64 && i < 140) || (i >= 1300 && i < 1420) || (i >= 2500 && i < 2520) ||
+           (i >= 2700 && i < 2720) || i >= 6000;
+  };
+  for (size_t i = 0; i < good.size(); ++i) {
+    if (!interesting(i)) continue;
+    for (uint8_t v : {uint8_t(0x00), uint8_t(0xff), uint8_t(good[i] + 1)}) {
+      Bytes mutated = good;
+      mutated[i] = v;
+      attempt(mutated);
+    }
+  }
+  EXPECT_EQ(attempt(good), "");
+}
+
+}  // namespace
