@@ -4,6 +4,7 @@
 set(_resdir ${OWB_INSTALL_TREE}/bin/resource)
 set(_sources nd ndcore ndres ndvgm ndtkit ndgw shared)
 set(_imports_shared ndvgm)
+set(_imports_ndtkit ndvgm)
 set(_outputs)
 foreach(_lib ${_sources})
   set(_deps rescomp ${CMAKE_CURRENT_LIST_DIR}/${_lib}.rsrc)

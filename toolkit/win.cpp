@@ -11,6 +11,8 @@
 #include "toolkit/evctx.h"
 #include "toolkit/eventpriv.h"
 #include "toolkit/pfld.h"
+#include "toolkit/tarea.h"
+#include "toolkit/tbut.h"
 #include "toolkit/winpub.h"
 
 namespace {
@@ -281,6 +283,10 @@ RClasPtr WIN_Class() { return sWin; }
 
 void WIN_InstallClass() {
   PANEL_InstallClass();
+  // A window's template may hold any widget of the toolkit, so the classes
+  // come with the window's (and are linked in with it).
+  TBUT_InstallClass();
+  TAREA_InstallClass();
   if ((sWin = RCLAS_FindByName("Win"))) return;
   sWin = RCLAS_CPlusRegister("Win", nullptr, nullptr, S_WinConstruct, PANEL_Class(), sWinFields,
                              static_cast<Int>(sizeof(_WinObj)));
