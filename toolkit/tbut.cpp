@@ -117,7 +117,7 @@ void S_DrawMark(TButPtr b, DrawPtr d, Int look) {
     if (on) drawCheckMark(d, m, COLOR_White());
   } else {
     DRAW_FillEllipse(d, m, pressed ? COLOR_Pressed() : COLOR_Face());
-    PenPtr ring = PEN_New(on ? px(2) : 1, PEN_STYLESOLID);
+    PenPtr ring = PEN_New(on ? px(2) : px(1), PEN_STYLESOLID);
     DRAW_FrameEllipse(d, m, edge, ring);
     PEN_Dispose(ring);
     if (on) DRAW_FillEllipse(d, RECT16_Inset(m, m.Extent.X * 3 / 10), enabled ? COLOR_Accent() : COLOR_Gray());

@@ -7,13 +7,17 @@
 #include <gtest/gtest.h>
 
 #include <chrono>
+#include <cstdlib>
 #include <string>
 #include <vector>
 
+#include "tests/testsupport.h"
 #include "tests/xvfb_support.h"
 #include "toolkit/app.h"
 #include "toolkit/dsply.h"
+#include "toolkit/err.h"
 #include "toolkit/event.h"
+#include "toolkit/rlib.h"
 #include "toolkit/tarea.h"
 #include "toolkit/tbut.h"
 #include "toolkit/winpub.h"
@@ -176,3 +180,19 @@ class ToolkitTest : public ::testing::Test {
 }  // namespace tktest
 
 #endif  // OWB_TESTS_TOOLKIT_TK_FIXTURE_H
+
+namespace tktest {
+
+// Loads the resource library of the test window once (from the build's
+// installation tree); false when it is not there.
+inline bool loadTestLibrary() {
+  static bool loaded = false;
+  if (loaded) return true;
+  std::string dir = owbtest::installTree() + "/bin/resource";
+  setenv("ND_PATH", dir.c_str(), 1);
+  ErrTrace frame("Test", __FILE__, __LINE__);
+  loaded = ERR_TryRecoverFn(frame, [] { RLIB_LoadLibFile("wgtdemo", "wgtdemo.dat"); });
+  return loaded;
+}
+
+}  // namespace tktest

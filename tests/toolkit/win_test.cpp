@@ -201,3 +201,49 @@ TEST_F(ToolkitTest, BoxesComeFromCharacterCellsAndScaleWithTheResolution) {
 }
 
 }  // namespace
+
+namespace {
+
+TEST_F(ToolkitTest, TheTestWindowLoadsFromItsTemplateWithChildrenByIndex) {
+  ASSERT_TRUE(tktest::loadTestLibrary());
+  WinPtr win = keep(WIN_Load("wgtdemo", "TestWindow"));
+  WinPtr second = keep(WIN_Load("wgtdemo", "TestWindow"));
+  EXPECT_NE(win, second);  // every load is a live copy of its own
+  EXPECT_EQ(WIN_GetState(win), WIN_STATELOADED);
+  ResPtr res = WGT_Res(WIN_Wgt(win));
+  ASSERT_EQ(RES_GetNumChildren(res), 7);
+  const char* names[] = {"title", "push", "toggle", "choice", "ok", "cancel", "disabled"};
+  for (Int i = 0; i < 7; i++) {
+    EXPECT_STREQ(RES_GetName(RES_GetNthChild(res, i)), names[i]);
+    EXPECT_EQ(WGT_FromRes(RES_GetNthChild(res, i))->Win, win);
+  }
+  EXPECT_EQ(RES_GetNthChild(res, 7), nullptr);
+  PanelPtr choice = reinterpret_cast<PanelPtr>(RES_GetNthChild(res, 3));
+  EXPECT_EQ(PANEL_GetNamedWgt(WIN_Panel(win), "choice.warm"), PANEL_GetNthWgt(choice, 1));
+  EXPECT_EQ(PANEL_GetNamedWgt(WIN_Panel(win), "WARM"), PANEL_GetNthWgt(choice, 1));
+
+  WIN_Init(win);
+  EXPECT_EQ(WIN_GetState(win), WIN_STATEINIT);
+  EXPECT_STREQ(WIN_GetLabel(win), "Widget test");
+  TButPtr ok = TBUT_FromWgt(WGT_FromRes(RES_GetNthChild(res, 4)));
+  EXPECT_EQ(WIN_GetDefWgt(win), TBUT_Wgt(ok));
+  EXPECT_EQ(TBUT_PanelGetSelectedRadio(choice), TBUT_FromWgt(PANEL_GetNthWgt(choice, 0)));
+  EXPECT_EQ(TBUT_GetMode(TBUT_FromWgt(WGT_FromRes(RES_GetNthChild(res, 2)))), TBUT_MODETOGGLE);
+
+  tktest::NfyLog log;
+  tktest::logTo(TBUT_Wgt(ok), &log);
+  ASSERT_TRUE(tktest::showAndWait(win));
+  owbtest::TempDir dir;
+  EXPECT_TRUE(WIN_SaveAsPng(win, dir.file("testwindow.png").c_str())) << DSPLY_GetLastError();
+  clickOn(TBUT_Wgt(ok), 20, 10);
+  EXPECT_EQ(log.count(TBUT_NFYHIT), 1);
+  // Cancel's accelerator is Escape.
+  tktest::NfyLog cancelLog;
+  tktest::logTo(WGT_FromRes(RES_GetNthChild(res, 5)), &cancelLog);
+  ASSERT_TRUE(tktest::runUntil([&] { return WIN_HasFocus(win); }));
+  driver_->key(XK_Escape);
+  settle();
+  EXPECT_EQ(cancelLog.count(TBUT_NFYHIT), 1);
+}
+
+}  // namespace
