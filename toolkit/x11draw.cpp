@@ -101,17 +101,18 @@ void paintCoverage(DrawPtr d, const _Rect16Rec& r, ColorPtr color, Cover cover) 
         runStart = -1;
       }
       if (c > 0) {
+        // Edge pixels are blended over what is there (Xft's own rectangle
+        // fill replaces instead); Render takes premultiplied colours.
         unsigned a = static_cast<unsigned>(c) * 0xffff / 16;
-        XftColor part{};
-        part.color.red = static_cast<unsigned short>(color->R * 257u * a / 0xffff);
-        part.color.green = static_cast<unsigned short>(color->G * 257u * a / 0xffff);
-        part.color.blue = static_cast<unsigned short>(color->B * 257u * a / 0xffff);
-        part.color.alpha = static_cast<unsigned short>(a);
-        XftDrawRect(xd, &part, ox + px, oy + py, 1, 1);
+        XRenderColor part;
+        part.red = static_cast<unsigned short>(color->R * 257u * a / 0xffff);
+        part.green = static_cast<unsigned short>(color->G * 257u * a / 0xffff);
+        part.blue = static_cast<unsigned short>(color->B * 257u * a / 0xffff);
+        part.alpha = static_cast<unsigned short>(a);
+        XRenderFillRectangle(x.dpy, PictOpOver, XftDrawPicture(xd), &part, ox + px, oy + py, 1, 1);
       }
     }
   }
-  (void)x;
 }
 }  // namespace
 
