@@ -82,8 +82,10 @@ class XvfbServer {
   const std::string& display() const { return display_; }
 
  private:
+  // Only the process that started the server stops it: a forked child
+  // (a death test) that ends must leave it to its parent.
   void stop() {
-    if (pid_ > 0) {
+    if (pid_ > 0 && getpid() == owner_) {
       kill(pid_, SIGTERM);
       int status;
       waitpid(pid_, &status, 0);
@@ -91,6 +93,7 @@ class XvfbServer {
     }
   }
   pid_t pid_ = -1;
+  pid_t owner_ = getpid();
   std::string display_;
 };
 

@@ -16,6 +16,7 @@
 #include "toolkit/app.h"
 #include "toolkit/dsply.h"
 #include "toolkit/err.h"
+#include "toolkit/errw.h"
 #include "toolkit/event.h"
 #include "toolkit/rlib.h"
 #include "toolkit/tarea.h"
@@ -121,6 +122,9 @@ class ToolkitTest : public ::testing::Test {
  protected:
   void SetUp() override {
     ASSERT_TRUE(startToolkit()) << "no X server: " << DSPLY_GetLastError();
+    // Failures are reported on the error stream, not in a window that would
+    // wait for a user (a test that wants the error window sets it up).
+    ERRW_Exit();
     driver_ = std::make_unique<owbtest::XTestDriver>(owbtest::sharedXvfb().display());
     ASSERT_TRUE(driver_->ok());
   }
