@@ -1,0 +1,49 @@
+// Bringing the toolkit's layers up and down.
+//
+// Five layers, lowest first: Core, Resources, Graphics and windows (Vgm),
+// Widgets (TKit), Generic windows (GW).  Each layer's install entry
+// registers classes (no display, no files) after installing the layer
+// below; its load entry loads the layer's resource library and initialises
+// its classes after loading the layer below; its exit entry counts down.
+// Every entry returns the previous value of its counter and does its work
+// only the first time.
+//
+// The modules of the display, event and widget layers hook into these
+// chains by defining the entries the chains name (GRES_InstallClass,
+// DSPLY_Init(int), WGT_InitClass, ERRW_Init, ...) as plain `void f()`
+// functions; an entry that no module defines yet is skipped.
+#ifndef OWB_TOOLKIT_APP_H
+#define OWB_TOOLKIT_APP_H
+
+#include "toolkit/err.h"
+
+// Application hooks, empty in the toolkit; an application replaces them by
+// defining its own.
+void APP_InitFirst();
+void APP_InitLast();
+void APP_Exit();
+
+// Module globals: the master error record, stored at install time.
+extern ErrMasterPtr CORE;
+extern ErrMasterPtr RES;
+extern ErrMasterPtr VGM;
+extern ErrMasterPtr TKIT;
+extern ErrMasterPtr GW;
+
+Int CORE_LibInstall();
+Int CORE_LibLoadInit();
+Int CORE_LibExit();
+Int RES_LibInstall();
+Int RES_LibLoadInit();
+Int RES_LibExit();
+Int VGM_LibInstall();
+Int VGM_LibLoadInit();
+Int VGM_LibExit();
+Int TKIT_LibInstall();
+Int TKIT_LibLoadInit();
+Int TKIT_LibExit();
+Int GW_LibInstall();
+Int GW_LibLoadInit();
+Int GW_LibExit();
+
+#endif  // OWB_TOOLKIT_APP_H

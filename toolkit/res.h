@@ -1,0 +1,178 @@
+// Resources: the head of every toolkit object, its life, names, children
+// and notification.
+//
+// A resource is a plain record that begins with ResObj and is created and
+// destroyed through its class.  It is reference counted (RES_Use,
+// RES_Release; a count of 65535 never changes), may be named by a knot in
+// a library's tree, attached to that knot (shared by every RES_Load) or
+// detached (a private copy), and hears events through one notification
+// procedure, Notify(res, message, data).
+#ifndef OWB_TOOLKIT_RES_H
+#define OWB_TOOLKIT_RES_H
+
+#include <string>
+
+#include "toolkit/nfier.h"
+#include "toolkit/rclas.h"
+
+struct _ErrFrameRec;
+struct _RLibRec;
+typedef _RLibRec* RLibPtr;
+struct _BFileRec;
+
+struct _ResObj {
+  RClasPtr ResClass;
+  BKnotPtr ResPrivate;      // the knot; null for an unnamed resource
+  ResPtr ResPrivate1;       // parent
+  ArrayPtr ResPrivate2;     // child resources, or null
+  UInt ResInitialized : 1;  // RES_NFYINIT seen
+  UInt ResPrivate3 : 1;     // modified since the last save
+  UInt ResPrivate4 : 14;    // flags, RES_FLAG...
+  UInt16 ResPrivate5;       // reference count
+  ClientPtr ClientData;
+  ClientPtr NfyData;
+  ResNfyCBack Notify;
+  ClientPtr ResPrivate6;
+  ClientPtr ResPrivate7;  // a module resource: its library
+};
+
+// Resource flags (ResPrivate4).
+enum {
+  RES_FLAGEXPORTED = 1,
+  RES_FLAGPRELOAD = 2,   // loaded with the library
+  RES_FLAGSAVEALL = 8,   // every field is saved
+  RES_FLAGTYPED = 16,    // field types stored in the record
+  RES_FLAGSCAN = 0x200,  // scan mark
+  RES_FLAGLOCKED = 0x400 // a part of a template
+};
+
+constexpr UInt16 kResImmortal = 65535;
+
+enum ENUM_ResNfyEnum {
+  RES_NFYINIT = 0,
+  RES_NFYEND = 1,
+  RES_NFYRESET = 2,
+  RES_NFYRESMGR = 3,
+  RES_NFYCTRLDATA = 4,
+  RES_NFYSETDATA = 5,
+  RES_NFYGETDATA = 6
+};
+
+// Codes broadcast on the resource manager's notifier.
+enum { RES_MGRLIBLOADED = 1, RES_MGRCLASSREGISTERED = 15 };
+
+struct _ResCtrlDataRec {
+  ClientPtr Key;
+  ResPtr Res;
+  ClientPtr Data;
+  ClientPtr ClientData;
+};
+struct _ResCtrlNfyRec {
+  _ResCtrlDataRec* CtrlData;
+  ResPtr CtrlCaller;
+  Int CtrlMsg;
+};
+
+// "Res" message numbers.
+enum {
+  kResErrNoFile = 0,      // Errors: resource %s has no file
+  kResErrNotFound = 1,    // Errors: cannot find resource %s
+  kResErrTooDeep = 2,     // Errors: resources nested too deeply at %s
+  kResErrWrongClass = 4,  // Errors: %s is a %s, expected a %s
+  kResErrNull = 5,        // Errors: null resource, expected a %s
+  kResMsgLoading = 0,     // Messages: loading resource %s
+  kResMsgSaving = 1       // Messages: saving resource %s
+};
+
+// --- Creation ----------------------------------------------------------------
+ResPtr RES_Create(RClasPtr cls);
+ResPtr RES_CreateNamed(RClasPtr cls);  // named class name + "1"
+ResPtr RES_Clone(ResPtr res, BoolEnum deep);
+ResPtr RES_CloneNamed(ResPtr res, BoolEnum deep);
+ResPtr RES_NewSetNameClass(const char* name, RClasPtr cls);
+ResPtr RES_NewSetKnotClass(BKnotPtr knot, RClasPtr cls);
+
+// --- Loading by name -----------------------------------------------------------
+ResPtr RES_Load(const char* moduleName, const char* name);
+ResPtr RES_LoadInit(const char* moduleName, const char* name);
+ResPtr RES_LoadDetach(const char* moduleName, const char* name);
+ResPtr RES_LoadInitDetach(const char* moduleName, const char* name);
+ResPtr RES_LoadDeepDetach(const char* moduleName, const char* name);
+ResPtr RES_LoadByFullName(const char* fullName);
+ResPtr RES_LoadDetachByFullName(const char* fullName);
+ResPtr RES_LoadFromKnot(BKnotPtr knot, BoolEnum attach);
+ResPtr RES_LoadFromOffset(_BFileRec* file, UInt32 offset);
+// Like RES_Load, but null when there is no such resource.
+ResPtr RES_Find(const char* moduleName, const char* name);
+ResPtr RES_FindByFullName(const char* fullName);
+
+// --- Children ----------------------------------------------------------------
+Int RES_GetNumChildren(ResPtr res);
+ResPtr RES_GetNthChild(ResPtr res, Int n);  // null outside, or with no array
+ResPtr RES_GetFirstChild(ResPtr res);
+ResPtr RES_GetNextChild(ResPtr res, ResPtr child);
+ResPtr RES_FindChild(ResPtr res, const char* name);
+void RES_LoadChildren(ResPtr res);
+void RES_LoadDeepChildren(ResPtr res);
+void RES_AddChild(ResPtr parent, ResPtr child);
+void RES_LinkChild(ResPtr parent, ResPtr child, const char* name);
+void RES_SetParent(ResPtr res, ResPtr parent);
+ResPtr RES_GetParent(ResPtr res);
+// Replaces the child array (the panel module orders children this way).
+void RES_ResetChildren(ResPtr res, ArrayPtr children);
+
+// --- Identity ----------------------------------------------------------------
+const char* RES_GetName(ResPtr res);  // "<unknown>" for no knot
+std::string RES_QueryFullName(ResPtr res);
+BoolEnum RES_IsNamed(ResPtr res);
+BoolEnum RES_IsNameDefault(ResPtr res);
+void RES_Rename(ResPtr res, const char* name);
+ResPtr RES_GetModule(ResPtr res);
+RLibPtr RES_GetLib(ResPtr res);
+UInt32 RES_GetKnotOffset(ResPtr res);
+UInt32 RES_GetResOffset(ResPtr res);
+void RES_SetModified(ResPtr res);  // marks it and its module for saving
+
+// --- Life ------------------------------------------------------------------------
+void RES_Use(ResPtr res);
+void RES_Release(ResPtr res);
+void RES_Delete(ResPtr res);
+void RES_Attach(ResPtr res);
+void RES_Detach(ResPtr res);
+void RES_DeepDetach(ResPtr res);
+BoolEnum RES_IsAttached(ResPtr res);
+UInt16 RES_GetRefCount(ResPtr res);
+
+// --- Notification --------------------------------------------------------------
+typedef void (*ResSetNfyCBack)(ResPtr res, ResNfyCBack proc, ClientPtr data);
+void RES_SetNfyProcDS(ResPtr res, ResNfyCBack proc, ClientPtr data);
+void RES_DefSetNfyProcDS(ResPtr res, ResNfyCBack proc, ClientPtr data);
+ResSetNfyCBack RES_GetSetNfyProc();
+void RES_SetSetNfyProc(ResSetNfyCBack proc);
+long RES_DefNfy(ResPtr res, Int message, ClientPtr data);
+void RES_SetResNfyDS(ResNfyCBack proc);
+ResNfyCBack RES_QueryResNfy();
+ResNfyCBack RES_QueryDefResNfy();
+long RES_LockedSendNfyData(ResPtr res, Int message, ClientPtr data);
+NfierPtr RES_GetResMgrNfier();
+
+// --- Construction ---------------------------------------------------------------
+void RES_CallConstructs(ResPtr res, RClasPtr cls, ResConstructPtr params);
+void RES_CallDestructs(ResPtr res);
+typedef void (*ResScriptCBack)(ResPtr res);
+void RES_SetConstructScriptProc(ResScriptCBack proc);
+void RES_SetDestructScriptProc(ResScriptCBack proc);
+void RES_SetScriptCompilerStatus(BoolEnum status);
+BoolEnum RES_GetScriptCompilerStatus();
+void RES_SetWgtClass(RClasPtr cls);
+
+// --- Checks and errors ----------------------------------------------------------
+void RES_CheckClass(ResPtr res, RClasPtr cls);
+// The frame's message is formatted with the resource's full name.
+void RES_SetErrFmtOpt(_ErrFrameRec* frame, ResPtr res);
+
+// The root class `Res`, and its registration (resource layer install).
+RClasPtr RES_Class();
+void RES_InstallClass();
+
+#endif  // OWB_TOOLKIT_RES_H

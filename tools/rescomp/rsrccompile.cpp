@@ -1,0 +1,443 @@
+// Compiling the text form into a library.
+#include <cctype>
+#include <cstdio>
+#include <cstdlib>
+#include <vector>
+
+#include <unistd.h>
+
+#include "toolkit/bknot.h"
+#include "toolkit/pfld.h"
+#include "toolkit/rlib.h"
+#include "tools/rescomp/rsrc.h"
+#include "tools/rescomp/rsrcreport.h"
+
+namespace {
+
+struct ParseError {
+  int line;
+  std::string text;
+};
+
+enum TokKind { kEnd, kIdent, kString, kInt, kPunct };
+struct Token {
+  TokKind kind = kEnd;
+  std::string text;
+  long value = 0;
+  int line = 0;
+};
+
+class Lexer {
+ public:
+  explicit Lexer(const std::string& src) : src_(src) {}
+
+  Token next() {
+    skipSpace();
+    Token t;
+    t.line = line_;
+    if (pos_ >= src_.size()) return t;
+    char c = src_[pos_];
+    if (std::isalpha(static_cast<unsigned char>(c)) || c == '_') {
+      size_t from = pos_;
+      while (pos_ < src_.size() && (std::isalnum(static_cast<unsigned char>(src_[pos_])) || src_[pos_] == '_')) ++pos_;
+      t.kind = kIdent;
+      t.text = src_.substr(from, pos_ - from);
+    } else if (std::isdigit(static_cast<unsigned char>(c)) || (c == '-' && pos_ + 1 < src_.size() &&
+                                                               std::isdigit(static_cast<unsigned char>(src_[pos_ + 1])))) {
+      size_t from = pos_;
+      ++pos_;
+      while (pos_ < src_.size() && std::isalnum(static_cast<unsigned char>(src_[pos_]))) ++pos_;
+      t.kind = kInt;
+      t.text = src_.substr(from, pos_ - from);
+      char* end = nullptr;
+      t.value = std::strtol(t.text.c_str(), &end, 0);
+      if (!end || *end) throw ParseError{line_, "bad number " + t.text};
+    } else if (c == '"') {
+      t.kind = kString;
+      t.text = readString();
+    } else if (std::string("{}[]=:,").find(c) != std::string::npos) {
+      t.kind = kPunct;
+      t.text = std::string(1, c);
+      ++pos_;
+    } else {
+      throw ParseError{line_, std::string("unexpected character '") + c + "'"};
+    }
+    return t;
+  }
+
+ private:
+  void skipSpace() {
+    while (pos_ < src_.size()) {
+      char c = src_[pos_];
+      if (c == '\n') ++line_, ++pos_;
+      else if (std::isspace(static_cast<unsigned char>(c))) ++pos_;
+      else if (c == '#') while (pos_ < src_.size() && src_[pos_] != '\n') ++pos_;
+      else break;
+    }
+  }
+
+  std::string readString() {
+    std::string out;
+    ++pos_;
+    for (;;) {
+      if (pos_ >= src_.size() || src_[pos_] == '\n') throw ParseError{line_, "unterminated string"};
+      char c = src_[pos_++];
+      if (c == '"') return out;
+      if (c != '\\') {
+        out.push_back(c);
+        continue;
+      }
+      if (pos_ >= src_.size()) throw ParseError{line_, "unterminated string"};
+      char e = src_[pos_++];
+      switch (e) {
+        case 'n': out.push_back('\n'); break;
+        case 't': out.push_back('\t'); break;
+        case '\\': out.push_back('\\'); break;
+        case '"': out.push_back('"'); break;
+        case 'x': {
+          if (pos_ + 2 > src_.size()) throw ParseError{line_, "bad \\x escape"};
+          std::string hex = src_.substr(pos_, 2);
+          char* end = nullptr;
+          long v = std::strtol(hex.c_str(), &end, 16);
+          if (!end || *end) throw ParseError{line_, "bad \\x escape"};
+          out.push_back(static_cast<char>(v));
+          pos_ += 2;
+          break;
+        }
+        default: throw ParseError{line_, std::string("unknown escape \\") + e};
+      }
+    }
+  }
+
+  const std::string& src_;
+  size_t pos_ = 0;
+  int line_ = 1;
+};
+
+// A value as written: a number, a string, null, a reference, data or a list.
+struct Value {
+  enum Kind { kNumber, kText, kNull, kRef, kData, kList } kind = kNull;
+  long number = 0;
+  std::string text;
+  std::vector<Value> items;
+  int line = 0;
+};
+
+struct PendingRef {
+  ResPtr res;
+  PFldPtr field;
+  Value value;
+};
+
+class Compiler {
+ public:
+  Compiler(const std::string& src, const std::string& outPath) : lex_(src), outPath_(outPath) { advance(); }
+
+  void run() {
+    while (tok_.kind != kEnd) statement();
+    if (!lib_) throw ParseError{tok_.line, "no library statement"};
+    for (const PendingRef& p : refs_) resolve(p);
+    RLIB_Save(lib_);
+  }
+
+  RLibPtr library() const { return lib_; }
+
+ private:
+  void advance() { tok_ = lex_.next(); }
+
+  [[noreturn]] void fail(const std::string& text) { throw ParseError{tok_.line, text}; }
+
+  bool isPunct(char c) const { return tok_.kind == kPunct && tok_.text[0] == c; }
+  bool isWord(const char* w) const { return tok_.kind == kIdent && tok_.text == w; }
+
+  void expectPunct(char c) {
+    if (!isPunct(c)) fail(std::string("expected '") + c + "'");
+    advance();
+  }
+
+  std::string name() {  // an identifier or a quoted name
+    if (tok_.kind != kIdent && tok_.kind != kString) fail("expected a name");
+    std::string n = tok_.text;
+    advance();
+    return n;
+  }
+
+  std::string string() {
+    if (tok_.kind != kString) fail("expected a string");
+    std::string s = tok_.text;
+    advance();
+    return s;
+  }
+
+  long number() {
+    if (tok_.kind != kInt) fail("expected a number");
+    long v = tok_.value;
+    advance();
+    return v;
+  }
+
+  void statement() {
+    if (isWord("library")) {
+      advance();
+      if (lib_) fail("a second library statement");
+      std::string libName = string();
+      unlink(outPath_.c_str());
+      lib_ = RLIB_CreateDatFile(libName.c_str(), outPath_.c_str());
+      return;
+    }
+    if (!lib_) fail("the library statement must come first");
+    if (isWord("import")) {
+      advance();
+      std::string libName = string();
+      std::string file = string();
+      RLibPtr imported = RLIB_LoadLibFile(libName.c_str(), file.c_str());
+      RLIB_AddImportLib(lib_, imported);
+    } else if (isWord("class")) {
+      advance();
+      classDecl();
+    } else if (isWord("module")) {
+      advance();
+      std::string moduleName = name();
+      if (BKNOT_FindModule(moduleName.c_str())) fail("module " + moduleName + " exists already");
+      ResPtr module = RLIB_AddModuleKnot(lib_, moduleName.c_str());
+      body(module);
+    } else {
+      fail("expected library, import, class or module");
+    }
+  }
+
+  void classDecl() {
+    std::string className = name();
+    std::string parentName = "Res";
+    std::string moduleName;
+    long version = 0, flags = 0;
+    if (isPunct(':')) {
+      advance();
+      parentName = name();
+    }
+    while (tok_.kind == kIdent && !isPunct('{')) {
+      if (isWord("module")) advance(), moduleName = name();
+      else if (isWord("version")) advance(), version = number();
+      else if (isWord("flags")) advance(), flags = number();
+      else fail("expected module, version, flags or '{'");
+    }
+    if (moduleName.empty()) fail("class " + className + " needs a module");
+    RClasPtr parent = RCLAS_FindByName(parentName.c_str());
+    if (!parent) fail("unknown class " + parentName);
+    expectPunct('{');
+    std::vector<std::string> names;
+    std::vector<Int> types;
+    while (!isPunct('}')) {
+      names.push_back(name());
+      std::string typeName = name();
+      Int type = PFLD_TypeFromName(typeName.c_str());
+      if (type < 0) fail("unknown field type " + typeName);
+      if (type == PFLD_STRARRAY) fail("StrArray fields cannot be stored; use VStrArray");
+      types.push_back(type);
+    }
+    advance();
+    if (RCLAS_FindByName(className.c_str())) fail("class " + className + " exists already");
+    std::vector<const char*> cnames;
+    for (const auto& n : names) cnames.push_back(n.c_str());
+    RClasPtr cls = RCLAS_NewDataClass(className.c_str(), moduleName.c_str(), parent, static_cast<UInt>(flags),
+                                      static_cast<Int>(version), static_cast<Int>(cnames.size()), cnames.data(),
+                                      types.data());
+    RLIB_AddResClass(lib_, cls);
+  }
+
+  // '{' (field | resource)* '}'
+  void body(ResPtr owner) {
+    expectPunct('{');
+    while (!isPunct('}')) {
+      if (tok_.kind == kEnd) fail("missing '}'");
+      std::string first = name();
+      if (isPunct('=')) {
+        advance();
+        field(owner, first);
+      } else {
+        resource(owner, first);
+      }
+    }
+    advance();
+  }
+
+  void resource(ResPtr parent, const std::string& className) {
+    int line = tok_.line;
+    RClasPtr cls = RCLAS_FindByName(className.c_str());
+    if (!cls) throw ParseError{line, "unknown class " + className};
+    std::string resName = name();
+    if (resName.find('.') != std::string::npos || resName.size() > 255)
+      throw ParseError{line, "bad resource name " + resName};
+    if (RES_FindChild(parent, resName.c_str())) throw ParseError{line, "duplicate resource " + resName};
+    bool exported = false, preload = false, isTemplate = false, isDefault = false;
+    while (tok_.kind == kIdent) {
+      if (isWord("export")) exported = true;
+      else if (isWord("preload")) preload = true;
+      else if (isWord("template")) isTemplate = true;
+      else if (isWord("default")) isDefault = true;
+      else fail("unknown attribute " + tok_.text);
+      advance();
+    }
+    ResPtr res = RES_NewSetNameClass(resName.c_str(), cls);
+    RES_SetParent(res, parent);
+    if (exported || preload) RLIB_AddExportRes(lib_, res, preload ? RLIB_EXPORTPRELOAD : RLIB_EXPORTLAZY);
+    if (isDefault) RLIB_AddDefaultRes(lib_, res);
+    body(res);
+    if (isTemplate) makeTemplate(res);
+  }
+
+  // A template takes effect at once: what follows it in the source starts
+  // from its values.  Its own references are resolved first.
+  void makeTemplate(ResPtr res) {
+    std::vector<PendingRef> later;
+    for (const PendingRef& p : refs_) {
+      bool inside = false;
+      for (ResPtr r = p.res; r && !inside; r = RES_GetParent(r)) inside = r == res;
+      if (inside) resolve(p);
+      else later.push_back(p);
+    }
+    refs_.swap(later);
+    RCLAS_SetTemplate(res->ResClass, res);
+  }
+
+  Value value() {
+    Value v;
+    v.line = tok_.line;
+    if (tok_.kind == kInt) {
+      v.kind = Value::kNumber;
+      v.number = number();
+    } else if (tok_.kind == kString) {
+      v.kind = Value::kText;
+      v.text = string();
+    } else if (isWord("null")) {
+      advance();
+    } else if (isWord("ref")) {
+      advance();
+      v.kind = Value::kRef;
+      v.text = string();
+    } else if (isWord("data")) {
+      advance();
+      v.kind = Value::kData;
+      v.text = string();
+    } else if (isPunct('[')) {
+      advance();
+      v.kind = Value::kList;
+      while (!isPunct(']')) {
+        v.items.push_back(value());
+        if (isPunct(',')) advance();
+        else if (!isPunct(']')) fail("expected ',' or ']'");
+      }
+      advance();
+    } else {
+      fail("expected a value");
+    }
+    return v;
+  }
+
+  void field(ResPtr res, const std::string& fieldName) {
+    int line = tok_.line;
+    PFldPtr f = RCLAS_FindField(res->ResClass, fieldName.c_str());
+    if (!f) throw ParseError{line, "class " + std::string(res->ResClass->Name) + " has no field " + fieldName};
+    Value v = value();
+    auto bad = [&] { throw ParseError{line, "wrong value for " + fieldName + " (" + PFLD_TypeName(f->Type) + ")"}; };
+    switch (f->Type) {
+      case PFLD_INT16:
+      case PFLD_UINT16:
+      case PFLD_INT32:
+      case PFLD_UINT32:
+        if (v.kind != Value::kNumber) bad();
+        PFLD_SetInt(res, f, v.number);
+        break;
+      case PFLD_STR:
+      case PFLD_VSTR:
+        if (v.kind == Value::kNull) PFLD_SetStr(res, f, nullptr);
+        else if (v.kind == Value::kText) PFLD_SetStr(res, f, v.text.c_str());
+        else bad();
+        break;
+      case PFLD_STRARRAY:
+      case PFLD_VSTRARRAY: {
+        if (v.kind != Value::kList) bad();
+        std::vector<const char*> items;
+        for (const Value& item : v.items) {
+          if (item.kind == Value::kText) items.push_back(item.text.c_str());
+          else if (item.kind == Value::kNull) items.push_back(nullptr);
+          else bad();
+        }
+        PFLD_SetStrs(res, f, items);
+        break;
+      }
+      case PFLD_RES:
+      case PFLD_RES0:
+      case PFLD_RESARRAY: {
+        bool list = f->Type == PFLD_RESARRAY;
+        if (list ? v.kind != Value::kList : (v.kind != Value::kRef && v.kind != Value::kNull)) bad();
+        for (const Value& item : v.items)
+          if (item.kind != Value::kRef && item.kind != Value::kNull) bad();
+        refs_.push_back({res, f, v});
+        break;
+      }
+      default: {
+        if (v.kind != Value::kData || v.text.size() % 2) bad();
+        std::vector<uint8_t> bytes;
+        for (size_t i = 0; i < v.text.size(); i += 2) {
+          char* end = nullptr;
+          std::string hex = v.text.substr(i, 2);
+          long b = std::strtol(hex.c_str(), &end, 16);
+          if (!end || *end) bad();
+          bytes.push_back(static_cast<uint8_t>(b));
+        }
+        PFLD_SetData(res, f, bytes.data(), static_cast<UInt32>(bytes.size()));
+        break;
+      }
+    }
+    RES_SetModified(res);
+  }
+
+  ResPtr target(const Value& v) {
+    if (v.kind == Value::kNull) return nullptr;
+    BKnotPtr knot = BKNOT_FindByFullName(v.text.c_str());
+    if (!knot || knot->IsModule) throw ParseError{v.line, "no resource " + v.text};
+    return RES_LoadByFullName(v.text.c_str());
+  }
+
+  void resolve(const PendingRef& p) {
+    std::vector<ResPtr> found;
+    if (p.value.kind == Value::kList)
+      for (const Value& item : p.value.items) found.push_back(target(item));
+    else
+      found.push_back(target(p.value));
+    if (p.field->Type == PFLD_RESARRAY) PFLD_SetResArray(p.res, p.field, found);
+    else PFLD_SetRes(p.res, p.field, found[0]);
+    for (ResPtr r : found) RES_Release(r);
+  }
+
+  Lexer lex_;
+  Token tok_;
+  std::string outPath_;
+  RLibPtr lib_ = nullptr;
+  std::vector<PendingRef> refs_;
+};
+
+}  // namespace
+
+bool RSRC_Compile(const std::string& sourceName, const std::string& source, const std::string& outPath,
+                  std::string* error) {
+  std::string failure;
+  bool ok = false;
+  try {
+    ok = RSRC_Guard(
+        [&] {
+          Compiler compiler(source, outPath);
+          compiler.run();
+        },
+        &failure);
+    if (!ok) failure = sourceName + ": " + failure;
+  } catch (const ParseError& e) {
+    failure = sourceName + ":" + std::to_string(e.line) + ": " + e.text;
+  }
+  if (!ok) {
+    unlink(outPath.c_str());
+    if (error) *error = failure;
+  }
+  return ok;
+}
