@@ -13,12 +13,15 @@
 #include "owbtypes.h"
 #include "shared/messages.h"
 
-class FleetFileContent;
+struct _ResObj;
 
 // The loop's stop flag.
 extern Boolean gFinished;
 // The process environment from main, handed to the run operation.
 extern char** gGlobalEnv;
+// The tool's icon, for the settings, engine place and status windows; null
+// when the shared resources have none.
+extern _ResObj* gFleetMgrIcon;
 
 // The tool's identity and its command texts.  Each command text has its
 // length without the terminator beside it; ADDC sends length + 1 bytes.
