@@ -60,6 +60,19 @@ class ScopedEnv {
   std::optional<std::string> old_;
 };
 
+// The build directory, the installation tree laid out by the build ($OWB
+// of the tests) and the source tree.  The variables OWB_BUILD_DIR,
+// OWB_INSTALL_TREE and OWB_SOURCE_DIR override what the build compiled in.
+inline std::string configuredPath(const char* variable, const char* builtIn) {
+  const char* value = std::getenv(variable);
+  return value && *value ? value : builtIn;
+}
+#ifdef OWB_TEST_BUILD_DIR
+inline std::string buildDir() { return configuredPath("OWB_BUILD_DIR", OWB_TEST_BUILD_DIR); }
+inline std::string installTree() { return configuredPath("OWB_INSTALL_TREE", OWB_TEST_INSTALL_TREE); }
+inline std::string sourceDir() { return configuredPath("OWB_SOURCE_DIR", OWB_TEST_SOURCE_DIR); }
+#endif
+
 inline std::string readWholeFile(const std::string& path) {
   std::ifstream in(path, std::ios::binary);
   return std::string(std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>());

@@ -202,14 +202,7 @@ class FleetSandbox {
   FleetSandbox(const FleetSandbox&) = delete;
   FleetSandbox& operator=(const FleetSandbox&) = delete;
 
-  static std::string installTree() {
-    if (const char* tree = std::getenv("OWB_INSTALL_TREE")) return tree;
-    // Run by hand from the source directory: the build's own tree.
-    char* resolved = realpath("build/owb", nullptr);
-    std::string tree = resolved ? resolved : "build/owb";
-    std::free(resolved);
-    return tree;
-  }
+  static std::string installTree() { return owbtest::installTree(); }
   const std::string& root() const { return root_.path(); }
   std::string fleetDir(const std::string& name) const { return root_.file(name); }
   std::string homeDir() const { return root_.file("home"); }

@@ -29,10 +29,7 @@ namespace {
 constexpr TypeIdent kToolType = OWB_TYPE("TSTT");
 constexpr TypeIdent kFleetFile = OWB_TYPE("FLTF");
 
-std::string toolmanPath() {
-  const char* build = std::getenv("OWB_BUILD_DIR");
-  return std::string(build ? build : "build") + "/tools/toolman";
-}
+std::string toolmanPath() { return owbtest::buildDir() + "/tools/toolman"; }
 
 // Starts a program with stdout and stderr in outputFile and no stdin.
 pid_t startProgram(const std::vector<std::string>& args, const std::string& outputFile) {

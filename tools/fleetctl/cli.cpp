@@ -11,7 +11,7 @@ namespace fleetctl {
 
 namespace {
 
-const OptionSpec kVerbose = {"--verbose", false, false};
+const OptionRule kVerbose = {"--verbose", false, false};
 
 const char* const kHelp =
     "usage: fleetctl [--verbose] COMMAND FLEETDIR [ARGUMENTS] [OPTIONS]\n"
@@ -130,25 +130,25 @@ bool parseCommandLine(const Command& command, int argc, char** argv, int first, 
       parsed->verbose = true;
       continue;
     }
-    const OptionSpec* spec = nullptr;
-    for (const OptionSpec& option : command.options)
-      if (name == option.name) spec = &option;
-    if (!spec) {
+    const OptionRule* rule = nullptr;
+    for (const OptionRule& option : command.options)
+      if (name == option.name) rule = &option;
+    if (!rule) {
       *error = "unknown option " + name + " for " + command.name;
       return false;
     }
-    if (spec->takesValue && !valueAttached) {
+    if (rule->takesValue && !valueAttached) {
       if (i + 1 >= argc) {
         *error = name + " needs a value";
         return false;
       }
       value = argv[++i];
-    } else if (!spec->takesValue && valueAttached) {
+    } else if (!rule->takesValue && valueAttached) {
       *error = name + " takes no value";
       return false;
     }
     std::vector<std::string>& values = parsed->options[name];
-    if (!values.empty() && !spec->repeatable) {
+    if (!values.empty() && !rule->repeatable) {
       *error = name + " given more than once";
       return false;
     }

@@ -18,7 +18,7 @@ namespace fleetctl {
 // command line was not understood.
 enum { kExitTrue = 0, kExitFalse = 1, kExitUsage = 2 };
 
-struct OptionSpec {
+struct OptionRule {
   const char* name;   // with its leading "--"
   bool takesValue;    // "--name VALUE" (or "--name=VALUE")
   bool repeatable;    // may be given more than once
@@ -42,7 +42,7 @@ typedef int (*CommandFunction)(const ParsedArgs& args);
 struct Command {
   const char* name;
   std::vector<const char*> operands;  // names for the usage text, all required
-  std::vector<OptionSpec> options;
+  std::vector<OptionRule> options;
   CommandFunction run;                // null: not yet available
 };
 

@@ -1,0 +1,330 @@
+// The block database file: layout of new files, block numbering, free
+// space reuse, growth and moves, the open flag, validation and statistics.
+#include "shared/database.h"
+
+#include <gtest/gtest.h>
+
+#include <string>
+#include <vector>
+
+#include <unistd.h>
+
+#include "bigendian.h"
+#include "shared/errors.h"
+#include "testsupport.h"
+
+namespace {
+
+constexpr TypeIdent kTest = OWB_TYPE("TEST");
+constexpr TypeIdent kHeader = OWB_TYPE("SYMB");
+
+std::string bytes(const std::vector<uint8_t>& v) { return std::string(v.begin(), v.end()); }
+
+// A new file built from the layout rules, independently of the database.
+std::vector<uint8_t> expectedNewFile(TypeIdent type, short version) {
+  std::vector<uint8_t> out;
+  owbcoding::ByteWriter w(&out);
+  w.u32(type);
+  w.u16(1);
+  w.i16(version);
+  w.u32(0);
+  w.u32(20);
+  w.u32(1628);
+  w.u32(0);
+  w.u32(100);
+  for (int i = 0; i < 100; ++i) {
+    w.bytes("----", 4);
+    w.zeros(12);
+  }
+  return out;
+}
+
+MasterPtrEntry entryOf(Database& db, long n) {
+  MasterPtrEntry e;
+  db.getMPEntry(n, &e);
+  return e;
+}
+
+class DatabaseFileTest : public ::testing::Test {
+ protected:
+  owbtest::TempDir dir;
+  std::string path = dir.file("test.db");
+  Database db;
+
+  void SetUp() override {
+    ASSERT_EQ(db.createDBFile(path.c_str(), kHeader, 4), kNoError);
+    ASSERT_EQ(db.openDBFile(path.c_str(), kReadWriteAccess, TRUE), kNoError);
+  }
+  long add(long length, long slop) {
+    long n = 0;
+    EXPECT_EQ(db.addBlock(kTest, length, slop, &n), kNoError);
+    return n;
+  }
+};
+
+TEST(DatabaseCreate, NewFileIsTheEmptyLayoutByteForByte) {
+  owbtest::TempDir dir;
+  std::string path = dir.file("new.db");
+  Database db;
+  ASSERT_EQ(db.createDBFile(path.c_str(), kHeader, 4), kNoError);
+  EXPECT_FALSE(db.isOpen());
+  EXPECT_EQ(owbtest::readWholeFile(path), bytes(expectedNewFile(kHeader, 4)));
+
+  short version = 0;
+  EXPECT_EQ(db.validDBFile(path.c_str(), kHeader, &version), kNoError);
+  EXPECT_EQ(version, 4);
+  EXPECT_EQ(db.validDBFile(path.c_str(), OWB_TYPE("FLTT"), &version), kNotValidDBFile);
+  EXPECT_EQ(version, 4);
+  EXPECT_EQ(db.validDBFile(dir.file("missing").c_str(), kHeader, &version), kFileDoesNotExist);
+  EXPECT_EQ(version, 0);
+
+  // A file whose format version is not 1 is refused too.
+  std::string text = owbtest::readWholeFile(path);
+  text[5] = 2;
+  owbtest::writeWholeFile(dir.file("format2.db"), text);
+  EXPECT_EQ(db.validDBFile(dir.file("format2.db").c_str(), kHeader, &version), kNotValidDBFile);
+}
+
+TEST_F(DatabaseFileTest, BlocksAreNumberedFromOneAndWrittenByTheRules) {
+  EXPECT_EQ(db.getMPOffset(), 20);
+  EXPECT_EQ(add(10, 5), 1);
+  EXPECT_EQ(db.writeDataToBlock(1, "hello", 5), kNoError);
+  ASSERT_EQ(db.closeDBFile(), kNoError);
+
+  std::vector<uint8_t> want = expectedNewFile(kHeader, 4);
+  owbcoding::putU32(want.data() + 16, 1628 + 15);  // total length
+  owbcoding::putU32(want.data() + 20, 1);          // mpEntries
+  uint8_t* e1 = want.data() + 28;
+  owbcoding::putU32(e1, kTest);
+  owbcoding::putU32(e1 + 4, 5);      // length
+  owbcoding::putU32(e1 + 8, 10);     // slop: 5 + (10 - 5) given back
+  owbcoding::putU32(e1 + 12, 1628);  // the block was appended
+  want.insert(want.end(), {'h', 'e', 'l', 'l', 'o', 0, 0, 0, 0, 0, 0, 0, 0, 0, 0});
+  EXPECT_EQ(owbtest::readWholeFile(path), bytes(want));
+}
+
+TEST_F(DatabaseFileTest, ListGrowsInPlaceAtTheEndAndMovesWhenBlocksFollowIt) {
+  // Empty blocks leave the list at the end of the file: it grows in place.
+  for (int i = 1; i <= 100; ++i) ASSERT_EQ(add(0, 0), i);
+  EXPECT_EQ(add(0, 0), 101);
+  EXPECT_EQ(db.getMPOffset(), 20);
+  EXPECT_EQ(db.getMPSlots(), 200);
+  EXPECT_EQ(db.getFileLength(), 20 + 8 + 200 * 16);
+
+  // Blocks behind the list: the 201st entry moves it to the end of the file.
+  for (int i = 102; i <= 200; ++i) ASSERT_EQ(add(4, 0), i);
+  long end = db.getFileLength();
+  EXPECT_EQ(add(4, 0), 202);
+  EXPECT_EQ(db.getMPOffset(), end);
+  EXPECT_EQ(db.getMPSlots(), 300);
+  MasterPtrEntry oldList = entryOf(db, 201);
+  EXPECT_EQ(oldList.blockType, kFreeBlockType);
+  // The new block took the front of the old list's space.
+  EXPECT_EQ(oldList.length, 200 * 16 + 8 - 4);
+  EXPECT_EQ(oldList.fileOffset, 24);
+  EXPECT_EQ(entryOf(db, 202).fileOffset, 20);
+  EXPECT_EQ(db.getFileLength(), end + 300 * 16 + 8);
+
+  // Everything reads back after reopening through the moved list.
+  ASSERT_EQ(db.closeDBFile(), kNoError);
+  ASSERT_EQ(db.openDBFile(path.c_str(), kReadOnlyAccess, TRUE), kNoError);
+  long count = 0;
+  EXPECT_EQ(db.countBlocksOfType(kTest, &count), kNoError);
+  EXPECT_EQ(count, 201);
+}
+
+TEST_F(DatabaseFileTest, TheHundredAndFirstBlockOfANewFileMovesTheList) {
+  for (int i = 1; i <= 100; ++i) ASSERT_EQ(add(8, 0), i);
+  long end = db.getFileLength();
+  EXPECT_EQ(add(8, 0), 102);
+  EXPECT_EQ(db.getMPOffset(), end);
+  EXPECT_EQ(db.getMPSlots(), 200);
+  EXPECT_EQ(db.getFileLength(), end + 3208);
+  // The old list of 1608 bytes became free space, and the new block took its front.
+  MasterPtrEntry freed = entryOf(db, 101);
+  EXPECT_EQ(freed.blockType, kFreeBlockType);
+  EXPECT_EQ(freed.length, 1600);
+  EXPECT_EQ(freed.fileOffset, 28);
+  EXPECT_EQ(entryOf(db, 102).fileOffset, 20);
+  EXPECT_EQ(add(100, 0), 103);
+  EXPECT_EQ(entryOf(db, 103).fileOffset, 28);
+  EXPECT_EQ(entryOf(db, 101).length, 1500);
+}
+
+TEST_F(DatabaseFileTest, FreeSpaceIsReusedFirstFitAndTinyRestsGiveTheirEntry) {
+  long a = add(40, 0), b = add(20, 0), c = add(10, 0);
+  long offsetA = entryOf(db, a).fileOffset, offsetB = entryOf(db, b).fileOffset;
+  ASSERT_EQ(db.deleteBlock(a), kNoError);
+  ASSERT_EQ(db.deleteBlock(b), kNoError);
+  EXPECT_EQ(db.deleteBlock(b), kBlockIsFree);
+
+  // 30 bytes: first fit is a's 40, not b's 20.
+  long d = add(25, 5);
+  EXPECT_EQ(d, 4);
+  EXPECT_EQ(entryOf(db, d).fileOffset, offsetA);
+  EXPECT_EQ(entryOf(db, a).length, 10);
+  EXPECT_EQ(entryOf(db, a).fileOffset, offsetA + 30);
+  // Exactly b's size: b stays free with length 0...
+  long e = add(20, 0);
+  EXPECT_EQ(entryOf(db, e).fileOffset, offsetB);
+  EXPECT_EQ(entryOf(db, b).blockType, kFreeBlockType);
+  EXPECT_EQ(entryOf(db, b).length, 0);
+  // ...and its entry is given to the next block, which takes a's rest.
+  long f = add(8, 0);
+  EXPECT_EQ(f, b);
+  EXPECT_EQ(entryOf(db, f).blockType, kTest);
+  EXPECT_EQ(entryOf(db, f).fileOffset, offsetA + 30);
+  long length = -1;
+  EXPECT_EQ(db.getBlockLength(c, &length), kNoError);
+  EXPECT_EQ(length, 10);
+}
+
+TEST_F(DatabaseFileTest, AGrowingBlockKeepsItsNumberAndLeavesItsOldPlaceFree) {
+  long n = add(4, 0);
+  add(4, 0);
+  long oldOffset = entryOf(db, n).fileOffset;
+  std::string big(30, 'x');
+  ASSERT_EQ(db.writeDataToBlock(n, big.data(), 30), kNoError);
+  MasterPtrEntry moved = entryOf(db, n);
+  EXPECT_EQ(moved.blockType, kTest);
+  EXPECT_EQ(moved.length, 30);
+  EXPECT_EQ(moved.slop, 60);
+  EXPECT_NE(moved.fileOffset, oldOffset);
+  MasterPtrEntry freed = entryOf(db, 3);
+  EXPECT_EQ(freed.blockType, kFreeBlockType);
+  EXPECT_EQ(freed.length, 4);
+  EXPECT_EQ(freed.fileOffset, oldOffset);
+  // The slop exists in the file behind the data.
+  EXPECT_EQ(db.getFileLength(), moved.fileOffset + 90);
+
+  // Growing by up to 60 bytes stays in place.
+  std::string bigger(90, 'y');
+  ASSERT_EQ(db.writeDataToBlock(n, bigger.data(), 90), kNoError);
+  EXPECT_EQ(entryOf(db, n).fileOffset, moved.fileOffset);
+  EXPECT_EQ(entryOf(db, n).slop, 0);
+  std::string back(90, 0);
+  ASSERT_EQ(db.readDataFromBlock(n, back.data(), FALSE), kNoError);
+  EXPECT_EQ(back, bigger);
+
+  // A move takes earlier free space that is big enough (first fit).
+  long spare = add(200, 0);
+  long spareOffset = entryOf(db, spare).fileOffset;
+  ASSERT_EQ(db.deleteBlock(spare), kNoError);
+  std::string huge(120, 'z');
+  ASSERT_EQ(db.writeDataToBlock(n, huge.data(), 120), kNoError);
+  EXPECT_EQ(entryOf(db, n).fileOffset, spareOffset);
+  EXPECT_EQ(entryOf(db, spare).length, 20);
+}
+
+TEST_F(DatabaseFileTest, FreeBlocksAndBadNumbersAreRefused) {
+  long n = add(12, 3);
+  ASSERT_EQ(db.deleteBlock(n), kNoError);
+  char buf[32];
+  EXPECT_EQ(db.readDataFromBlock(n, buf, FALSE), kBlockIsFree);
+  EXPECT_EQ(db.writeDataToBlock(n, "x", 1), kBlockIsFree);
+  long length = 0;
+  EXPECT_EQ(db.getBlockLength(n, &length), kNoError);
+  EXPECT_EQ(length, 15);
+  EXPECT_EQ(db.getBlockLength(0, &length), kNoBlockOfType);
+  EXPECT_EQ(db.readDataFromBlock(99, buf, FALSE), kNoBlockOfType);
+  EXPECT_EQ(Database::databaseLastError(), kNoBlockOfType);
+}
+
+TEST_F(DatabaseFileTest, BlocksAreFoundByTypeInNumberOrder) {
+  constexpr TypeIdent kOther = OWB_TYPE("OTHR");
+  long numbers[5];
+  for (int i = 0; i < 5; ++i) db.addBlock(i % 2 ? kOther : kTest, 4, 0, &numbers[i]);
+  long count = 0, found = 0;
+  EXPECT_EQ(db.countBlocksOfType(kTest, &count), kNoError);
+  EXPECT_EQ(count, 3);
+  EXPECT_EQ(db.getNthBlockOfType(kTest, 2, &found), kNoError);
+  EXPECT_EQ(found, numbers[2]);
+  EXPECT_EQ(db.getNthBlockOfType(kTest, 0, &found), kNoBlockOfType);
+  EXPECT_EQ(db.getNthBlockOfType(kTest, 4, &found), kNoBlockOfType);
+  EXPECT_EQ(db.getNextBlockOfType(kOther, numbers[1], &found), kNoError);
+  EXPECT_EQ(found, numbers[3]);
+  EXPECT_EQ(db.getNextBlockOfType(kOther, numbers[3], &found), kNoBlockOfType);
+}
+
+TEST_F(DatabaseFileTest, TheOpenFlagKeepsASecondWriterOutOnce) {
+  EXPECT_EQ(db.readFlags() & kOpenForWritingFlag, 1u);
+  Database second;
+  EXPECT_EQ(second.openDBFile(path.c_str(), kReadOnlyAccess, TRUE), kFileOpenForWriting);
+  EXPECT_FALSE(second.isOpen());
+  EXPECT_EQ(second.openDBFile(path.c_str(), kReadOnlyAccess, TRUE), kFileOpenForWriting);
+  // The refused writer's own close clears the mark, so its retry succeeds.
+  EXPECT_EQ(second.openDBFile(path.c_str(), kReadWriteAccess, TRUE), kFileOpenForWriting);
+  EXPECT_EQ(second.openDBFile(path.c_str(), kReadWriteAccess, TRUE), kNoError);
+  EXPECT_EQ(second.closeDBFile(), kNoError);
+  // A reader without the test, and opening twice with the same access.
+  Database reader;
+  EXPECT_EQ(reader.openDBFile(path.c_str(), kReadOnlyAccess, FALSE), kNoError);
+  EXPECT_EQ(reader.openDBFile("/no/such/file", kReadOnlyAccess, TRUE), kNoError);
+  EXPECT_TRUE(reader.isOpen());
+  ASSERT_EQ(db.closeDBFile(), kNoError);
+  std::string text = owbtest::readWholeFile(path);
+  EXPECT_EQ(text[11], 0);
+}
+
+TEST(DatabaseOpen, MissingFilesAndCreateOverMarkedFile) {
+  owbtest::TempDir dir;
+  Database db;
+  EXPECT_EQ(db.openDBFile(dir.file("none").c_str(), kReadOnlyAccess, TRUE), ENOENT);
+  EXPECT_FALSE(db.isOpen());
+
+  // Creating over a file that a writer holds fails and removes the file.
+  std::string path = dir.file("held.db");
+  ASSERT_EQ(db.createDBFile(path.c_str(), kHeader, 1), kNoError);
+  ASSERT_EQ(db.openDBFile(path.c_str(), kReadWriteAccess, TRUE), kNoError);
+  Database other;
+  EXPECT_EQ(other.createDBFile(path.c_str(), kHeader, 1), kFileOpenForWriting);
+  EXPECT_EQ(access(path.c_str(), F_OK), -1);
+}
+
+TEST_F(DatabaseFileTest, ReadCachesCountHitsAndMissesForReaders) {
+  long n = add(8, 0);
+  ASSERT_EQ(db.writeDataToBlock(n, "abcdefgh", 8), kNoError);
+  add(8, 0);
+  ASSERT_EQ(db.closeDBFile(), kNoError);
+  ASSERT_EQ(db.openDBFile(path.c_str(), kReadOnlyAccess, TRUE), kNoError);
+
+  char buf[9] = {0};
+  ASSERT_EQ(db.readDataFromBlock(n, buf, TRUE), kNoError);
+  EXPECT_STREQ(buf, "abcdefgh");
+  EXPECT_EQ(db.mpCacheMisses, 1);
+  EXPECT_EQ(db.dataCacheMisses, 1);
+  ASSERT_EQ(db.readDataFromBlock(n, buf, TRUE), kNoError);
+  EXPECT_EQ(db.mpCacheHits, 1);
+  EXPECT_EQ(db.dataCacheHits, 1);
+  // The middle of a cached block is served from the cache.
+  char middle[4] = {0};
+  MasterPtrEntry e = entryOf(db, n);
+  EXPECT_EQ(db.readDataFromFile(e.fileOffset + 2, middle, 3, TRUE), kNoError);
+  EXPECT_STREQ(middle, "cde");
+  EXPECT_EQ(db.dataCacheHits, 2);
+  // Uncached reads count nothing.
+  ASSERT_EQ(db.readDataFromBlock(n, buf, FALSE), kNoError);
+  EXPECT_EQ(db.dataCacheHits + db.dataCacheMisses, 3);
+  db.closeDBFile();
+  EXPECT_EQ(db.mpCacheHits + db.mpCacheMisses + db.dataCacheHits, 0);
+}
+
+TEST_F(DatabaseFileTest, StatisticsGoToTheFirstFreeDblogFile) {
+  add(8, 4);
+  char cwd[1024];
+  ASSERT_NE(getcwd(cwd, sizeof cwd), nullptr);
+  ASSERT_EQ(chdir(dir.path().c_str()), 0);
+  owbtest::writeWholeFile(dir.file("dblog.1"), "taken");
+  db.dumpDatabaseStats();
+  std::string stats = owbtest::readWholeFile(dir.file("dblog.2"));
+  ASSERT_EQ(chdir(cwd), 0);
+  EXPECT_EQ(stats,
+            "Logging database stats\n"
+            "12: offset to master pointer list = 20\n"
+            "16: total length of database = 1640\n"
+            "20: number of mp entries = 1\n"
+            "24: number of mp slots = 100\n"
+            "\n\n");
+}
+
+}  // namespace
