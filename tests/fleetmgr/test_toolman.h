@@ -61,7 +61,8 @@ class TestToolManager {
  public:
   // Listens on a free loopback port and writes it to <home>/.owb/owbport.
   explicit TestToolManager(const std::string& home) {
-    listener_ = socket(AF_INET, SOCK_STREAM, 0);
+    // Close-on-exec: a tool started by the test must not inherit the listener.
+    listener_ = socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0);
     int yes = 1;
     setsockopt(listener_, SOL_SOCKET, SO_REUSEADDR, &yes, sizeof yes);
     sockaddr_in address{};
@@ -146,7 +147,7 @@ class TestToolManager {
 
  private:
   static bool writeMessage(int toolPort, const Message& message) {
-    int out = socket(AF_INET, SOCK_STREAM, 0);
+    int out = socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0);
     sockaddr_in address{};
     address.sin_family = AF_INET;
     address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
@@ -168,7 +169,7 @@ class TestToolManager {
     while (!stopping_) {
       pollfd waiting = {listener_, POLLIN, 0};
       if (::poll(&waiting, 1, 20) <= 0) continue;
-      int connection = accept(listener_, nullptr, nullptr);
+      int connection = accept4(listener_, nullptr, nullptr, SOCK_CLOEXEC);
       if (connection < 0) continue;
       std::string bytes = readAll(connection);
       close(connection);
