@@ -22,6 +22,7 @@
 #include <vector>
 
 #include "fleet/fleetdef.h"
+#include "fleetmgr/fleetmgr_support.h"
 #include "fleetmgr/test_toolman.h"
 #include "shared/tcpxport.h"
 #include "testsupport.h"
@@ -30,11 +31,7 @@ namespace {
 
 using fmtest::TestToolManager;
 using fmtest::WireMessage;
-
-std::string installTree() {
-  const char* tree = std::getenv("OWB_INSTALL_TREE");
-  return tree ? tree : "build/owb";
-}
+using fmtest::installTree;
 
 std::string nul(const std::string& text) { return text + std::string(1, '\0'); }
 
