@@ -173,17 +173,4 @@ TEST(StringTupleItem, SlotsEqualityAndPrinting) {
   EXPECT_EQ(std::strlen(printed), static_cast<size_t>(kItemPrintBufferSize - 1));
 }
 
-TEST(EngConfigFile, ConstructorsAndOwnedLists) {
-  EngConfigFile blank;
-  EXPECT_STREQ(blank.filename, "");
-  EngConfigFile named("/tmp/place.cfg");
-  EXPECT_STREQ(named.filename, "/tmp/place.cfg");
-  EXPECT_STREQ(named.engPlaceBootScript, "");
-  const char* variable[] = {"HOME", "/home/x", nullptr};
-  named.envVarList.include(new StringTupleItem(variable));
-  named.preBootScripts.include(new StringItem("pre.s"));
-  EXPECT_EQ(named.envVarList.totalElements, 1);
-  EXPECT_TRUE(named.envVarList.deleteElements);
-}
-
 }  // namespace
