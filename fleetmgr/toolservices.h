@@ -1,12 +1,11 @@
 // The tool's preferences and help, started and ended with the tool.
 //
-// The preference manager and the help manager are not part of this build
-// yet.  Until they are, these functions create nothing: the tool keeps no
-// preferences and has no help window.
+// The help manager is not part of this build yet: until it is,
+// startToolHelp creates nothing and the tool has no help window.
 #ifndef OWB_FLEETMGR_TOOLSERVICES_H
 #define OWB_FLEETMGR_TOOLSERVICES_H
 
-// The tool's preferences, identified by FLTT.
+// gPreferencesManager: the tool's preferences, identified by FLTT.
 void startToolPreferences();
 void endToolPreferences();
 // The help manager (no help window at start, no help file name); the

@@ -30,17 +30,7 @@ namespace fmtest {
 
 constexpr const char* kTestHost = "testhost";
 
-// The build's installation: OWB_INSTALL_TREE, or else owb/ beside the
-// directory of this test program (build/tests/../owb), wherever it runs.
-inline std::string installTree() {
-  if (const char* tree = std::getenv("OWB_INSTALL_TREE")) return tree;
-  char self[4096];
-  ssize_t length = readlink("/proc/self/exe", self, sizeof self - 1);
-  if (length <= 0) return "build/owb";
-  std::string program(self, static_cast<size_t>(length));
-  std::string testsDir = program.substr(0, program.rfind('/'));
-  return testsDir.substr(0, testsDir.rfind('/')) + "/owb";
-}
+using owbtest::installTree;
 
 struct SeenAlert {
   std::string text, title, button1, button2;
