@@ -213,7 +213,7 @@ TCPTransport::TCPTransport(int listenerPort)
   if (!isToolManager) listenerPort = std::rand() % 800 + getToolManagerPort();
   std::signal(SIGPIPE, SIG_IGN);
 
-  listenSocket = socket(AF_INET, SOCK_STREAM, 0);
+  listenSocket = socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0);
   if (listenSocket < 0) {
     OWB_LOG("tcptransport: socket create failed - " << errorText());
   } else if (setsockopt(listenSocket, SOL_SOCKET, SO_REUSEADDR, &on, sizeof on) < 0) {
@@ -314,7 +314,7 @@ Message* TCPTransport::poll() {
   }
 
   if (lastError == kNoError && FD_ISSET(listenSocket, &readSet)) {
-    int connection = accept(listenSocket, nullptr, nullptr);
+    int connection = accept4(listenSocket, nullptr, nullptr, SOCK_CLOEXEC);
     if (connection < 0) {
       OWB_LOG("tcptransport: failed accept - " << errorText());
       lastError = kAcceptFailed;
@@ -377,7 +377,7 @@ Message* TCPTransport::getMessage(int messageSocket) {
 void TCPTransport::sendMessage(const Message* message) {
   if (!message) return;
   int port = message->header.receiverInfo.listenerPort;
-  int socketNumber = socket(AF_INET, SOCK_STREAM, 0);
+  int socketNumber = socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0);
   if (socketNumber < 0) {
     OWB_LOG("got error from socket: " << errorText());
     waitFiveSeconds();
@@ -412,7 +412,7 @@ void TCPTransport::sendMessage(const Message* message) {
 void TCPTransport::ticklePort(int port) {
   OWB_LOG_AT(kLogAll, "sending tickle at port " << port);
   bool sent = false;
-  int socketNumber = socket(AF_INET, SOCK_STREAM, 0);
+  int socketNumber = socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0);
   if (socketNumber < 0) {
     OWB_LOG("got error from socket: " << errorText() << " while tickling");
     waitFiveSeconds();

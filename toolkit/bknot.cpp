@@ -12,7 +12,7 @@
 
 namespace {
 
-std::vector<BKnotPtr> sModules;  // sorted by name, case ignored
+std::vector<BKnotPtr>& sModules = *new std::vector<BKnotPtr>;  // sorted by name, case ignored; never destroyed
 
 bool S_Less(BKnotPtr a, const char* name) { return STR_ICmp(a->Name, name) < 0; }
 

@@ -21,8 +21,10 @@ struct ClassNode {
   ClientPtr spare[5];
 };
 
-std::vector<RClasPtr> sByName;  // sorted, names compare with case
-std::vector<RClasPtr> sByIndex;
+// The registries live as long as the process (never destroyed, so that
+// classes stay reachable until the very end).
+std::vector<RClasPtr>& sByName = *new std::vector<RClasPtr>;  // sorted, names compare with case
+std::vector<RClasPtr>& sByIndex = *new std::vector<RClasPtr>;
 void (*sPostRegister)(RClasPtr) = nullptr;
 
 bool S_Less(RClasPtr a, const char* name) { return std::strcmp(a->Name, name) < 0; }

@@ -14,7 +14,7 @@ using owbcoding::ByteWriter;
 
 namespace {
 
-std::vector<RLibPtr> sLibs;  // sorted by name, case ignored
+std::vector<RLibPtr>& sLibs = *new std::vector<RLibPtr>;  // sorted by name, case ignored; never destroyed
 bool sForceRW = false;
 Int sImportDepth = 0;
 

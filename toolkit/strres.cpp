@@ -52,8 +52,8 @@ ArrayPtr S_List(StrLObj* s) {
 // Lookups for the base module.  Each resource found is kept with one
 // reference so that the texts handed out stay valid.
 std::map<std::string, ResPtr>& S_Cache() {
-  static std::map<std::string, ResPtr> cache;
-  return cache;
+  static auto* cache = new std::map<std::string, ResPtr>;  // never destroyed
+  return *cache;
 }
 
 ResPtr S_Lookup(const char* module, const char* name, RClasPtr cls) {

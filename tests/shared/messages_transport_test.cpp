@@ -291,3 +291,22 @@ TEST_F(TransportTest, MessageBytesOnTheWire) {
 }
 
 }  // namespace
+
+namespace {
+
+// Programs the tool starts (engines, external processes) must not inherit
+// its listening socket, or they would hold the port after the tool ends.
+TEST_F(TransportTest, ListenerIsNotInheritedByStartedPrograms) {
+  MessageCenter manager(basePort() + 3);
+  ASSERT_GE(manager.transport->listenSocket, 0);
+  const std::string descriptor = "/proc/self/fd/" + std::to_string(manager.transport->listenSocket);
+  const std::string command = "test -e " + descriptor + " && echo inherited || echo closed";
+  FILE* child = popen(command.c_str(), "r");
+  ASSERT_NE(child, nullptr);
+  char answer[32] = "";
+  ASSERT_NE(fgets(answer, sizeof answer, child), nullptr);
+  pclose(child);
+  EXPECT_STREQ(answer, "closed\n");
+}
+
+}  // namespace

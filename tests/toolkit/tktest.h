@@ -10,6 +10,7 @@
 #include <vector>
 
 #include <sys/wait.h>
+#include <unistd.h>
 
 #include "toolkit/app.h"
 #include "toolkit/err.h"
@@ -57,9 +58,15 @@ inline std::string failureOf(const std::function<void()>& body) {
   return ok ? std::string() : (text.empty() ? "failed" : text);
 }
 
+// The build tree: from the environment, or two levels above this test
+// program (<build>/tests/toolkit_tests).
 inline std::string buildDir() {
-  const char* dir = std::getenv("OWB_BUILD_DIR");
-  return dir ? dir : "build";
+  if (const char* dir = std::getenv("OWB_BUILD_DIR")) return dir;
+  char self[4096];
+  ssize_t n = readlink("/proc/self/exe", self, sizeof self - 1);
+  std::string path(self, n > 0 ? static_cast<size_t>(n) : 0);
+  for (int up = 0; up < 2 && path.rfind('/') != std::string::npos; ++up) path.erase(path.rfind('/'));
+  return path.empty() ? "build" : path;
 }
 
 inline std::string resourceDir() {

@@ -1,0 +1,234 @@
+// The Fleet Manager's start-up, main loop, registration and message
+// handlers.
+#include "fleetmgr/fleetmgr.h"
+
+#include <csignal>
+#include <cstdio>
+#include <cstdlib>
+#include <cstring>
+
+#include "fleet/fileutil.h"
+#include "fleet/fleetdef.h"
+#include "fleetmgr/fleetcmds.h"
+#include "fleetmgr/flt_outapi.h"
+#include "fleetmgr/registry.h"
+#include "fleetmgr/toolkitlink.h"
+#include "fleetmgr/toolmsgs.h"
+#include "fleetmgr/toolservices.h"
+#include "shared/globals.h"
+#include "shared/log.h"
+#include "shared/utils.h"
+
+Boolean gFinished = FALSE;
+char** gGlobalEnv = nullptr;
+_ResObj* gFleetMgrIcon = nullptr;
+
+#define OWB_TOOL_TEXT(name, text) \
+  const char* const name = text;  \
+  const int name##Len = sizeof(text) - 1;
+
+OWB_TOOL_TEXT(gPublisherStr, "Tarnwell Labs, Inc.")
+OWB_TOOL_TEXT(gThisToolNameStr, "Fleet Manager")
+OWB_TOOL_TEXT(gNewFleetCmdStr, "New Fleet")
+OWB_TOOL_TEXT(gRunFleetCmdStr, "Run Fleet")
+OWB_TOOL_TEXT(gFleetSettingsCmdStr, "Fleet Settings")
+OWB_TOOL_TEXT(gFleetStatusCmdStr, "Fleet Status")
+OWB_TOOL_TEXT(gKillFleetCmdStr, "Kill Fleet")
+OWB_TOOL_TEXT(gBackupFleetCmdStr, "Backup Fleet")
+OWB_TOOL_TEXT(gRestoreFleetCmdStr, "Restore Fleet")
+OWB_TOOL_TEXT(gRemoveFleetCmdStr, "Delete Fleet Directory")
+
+namespace {
+
+constexpr int32_t kToolMaxVersion = 0;
+// Above the maximum, and sent as it stands.
+constexpr int32_t kToolMinVersion = 5;
+const char* const kFleetFileSuffix = ".flt";
+constexpr size_t kFleetFileSuffixLength = 4;
+const char* const kFleetFileLabel = "fleet";
+const char* const kFleetFileDescription = "Fleet definition files contain information about a fleet";
+
+struct ToolCommand {
+  const char* text;
+  int length;
+  int32_t requires;  // 1: acts on a selected file of workType
+  TypeIdent workType;
+};
+
+// The commands as the Tool Manager lists them, in the order installed.
+const ToolCommand kToolCommands[] = {
+    {gNewFleetCmdStr, gNewFleetCmdStrLen, 0, kWildTypeIdent},
+    {gBackupFleetCmdStr, gBackupFleetCmdStrLen, 1, kFleetFileType},
+    {gFleetSettingsCmdStr, gFleetSettingsCmdStrLen, 1, kFleetFileType},
+    {gFleetStatusCmdStr, gFleetStatusCmdStrLen, 1, kFleetFileType},
+    {gRemoveFleetCmdStr, gRemoveFleetCmdStrLen, 1, kFleetFileType},
+    {gKillFleetCmdStr, gKillFleetCmdStrLen, 1, kFleetFileType},
+    {gRestoreFleetCmdStr, gRestoreFleetCmdStrLen, 1, kFleetFileType},
+    {gRunFleetCmdStr, gRunFleetCmdStrLen, 1, kFleetFileType},
+};
+
+struct CommandRoute {
+  const char* text;
+  CallbackProcPtr handler;
+};
+
+// The order in which a selected command's text is compared.
+const CommandRoute kCommandRoutes[] = {
+    {gNewFleetCmdStr, newFleetCommand},         {gRunFleetCmdStr, runFleetCommand},
+    {gFleetSettingsCmdStr, fleetSettingsCommand}, {gFleetStatusCmdStr, fleetStatusCommand},
+    {gKillFleetCmdStr, killFleetCommand},       {gBackupFleetCmdStr, backupFleetCommand},
+    {gRestoreFleetCmdStr, restoreFleetCommand}, {gRemoveFleetCmdStr, removeFleetCommand},
+};
+
+// The installation is looked up again by setOWKInstallDir, but the shared
+// globals, which come first, would end the process with a status of their
+// own when it is missing; the tool's status for that is 1.
+void requireInstallation() {
+  const char* owb = std::getenv("OWB");
+  if (owb && *owb) return;
+  std::fprintf(stderr, "fleetmgr: the OWB environment variable is not set\n");
+  std::exit(1);
+}
+
+void fillToolInfo(ToolInfo* info) {
+  info->toolType = kFleetToolType;
+  info->canDisplaySource = FALSE;
+  info->maxVersion = kToolMaxVersion;
+  info->minVersion = kToolMinVersion;
+  std::snprintf(info->name, sizeof info->name, "%s", gThisToolNameStr);
+  std::snprintf(info->publisherInfo, sizeof info->publisherInfo, "%s", gPublisherStr);
+}
+
+bool hasFleetFileSuffix(const char* pathname) {
+  size_t length = std::strlen(pathname);
+  return length >= kFleetFileSuffixLength &&
+         std::strcmp(pathname + length - kFleetFileSuffixLength, kFleetFileSuffix) == 0;
+}
+
+}  // namespace
+
+int fleetMgrMain(int, char** argv, char** env) {
+  startWindowSystem();
+  gGlobalEnv = env;
+  toolInitialize(argv[0] ? argv[0] : "fleetmgr");
+  mainEventLoop();
+  toolCleanup();
+  stopWindowSystem();
+  return 0;
+}
+
+void toolInitialize(const char* executableName) {
+  requireInstallation();
+  fileNameType toolName;
+  extractFilename(executableName, toolName, sizeof toolName);
+  initializeGlobals(toolName, 0);
+  installToolOutput();
+
+  loadToolResourceLibrary("fleetmgr", "fleetmgr.dat");
+  gFleetMgr = new FleetMgr();
+  gFleetMgrIcon = static_cast<_ResObj*>(loadToolIcon());
+
+  if (!setOWKInstallDir(executableName) || !setHostIP()) std::exit(1);
+
+  startToolPreferences();
+  fillToolInfo(&gMessageCenter->thisToolInfo);
+  hookIntoToolManager(executableName);
+  startToolHelp();
+
+  // Engines and their processes are never waited for: their state is read
+  // from pid files and process probes, and they leave no zombies.
+  std::signal(SIGCHLD, SIG_IGN);
+}
+
+void hookIntoToolManager(const char* executableName) {
+  OWB_LOG("Fleetmgr tool registering quit command");
+  const MessageTemplate quitTemplate = makeMessageTemplate({});
+  const MessageTemplate commandTemplate = makeMessageTemplate({kParamStr31, kParamStr31, kParamLong, kParamStr31});
+  const MessageTemplate identifyTemplate = makeMessageTemplate({kParamStr255});
+  gMessageCenter->registerMessageHandler(kQuitMessage, &quitTemplate, quitCommand);
+  gMessageCenter->registerMessageHandler(kCommandSelectedMessage, &commandTemplate, handleCommandSelected);
+  gMessageCenter->registerMessageHandler(kIdentifyFileMessage, &identifyTemplate, identifyFile);
+
+  OWB_LOG("Registering Fleetmgr Tool with Tool Manager");
+  Message* registration = newMsgToToolMan(kRegisterToolMessage);
+  registration->addToolInfoParam(gMessageCenter->thisToolInfo);
+  registration->addStringParam(kParamStr255, executableName);
+  sendToToolMan(registration);
+
+  OWB_LOG("Installing New Fleet command into Tool Manager");
+  for (const ToolCommand& command : kToolCommands) {
+    Message* install = newMsgToToolMan(kAddCommandMessage);
+    install->addParam(kParamStr31, command.text, command.length + 1);
+    install->addLongParam(command.requires);
+    install->addIdentParam(command.workType);
+    sendToToolMan(install);
+  }
+}
+
+void mainEventLoop() {
+  while (!gFinished) {
+    serveWindowEvents();
+    gMessageCenter->poll();
+    // The keep-alive found the Tool Manager gone: the tool ends with it.
+    // Every other status of the transport is passed over.
+    if (gMessageCenter->lastError == kTickleFailed) gFinished = TRUE;
+  }
+}
+
+void toolCleanup() {
+  OWB_LOG("Leaving Fleetmgr Tool");
+  endToolPreferences();
+  cleanUpGlobals();
+  // Running engines and external processes are left as they are.
+  delete gFleetMgr;
+  gFleetMgr = nullptr;
+}
+
+ErrorCode quitCommand(Message*, Message*) {
+  gFinished = TRUE;
+  return kNoError;
+}
+
+ErrorCode handleCommandSelected(Message* message, Message* reply) {
+  Str255 commandSelected;
+  if (!message || !message->getParam(0) ||
+      !message->getStringParam(0, commandSelected, sizeof commandSelected))
+    return kNoError;
+  for (const CommandRoute& route : kCommandRoutes)
+    if (std::strcmp(commandSelected, route.text) == 0) return route.handler(message, reply);
+  return kNoError;  // not one of ours
+}
+
+ErrorCode identifyFile(Message* message, Message* reply) {
+  fileNameType pathname;
+  message->getStringParam(0, pathname, sizeof pathname);
+
+  auto* content = new FleetFileContent();
+  fileNameType directory;
+  extractPathname(pathname, directory, sizeof directory);
+  // The directory is what is read: the definition is found there by its
+  // own name, whatever the file asked about.
+  bool isFleetFile = hasFleetFileSuffix(pathname) && validFleetDefFile(directory, content);
+
+  reply->addBooleanParam(isFleetFile);
+  if (!isFleetFile) {
+    delete content;
+    return kNoError;
+  }
+  reply->addStringParam(kParamStr31, kFleetFileLabel);
+  reply->addIdentParam(kFleetFileType);
+  // Text under the type IDNT: that is what the Tool Manager reads.
+  reply->addStringParam(kParamIdent, kFleetFileDescription);
+
+  if (FleetObject* known = gFleetMgr->findFleet(pathname)) {
+    for (long i = known->engineList.totalElements - 1; i >= 0; i--) {
+      auto* engine = static_cast<EngineObject*>(known->engineList.get(i));
+      if (engine) announceEngine(engine->port);
+    }
+    // The registered fleet keeps its own definition.
+    delete content;
+  } else {
+    gFleetMgr->addFleet(directory, content);
+  }
+  return kNoError;
+}

@@ -1,0 +1,331 @@
+// fleetmgr as a real process under a test Tool Manager on loopback, with a
+// private X server (Xvfb) when one is installed: registration byte for
+// byte, file identification, commands, QUIT, the end when the Tool Manager
+// vanishes, and a start without an installation.
+#include <fcntl.h>
+#include <poll.h>
+#include <signal.h>
+#include <sys/prctl.h>
+#include <sys/stat.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <gtest/gtest.h>
+
+#include <chrono>
+#include <cstring>
+#include <map>
+#include <memory>
+#include <optional>
+#include <string>
+#include <thread>
+#include <vector>
+
+#include "fleet/fleetdef.h"
+#include "fleetmgr/fleetmgr_support.h"
+#include "fleetmgr/test_toolman.h"
+#include "shared/tcpxport.h"
+#include "testsupport.h"
+
+namespace {
+
+using fmtest::TestToolManager;
+using fmtest::WireMessage;
+using fmtest::installTree;
+
+std::string nul(const std::string& text) { return text + std::string(1, '\0'); }
+
+// Starts a program with the environment given (and nothing else but PATH),
+// output to outputFile.
+pid_t startProgram(const std::string& program, const std::map<std::string, std::string>& env,
+                   const std::string& outputFile) {
+  pid_t child = fork();
+  if (child == 0) {
+    int out = open(outputFile.c_str(), O_WRONLY | O_CREAT | O_TRUNC, 0644);
+    int none = open("/dev/null", O_RDONLY);
+    dup2(none, 0);
+    dup2(out, 1);
+    dup2(out, 2);
+    std::vector<std::string> settings = {"PATH=/usr/bin:/bin"};
+    for (const auto& entry : env) settings.push_back(entry.first + "=" + entry.second);
+    std::vector<char*> envp;
+    for (std::string& setting : settings) envp.push_back(&setting[0]);
+    envp.push_back(nullptr);
+    char* argv[] = {const_cast<char*>(program.c_str()), nullptr};
+    execve(program.c_str(), argv, envp.data());
+    _exit(127);
+  }
+  return child;
+}
+
+// The exit status of pid, or nullopt if it has not ended within seconds.
+std::optional<int> exitStatus(pid_t pid, double seconds) {
+  auto deadline = std::chrono::steady_clock::now() + std::chrono::duration<double>(seconds);
+  int status = 0;
+  for (;;) {
+    if (waitpid(pid, &status, WNOHANG) == pid) return WIFEXITED(status) ? WEXITSTATUS(status) : 128 + WTERMSIG(status);
+    if (std::chrono::steady_clock::now() >= deadline) return std::nullopt;
+    std::this_thread::sleep_for(std::chrono::milliseconds(20));
+  }
+}
+
+// One private X server for all the tests, when Xvfb is installed.
+class XServer {
+ public:
+  static const std::string& display() { return instance().display_; }
+  static void stop() {
+    XServer& server = instance();
+    if (server.pid_ > 0) {
+      kill(server.pid_, SIGTERM);
+      waitpid(server.pid_, nullptr, 0);
+      server.pid_ = 0;
+    }
+  }
+
+ private:
+  static XServer& instance() {
+    static XServer server;
+    return server;
+  }
+  // Xvfb picks a free display itself and writes its number to a pipe; it
+  // ends with this process even if the tests are killed.
+  XServer() {
+    if (access("/usr/bin/Xvfb", X_OK) != 0) return;
+    int ready[2];
+    if (pipe(ready) != 0) return;
+    pid_ = fork();
+    if (pid_ == 0) {
+      prctl(PR_SET_PDEATHSIG, SIGTERM);
+      close(ready[0]);
+      int none = open("/dev/null", O_RDWR);
+      dup2(none, 0);
+      dup2(none, 1);
+      dup2(none, 2);
+      std::string fd = std::to_string(ready[1]);
+      execl("/usr/bin/Xvfb", "Xvfb", "-displayfd", fd.c_str(), "-nolisten", "tcp", static_cast<char*>(nullptr));
+      _exit(127);
+    }
+    close(ready[1]);
+    char number[32] = {};
+    pollfd readable = {ready[0], POLLIN, 0};
+    if (pid_ > 0 && ::poll(&readable, 1, 10000) > 0 && read(ready[0], number, sizeof number - 1) > 0)
+      display_ = ":" + std::to_string(std::atoi(number));
+    close(ready[0]);
+  }
+
+  pid_t pid_ = 0;
+  std::string display_ = "";
+};
+
+class FleetMgrProcess : public ::testing::Test {
+ protected:
+  static void SetUpTestSuite() { prctl(PR_SET_CHILD_SUBREAPER, 1); }
+  static void TearDownTestSuite() { XServer::stop(); }
+
+  void SetUp() override {
+    home = root.file("home");
+    mkdir(home.c_str(), 0777);
+    toolman = std::make_unique<TestToolManager>(home);
+  }
+  void TearDown() override {
+    if (tool > 0 && !exitStatus(tool, 0)) {
+      kill(tool, SIGKILL);
+      waitpid(tool, nullptr, 0);
+    }
+    toolman.reset();
+  }
+
+  std::map<std::string, std::string> toolEnvironment() const {
+    std::map<std::string, std::string> env = {
+        {"HOME", home}, {"OWB", installTree()}, {"OWB_TICKLE_INTERVAL", "200"}};
+    if (!XServer::display().empty()) env["DISPLAY"] = XServer::display();
+    return env;
+  }
+
+  // Starts fleetmgr and waits for its registration; the tool's port is
+  // where the registration came from.
+  void startTool() { startTool(toolEnvironment()); }
+  void startTool(const std::map<std::string, std::string>& env) {
+    tool = startProgram(program(), env, root.file("fleetmgr.out"));
+    ASSERT_TRUE(toolman->waitForCount(kAddCommand, 8)) << owbtest::readWholeFile(root.file("fleetmgr.out"));
+    toolPort = toolman->messagesOf(OWB_TYPE("REGT")).at(0).header.senderInfo.listenerPort;
+  }
+  static std::string program() { return installTree() + "/bin/fleetmgr"; }
+
+  std::optional<WireMessage> identify(const std::string& path) {
+    Message question(OWB_TYPE("IDFL"), nullptr);
+    question.addStringParam(kParamStr255, path.c_str());
+    return toolman->ask(toolPort, question);
+  }
+  std::optional<WireMessage> command(const char* text, const std::string& file) {
+    Message selected(OWB_TYPE("CMDS"), nullptr);
+    if (text) selected.addStringParam(kParamStr31, text);
+    else selected.addParam(kParamStr31, nullptr, 0);
+    selected.addStringParam(kParamStr31, "");
+    selected.addLongParam(0);
+    selected.addParam(kParamStr31, file.c_str(), static_cast<long>(file.size() + 1));
+    return toolman->ask(toolPort, selected);
+  }
+
+  // A fleet directory <root>/<name> with engines A (port 7002) and B (no port).
+  std::string makeFleetDirectory(const std::string& name) {
+    std::string dir = root.file(name);
+    mkdir(dir.c_str(), 0777);
+    mkdir((dir + "/A").c_str(), 0777);
+    owbtest::writeWholeFile(dir + "/A/startup.cfg", "A_MOCK_PORT = 7002\n");
+    owbtest::writeWholeFile(dir + "/" + name + ".flt",
+                            "[ Common ]\nBasePort = 6000\nEngineOptions = -d1\n"
+                            "[ Engine ]\nEngineName = A\nEnginePlaceConfig = p.cfg\n"
+                            "[ Engine ]\nEngineName = B\nEnginePlaceConfig = p.cfg\n");
+    return dir;
+  }
+
+  static constexpr TypeIdent kAddCommand = OWB_TYPE("ADDC");
+  owbtest::TempDir root;
+  std::string home;
+  std::unique_ptr<TestToolManager> toolman;
+  pid_t tool = 0;
+  int toolPort = 0;
+};
+
+TEST_F(FleetMgrProcess, RegistersItselfAndItsCommandsThenEndsOnQuit) {
+  startTool();
+  auto messages = toolman->messages();
+  ASSERT_GE(messages.size(), 9u);
+  const WireMessage& registration = messages[0];
+  ASSERT_EQ(fmtest::typeText(registration.type()), "REGT");
+  EXPECT_FALSE(registration.header.needsReply);
+  ASSERT_EQ(registration.params.size(), 2u);
+  EXPECT_EQ(registration.params[0].type, kParamData);
+  // The 84-byte identity: name, publisher, versions 0 and 5 as they stand,
+  // no source display, FLTT, the tool's own listening port.
+  std::string info = registration.params[0].bytes;
+  ASSERT_EQ(info.size(), kToolInfoWireSize);
+  EXPECT_EQ(info.substr(0, 32), nul("Fleet Manager") + std::string(32 - 14, '\0'));
+  EXPECT_EQ(info.substr(32, 32), nul("Tarnwell Labs, Inc.") + std::string(32 - 20, '\0'));
+  EXPECT_EQ(info.substr(64, 12), std::string("\0\0\0\0\0\0\0\5\0\0\0\0", 12));
+  EXPECT_EQ(info.substr(76, 4), "FLTT");
+  ToolInfo decoded;
+  decodeToolInfo(reinterpret_cast<const uint8_t*>(info.data()), &decoded);
+  EXPECT_EQ(decoded.listenerPort, toolPort);
+  EXPECT_GT(toolPort, toolman->port());
+  EXPECT_LE(toolPort, toolman->port() + 800);
+  EXPECT_EQ(registration.params[1].type, kParamStr255);
+  EXPECT_EQ(registration.params[1].bytes, nul(program()));  // argv[0] in full
+
+  const std::vector<std::pair<std::string, std::string>> commands = {
+      {"New Fleet", "****"},      {"Backup Fleet", "FLTF"},           {"Fleet Settings", "FLTF"},
+      {"Fleet Status", "FLTF"},   {"Delete Fleet Directory", "FLTF"}, {"Kill Fleet", "FLTF"},
+      {"Restore Fleet", "FLTF"},  {"Run Fleet", "FLTF"}};
+  for (size_t i = 0; i < commands.size(); ++i) {
+    SCOPED_TRACE(commands[i].first);
+    const WireMessage& install = messages[i + 1];
+    ASSERT_EQ(fmtest::typeText(install.type()), "ADDC");
+    ASSERT_EQ(install.params.size(), 3u);
+    EXPECT_EQ(install.params[0].type, kParamStr31);
+    EXPECT_EQ(install.params[0].bytes, nul(commands[i].first));
+    EXPECT_EQ(install.params[1].type, kParamLong);
+    EXPECT_EQ(install.number(1), i == 0 ? 0 : 1);
+    EXPECT_EQ(install.params[2].type, kParamIdent);
+    EXPECT_EQ(install.params[2].bytes, commands[i].second);
+  }
+
+  std::string log = owbtest::readWholeFile(home + "/.owb/owblog");
+  size_t previous = 0;
+  for (const char* line : {"Fleetmgr tool registering quit command", "Registering Fleetmgr Tool with Tool Manager",
+                           "Installing New Fleet command into Tool Manager"}) {
+    size_t at = log.find(std::string("): \t") + line + "\n", previous);
+    ASSERT_NE(at, std::string::npos) << line;
+    size_t start = log.rfind('\n', at) + 1;
+    EXPECT_EQ(log.substr(start, 23), "fleetmgr fleetmgr.cpp (") << line;
+    previous = at;
+  }
+
+  Message quit(OWB_TYPE("QUIT"), nullptr);
+  ASSERT_TRUE(toolman->sendTo(toolPort, quit));
+  EXPECT_EQ(exitStatus(tool, 10), std::optional<int>(0));
+  EXPECT_NE(owbtest::readWholeFile(home + "/.owb/owblog").find("Leaving Fleetmgr Tool"), std::string::npos);
+}
+
+TEST_F(FleetMgrProcess, IdentifiesFleetFilesAndRegistersValidFleets) {
+  startTool();
+  std::string dir = makeFleetDirectory("harbour");
+  std::string path = dir + "/harbour.flt";
+
+  auto reply = identify(path);
+  ASSERT_TRUE(reply);
+  ASSERT_EQ(reply->params.size(), 5u);
+  EXPECT_EQ(reply->params[0].type, kParamError);
+  EXPECT_EQ(reply->number(0), 0);
+  EXPECT_EQ(reply->params[1].type, kParamBoolean);
+  EXPECT_EQ(reply->params[1].bytes, std::string(1, '\1'));
+  EXPECT_EQ(reply->params[2].type, kParamStr31);
+  EXPECT_EQ(reply->params[2].bytes, nul("fleet"));
+  EXPECT_EQ(reply->params[3].type, kParamIdent);
+  EXPECT_EQ(reply->params[3].bytes, "FLTF");
+  EXPECT_EQ(reply->params[4].type, kParamIdent);
+  EXPECT_EQ(reply->params[4].bytes, nul("Fleet definition files contain information about a fleet"));
+  // Registering the fleet announced the engine with a port.
+  ASSERT_TRUE(toolman->waitForCount(OWB_TYPE("ADDE"), 1));
+  EXPECT_EQ(toolman->messagesOf(OWB_TYPE("ADDE"))[0].number(1), 7002);
+
+  // Asked again: no second fleet, but every engine once more, last first,
+  // port 0 included.
+  toolman->clear();
+  ASSERT_TRUE(identify(path));
+  ASSERT_TRUE(toolman->waitForCount(OWB_TYPE("ADDE"), 2));
+  auto again = toolman->messagesOf(OWB_TYPE("ADDE"));
+  EXPECT_EQ(again[0].number(1), 0);
+  EXPECT_EQ(again[1].number(1), 7002);
+  EXPECT_EQ(again[0].params[0].bytes.size(), 256u);
+
+  // Not fleets: no definition in the directory, the suffix in capitals, a
+  // path too short for the suffix.
+  mkdir(root.file("plain").c_str(), 0777);
+  for (const std::string& notFleet : {root.file("plain/plain.flt"), dir + "/harbour.FLT", std::string("flt")}) {
+    SCOPED_TRACE(notFleet);
+    auto no = identify(notFleet);
+    ASSERT_TRUE(no);
+    ASSERT_EQ(no->params.size(), 2u);
+    EXPECT_EQ(no->params[1].bytes, std::string(1, '\0'));
+  }
+
+  // The registered fleet answers to its commands; an unknown one does not.
+  auto status = command("Fleet Status", path);
+  ASSERT_TRUE(status);
+  EXPECT_EQ(status->number(0), 0);
+  auto run = command("Run Fleet", root.file("plain/plain.flt"));
+  ASSERT_TRUE(run);
+  EXPECT_EQ(run->number(0), -1);
+  // Without an answer to its question, the directory is not deleted.
+  auto remove = command("Delete Fleet Directory", path);
+  ASSERT_TRUE(remove);
+  EXPECT_EQ(remove->number(0), 0);
+  EXPECT_EQ(access(dir.c_str(), F_OK), 0);
+  // Unknown and missing command texts are passed over.
+  for (const char* text : {"Launch Fleet", static_cast<const char*>(nullptr)}) {
+    auto ignored = command(text, path);
+    ASSERT_TRUE(ignored);
+    EXPECT_EQ(ignored->params.size(), 1u);
+    EXPECT_EQ(ignored->number(0), 0);
+  }
+  EXPECT_FALSE(exitStatus(tool, 0));  // still serving
+}
+
+TEST_F(FleetMgrProcess, EndsWhenTheToolManagerVanishes) {
+  startTool();
+  toolman->stop();
+  // The keep-alive runs every 200 ms here (60 s by default).
+  EXPECT_EQ(exitStatus(tool, 10), std::optional<int>(0)) << owbtest::readWholeFile(home + "/.owb/owblog");
+}
+
+TEST_F(FleetMgrProcess, WithoutAnInstallationEndsBeforeAnyMessage) {
+  auto env = toolEnvironment();
+  env.erase("OWB");
+  tool = startProgram(program(), env, root.file("fleetmgr.out"));
+  EXPECT_EQ(exitStatus(tool, 10), std::optional<int>(1));
+  std::this_thread::sleep_for(std::chrono::milliseconds(200));
+  EXPECT_TRUE(toolman->messages().empty());
+}
+
+}  // namespace
