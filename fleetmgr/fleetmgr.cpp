@@ -17,7 +17,12 @@
 #include "fleetmgr/toolservices.h"
 #include "shared/globals.h"
 #include "shared/log.h"
+#include "shared/resources.h"
 #include "shared/utils.h"
+#include "toolkit/app.h"
+#include "toolkit/err.h"
+#include "toolkit/event.h"
+#include "toolkit/res.h"
 
 Boolean gFinished = FALSE;
 char** gGlobalEnv = nullptr;
@@ -80,16 +85,6 @@ const CommandRoute kCommandRoutes[] = {
     {gRestoreFleetCmdStr, restoreFleetCommand}, {gRemoveFleetCmdStr, removeFleetCommand},
 };
 
-// The installation is looked up again by setOWKInstallDir, but the shared
-// globals, which come first, would end the process with a status of their
-// own when it is missing; the tool's status for that is 1.
-void requireInstallation() {
-  const char* owb = std::getenv("OWB");
-  if (owb && *owb) return;
-  std::fprintf(stderr, "fleetmgr: the OWB environment variable is not set\n");
-  std::exit(1);
-}
-
 void fillToolInfo(ToolInfo* info) {
   info->toolType = kFleetToolType;
   info->canDisplaySource = FALSE;
@@ -107,26 +102,36 @@ bool hasFleetFileSuffix(const char* pathname) {
 
 }  // namespace
 
+// A failure of the toolkit during start-up (its libraries missing from the
+// installation, no display) is reported by the toolkit and ends the
+// process: nobody catches it before the loop runs.
 int fleetMgrMain(int, char** argv, char** env) {
-  startWindowSystem();
+  prepareToolkitStart();
+  FLEETMGR = ERR_Master();
+  ERR_Init();
+  APP_InitFirst();
+  GW_LibInstall();
+  GW_LibLoadInit();
+  APP_InitLast();
+  requireDisplay();
   gGlobalEnv = env;
   toolInitialize(argv[0] ? argv[0] : "fleetmgr");
   mainEventLoop();
   toolCleanup();
-  stopWindowSystem();
+  GW_LibExit();
+  APP_Exit();
   return 0;
 }
 
 void toolInitialize(const char* executableName) {
-  requireInstallation();
   fileNameType toolName;
   extractFilename(executableName, toolName, sizeof toolName);
   initializeGlobals(toolName, 0);
   installToolOutput();
 
-  loadToolResourceLibrary("fleetmgr", "fleetmgr.dat");
+  ndLoadResourceLibary("fleetmgr", "fleetmgr.dat");
   gFleetMgr = new FleetMgr();
-  gFleetMgrIcon = static_cast<_ResObj*>(loadToolIcon());
+  gFleetMgrIcon = RES_LoadInit("shared", "fleetmgr");
 
   if (!setOWKInstallDir(executableName) || !setHostIP()) std::exit(1);
 
@@ -167,8 +172,9 @@ void hookIntoToolManager(const char* executableName) {
 
 void mainEventLoop() {
   while (!gFinished) {
-    serveWindowEvents();
-    gMessageCenter->poll();
+    EVENT_ProcessPending();
+    EVENT_UpdateCursor();
+    pollToolMessages();
     // The keep-alive found the Tool Manager gone: the tool ends with it.
     // Every other status of the transport is passed over.
     if (gMessageCenter->lastError == kTickleFailed) gFinished = TRUE;

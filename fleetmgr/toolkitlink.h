@@ -1,31 +1,31 @@
-// The tool's use of the widget toolkit at its top level: start-up and
-// end, its resource libraries and icon, and one turn of window events.
-//
-// The toolkit reports its own failures.  A start-up that fails (no display,
-// or the toolkit's resource libraries missing from the installation) leaves
-// the window system down: the tool then still serves the Tool Manager, its
-// alerts go to the console, and the loop has no window events to serve.
+// What the tool needs around the toolkit's own start-up chain and loop:
+// the search path of its resource libraries, the display, and serving
+// tool messages inside the toolkit's error scheme.
 #ifndef OWB_FLEETMGR_TOOLKITLINK_H
 #define OWB_FLEETMGR_TOOLKITLINK_H
 
-// ERR_Master (kept as the tool's error module), ERR_Init, APP_InitFirst,
-// GW_LibInstall, GW_LibLoadInit, APP_InitLast.  False when the chain
-// failed; the toolkit has then said why.
-bool startWindowSystem();
-// True once startWindowSystem succeeded.
-bool windowSystemReady();
-// GW_LibExit, APP_Exit.
-void stopWindowSystem();
+#include "toolkit/err.h"
 
-// Loads <resources directory>/<resourceFile> as the resource library
-// libraryName.  False (logged) when it can't be loaded, and at once when
-// the window system is down.
-bool loadToolResourceLibrary(const char* libraryName, const char* resourceFile);
-// The tool's icon, "fleetmgr" of the "shared" library; null when missing
-// or when the window system is down.
-void* loadToolIcon();
+// The tool's entry in the toolkit's error scheme (ERR_Master).
+extern ErrMasterPtr FLEETMGR;
 
-// EVENT_ProcessPending and EVENT_UpdateCursor, when the window system is up.
-void serveWindowEvents();
+// Before the toolkit starts: ends the process with status 1 when OWB is
+// unset or empty (nothing has gone to the Tool Manager yet), and otherwise
+// makes $OWB/bin/resource the toolkit's search path unless the user has
+// set one (ND_PATH, OIT_PATH, KNB_DATA), so that the toolkit finds its own
+// libraries in the installation.
+void prepareToolkitStart();
+
+// After the toolkit's start-up: a tool whose every command opens a window
+// is no use without a display, so when the display could not be opened
+// this is a toolkit failure, reported by the toolkit, and the process ends
+// before it registers with the Tool Manager.
+void requireDisplay();
+
+// One MessageCenter::poll of gMessageCenter in an error frame of its own:
+// a toolkit failure inside a message handler (a window that could not be
+// built) is reported the way the event loop reports failures, and the
+// tool goes on serving.
+void pollToolMessages();
 
 #endif  // OWB_FLEETMGR_TOOLKITLINK_H

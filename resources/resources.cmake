@@ -1,9 +1,11 @@
 # Compiles every resource library source into the installation's
 # bin/resource/ with the resource compiler.  A library that imports another
 # (shared imports Vgm for its colour and font classes) is built after it.
+# fleetmgr holds the Fleet Manager's window templates.
 set(_resdir ${OWB_INSTALL_TREE}/bin/resource)
-set(_sources nd ndcore ndres ndvgm ndtkit ndgw shared)
+set(_sources nd ndcore ndres ndvgm ndtkit ndgw shared fleetmgr)
 set(_imports_shared ndvgm)
+set(_imports_fleetmgr ndvgm ndtkit)
 set(_imports_ndtkit ndvgm)
 set(_imports_ndgw ndvgm ndtkit)
 set(_outputs)

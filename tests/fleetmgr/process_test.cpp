@@ -1,7 +1,8 @@
-// fleetmgr as a real process under a test Tool Manager on loopback, with a
-// private X server (Xvfb) when one is installed: registration byte for
-// byte, file identification, commands, QUIT, the end when the Tool Manager
-// vanishes, and a start without an installation.
+// fleetmgr as a real process on a private X server (Xvfb), under the test
+// Tool Manager on loopback: registration byte for byte, file
+// identification, commands, QUIT, the end when the Tool Manager vanishes,
+// a start without an installation or without a display; and beside the
+// real toolman.
 #include <fcntl.h>
 #include <poll.h>
 #include <signal.h>
@@ -26,6 +27,7 @@
 #include "fleetmgr/test_toolman.h"
 #include "shared/tcpxport.h"
 #include "testsupport.h"
+#include "xvfb_support.h"
 
 namespace {
 
@@ -35,9 +37,9 @@ using fmtest::installTree;
 
 std::string nul(const std::string& text) { return text + std::string(1, '\0'); }
 
-// Starts a program with the environment given (and nothing else but PATH),
-// output to outputFile.
-pid_t startProgram(const std::string& program, const std::map<std::string, std::string>& env,
+// Starts a program with its arguments and the environment given (and
+// nothing else but PATH), output to outputFile.
+pid_t startProgram(const std::vector<std::string>& args, const std::map<std::string, std::string>& env,
                    const std::string& outputFile) {
   pid_t child = fork();
   if (child == 0) {
@@ -51,8 +53,10 @@ pid_t startProgram(const std::string& program, const std::map<std::string, std::
     std::vector<char*> envp;
     for (std::string& setting : settings) envp.push_back(&setting[0]);
     envp.push_back(nullptr);
-    char* argv[] = {const_cast<char*>(program.c_str()), nullptr};
-    execve(program.c_str(), argv, envp.data());
+    std::vector<char*> argv;
+    for (const std::string& arg : args) argv.push_back(const_cast<char*>(arg.c_str()));
+    argv.push_back(nullptr);
+    execve(argv[0], argv.data(), envp.data());
     _exit(127);
   }
   return child;
@@ -69,60 +73,12 @@ std::optional<int> exitStatus(pid_t pid, double seconds) {
   }
 }
 
-// One private X server for all the tests, when Xvfb is installed.
-class XServer {
- public:
-  static const std::string& display() { return instance().display_; }
-  static void stop() {
-    XServer& server = instance();
-    if (server.pid_ > 0) {
-      kill(server.pid_, SIGTERM);
-      waitpid(server.pid_, nullptr, 0);
-      server.pid_ = 0;
-    }
-  }
-
- private:
-  static XServer& instance() {
-    static XServer server;
-    return server;
-  }
-  // Xvfb picks a free display itself and writes its number to a pipe; it
-  // ends with this process even if the tests are killed.
-  XServer() {
-    if (access("/usr/bin/Xvfb", X_OK) != 0) return;
-    int ready[2];
-    if (pipe(ready) != 0) return;
-    pid_ = fork();
-    if (pid_ == 0) {
-      prctl(PR_SET_PDEATHSIG, SIGTERM);
-      close(ready[0]);
-      int none = open("/dev/null", O_RDWR);
-      dup2(none, 0);
-      dup2(none, 1);
-      dup2(none, 2);
-      std::string fd = std::to_string(ready[1]);
-      execl("/usr/bin/Xvfb", "Xvfb", "-displayfd", fd.c_str(), "-nolisten", "tcp", static_cast<char*>(nullptr));
-      _exit(127);
-    }
-    close(ready[1]);
-    char number[32] = {};
-    pollfd readable = {ready[0], POLLIN, 0};
-    if (pid_ > 0 && ::poll(&readable, 1, 10000) > 0 && read(ready[0], number, sizeof number - 1) > 0)
-      display_ = ":" + std::to_string(std::atoi(number));
-    close(ready[0]);
-  }
-
-  pid_t pid_ = 0;
-  std::string display_ = "";
-};
-
 class FleetMgrProcess : public ::testing::Test {
  protected:
   static void SetUpTestSuite() { prctl(PR_SET_CHILD_SUBREAPER, 1); }
-  static void TearDownTestSuite() { XServer::stop(); }
 
   void SetUp() override {
+    ASSERT_TRUE(owbtest::sharedXvfb().ok()) << "the tool needs an X server (Xvfb)";
     home = root.file("home");
     mkdir(home.c_str(), 0777);
     toolman = std::make_unique<TestToolManager>(home);
@@ -136,17 +92,17 @@ class FleetMgrProcess : public ::testing::Test {
   }
 
   std::map<std::string, std::string> toolEnvironment() const {
-    std::map<std::string, std::string> env = {
-        {"HOME", home}, {"OWB", installTree()}, {"OWB_TICKLE_INTERVAL", "200"}};
-    if (!XServer::display().empty()) env["DISPLAY"] = XServer::display();
-    return env;
+    return {{"HOME", home},
+            {"OWB", installTree()},
+            {"OWB_TICKLE_INTERVAL", "200"},
+            {"DISPLAY", owbtest::sharedXvfb().display()}};
   }
 
   // Starts fleetmgr and waits for its registration; the tool's port is
   // where the registration came from.
   void startTool() { startTool(toolEnvironment()); }
   void startTool(const std::map<std::string, std::string>& env) {
-    tool = startProgram(program(), env, root.file("fleetmgr.out"));
+    tool = startProgram({program()}, env, root.file("fleetmgr.out"));
     ASSERT_TRUE(toolman->waitForCount(kAddCommand, 8)) << owbtest::readWholeFile(root.file("fleetmgr.out"));
     toolPort = toolman->messagesOf(OWB_TYPE("REGT")).at(0).header.senderInfo.listenerPort;
   }
@@ -319,13 +275,81 @@ TEST_F(FleetMgrProcess, EndsWhenTheToolManagerVanishes) {
   EXPECT_EQ(exitStatus(tool, 10), std::optional<int>(0)) << owbtest::readWholeFile(home + "/.owb/owblog");
 }
 
-TEST_F(FleetMgrProcess, WithoutAnInstallationEndsBeforeAnyMessage) {
+TEST_F(FleetMgrProcess, StartsOnlyWithAnInstallationAndADisplay) {
+  // No installation: status 1 before the toolkit or the Tool Manager hear
+  // of it.
   auto env = toolEnvironment();
   env.erase("OWB");
-  tool = startProgram(program(), env, root.file("fleetmgr.out"));
+  tool = startProgram({program()}, env, root.file("noowb.out"));
   EXPECT_EQ(exitStatus(tool, 10), std::optional<int>(1));
+
+  // No display: the toolkit reports its failure and the process ends with
+  // the toolkit's status, unregistered.
+  for (const char* display : {static_cast<const char*>(nullptr), ":4999"}) {
+    SCOPED_TRACE(display ? display : "DISPLAY unset");
+    env = toolEnvironment();
+    if (display) env["DISPLAY"] = display;
+    else env.erase("DISPLAY");
+    tool = startProgram({program()}, env, root.file("nodisplay.out"));
+    EXPECT_EQ(exitStatus(tool, 10), std::optional<int>(2));
+    EXPECT_NE(owbtest::readWholeFile(root.file("nodisplay.out")).find("The Fleet Manager needs a display: "),
+              std::string::npos)
+        << owbtest::readWholeFile(root.file("nodisplay.out"));
+  }
   std::this_thread::sleep_for(std::chrono::milliseconds(200));
   EXPECT_TRUE(toolman->messages().empty());
+}
+
+// The environment's own Tool Manager, driven as a user would through
+// `toolman --send`: the tool's commands are listed, a fleet file is
+// identified and its engine announced, and the tool ends when toolman is
+// killed.
+TEST_F(FleetMgrProcess, ServesTheRealToolManagerAndEndsWhenItIsKilled) {
+  std::string ownHome = root.file("realhome");
+  mkdir(ownHome.c_str(), 0777);
+  std::string project = makeFleetDirectory("dock");
+  const std::string toolmanProgram = owbtest::buildDir() + "/tools/toolman";
+  std::map<std::string, std::string> toolmanEnv = {{"HOME", ownHome}};
+  pid_t realToolman = startProgram({toolmanProgram, "--port", "4400", "--project", project}, toolmanEnv,
+                                   root.file("toolman.out"));
+  // The output of one --send; status 2 while no toolman answers yet.
+  auto send = [&](const std::string& line, std::optional<int>* status = nullptr) {
+    std::string out = root.file("send.out");
+    pid_t sender = startProgram({toolmanProgram, "--send", line}, toolmanEnv, out);
+    std::optional<int> ended = exitStatus(sender, 20);
+    if (status) *status = ended;
+    else EXPECT_EQ(ended, std::optional<int>(0)) << line;
+    return owbtest::readWholeFile(out);
+  };
+  auto eventually = [&](const std::string& line, const std::string& wanted) {
+    std::string text;
+    std::optional<int> status;
+    for (int i = 0; i < 100; ++i) {
+      text = send(line, &status);
+      if (text.find(wanted) != std::string::npos) return text;
+      std::this_thread::sleep_for(std::chrono::milliseconds(100));
+    }
+    ADD_FAILURE() << line << " never gave " << wanted << ":\n" << text;
+    return text;
+  };
+  eventually("status", "port");
+
+  auto env = toolEnvironment();
+  env["HOME"] = ownHome;
+  tool = startProgram({program()}, env, root.file("fleetmgr.out"));
+  std::string commands = eventually("commands FLTT", "Run Fleet");
+  for (const char* command : {"New Fleet", "Backup Fleet", "Fleet Settings", "Fleet Status",
+                              "Delete Fleet Directory", "Kill Fleet", "Restore Fleet"})
+    EXPECT_NE(commands.find(command), std::string::npos) << command << "\n" << commands;
+
+  std::string identified = send("idfl FLTT " + project + "/dock.flt");
+  EXPECT_NE(identified.find("a fleet file of"), std::string::npos) << identified;
+  EXPECT_NE(identified.find("Fleet definition files contain information about a fleet"), std::string::npos);
+  eventually("engines", "7002");
+
+  kill(realToolman, SIGKILL);
+  waitpid(realToolman, nullptr, 0);
+  EXPECT_EQ(exitStatus(tool, 10), std::optional<int>(0)) << owbtest::readWholeFile(ownHome + "/.owb/owblog");
 }
 
 }  // namespace

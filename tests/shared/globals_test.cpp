@@ -11,15 +11,33 @@
 #include "shared/list.h"
 #include "shared/utils.h"
 #include "testsupport.h"
+#include "toolkit/app.h"
+#include "toolkit/err.h"
+#include "toolkit/rlib.h"
 
 namespace {
 
-// Runs initializeGlobals in a home of its own and cleans up afterwards.
+// The toolkit as a tool starts it, its libraries found in the installation
+// tree; colours and fonts need no display.
+void startToolkitOnce() {
+  static bool started = false;
+  if (started) return;
+  started = true;
+  owbtest::ScopedEnv path("ND_PATH", owbtest::installTree() + "/bin/resource");
+  owbtest::ScopedEnv display("DISPLAY", std::nullopt);
+  GW_LibInstall();
+  GW_LibLoadInit();
+}
+
+// Runs initializeGlobals in a home of its own, with the installation tree
+// as OWB, and cleans up afterwards.
 class GlobalsTest : public ::testing::Test {
  protected:
+  static void SetUpTestSuite() { startToolkitOnce(); }
+
   owbtest::TempDir home;
   owbtest::ScopedEnv homeEnv{"HOME", home.path()};
-  owbtest::ScopedEnv owbEnv{"OWB", std::string("/opt/owb")};
+  owbtest::ScopedEnv owbEnv{"OWB", owbtest::installTree()};
   owbtest::ScopedEnv levelEnv{"OWB_LOGLEVEL", std::nullopt};
   owbtest::ScopedEnv sizeEnv{"OWB_LOG_SIZE", std::nullopt};
 
@@ -34,8 +52,8 @@ class GlobalsTest : public ::testing::Test {
 TEST_F(GlobalsTest, StartUpWritesLogHeaderAndDirectories) {
   initializeGlobals("fleetmgr", 0);
   EXPECT_STREQ(gToolName, "fleetmgr");
-  EXPECT_STREQ(gOwbDirectory, "/opt/owb/");
-  EXPECT_STREQ(gResourcesDirectory, "/opt/owb/bin/resource/");
+  EXPECT_EQ(std::string(gOwbDirectory), owbtest::installTree() + "/");
+  EXPECT_EQ(std::string(gResourcesDirectory), owbtest::installTree() + "/bin/resource/");
   EXPECT_EQ(gLogLevel, 0);
 
   OWB_LOG("Got port of " << 4242 << " for Tool Manager");
@@ -49,11 +67,11 @@ TEST_F(GlobalsTest, StartUpWritesLogHeaderAndDirectories) {
 }
 
 TEST_F(GlobalsTest, TrailingSlashAndLogSettings) {
-  owbtest::ScopedEnv owb("OWB", std::string("/opt/owb/"));
+  owbtest::ScopedEnv owb("OWB", owbtest::installTree() + "/");
   owbtest::ScopedEnv level("OWB_LOGLEVEL", std::string("logall"));  // wrong case: ignored
   owbtest::ScopedEnv size("OWB_LOG_SIZE", std::string(""));
   initializeGlobals("t", 0);
-  EXPECT_STREQ(gOwbDirectory, "/opt/owb/");
+  EXPECT_EQ(std::string(gOwbDirectory), owbtest::installTree() + "/");
   EXPECT_EQ(gLogLevel, 0);
   EXPECT_EQ(gMaxOWBLogSize, 409600);
   cleanUpGlobals();
@@ -95,6 +113,66 @@ TEST_F(GlobalsTest, ListLogWritesCountAndElements) {
   EXPECT_NE(text.find("): \tList: (2) elements:\n"), std::string::npos);
   EXPECT_NE(text.find("): \t7\n"), std::string::npos);
   EXPECT_NE(text.find("): \tseven\n"), std::string::npos);
+}
+
+std::string rgb(ColorPtr color) {
+  char text[8];
+  std::snprintf(text, sizeof text, "#%02x%02x%02x", color->R, color->G, color->B);
+  return text;
+}
+
+TEST_F(GlobalsTest, SharedColoursPensAndFontsComeFromTheToolkitAndTheSharedLibrary) {
+  initializeGlobals("fleetmgr", 0);
+  EXPECT_EQ(gBlackColor, COLOR_Black());
+  EXPECT_EQ(gGrayColor, COLOR_Gray());
+  EXPECT_EQ(gLightGrayColor, COLOR_LightGray());
+  EXPECT_EQ(gYellowColor, COLOR_Yellow());
+  EXPECT_EQ(gRedColor, COLOR_Red());
+  EXPECT_EQ(gGreenColor, COLOR_Green());
+  EXPECT_EQ(gTransparentColor, COLOR_Transparent());
+  EXPECT_EQ(gInvisibleColor, COLOR_LoadById(0));
+  // The shared library's 16-bit components, high bytes.
+  const std::pair<ColorPtr, const char*> fromLibrary[] = {
+      {gHiliteColor, "#3264c8"},      {gHiliteLighterColor, "#afcdf0"}, {gHiliteDarkerColor, "#1e3c82"},
+      {gLightYellowColor, "#ffffd2"}, {gLightRedColor, "#ffcdcd"},      {gLightGreenColor, "#cdffcd"},
+      {gGrayTextColor, "#808080"}};
+  for (const auto& [color, expected] : fromLibrary) {
+    ASSERT_NE(color, nullptr) << expected;
+    EXPECT_EQ(rgb(color), expected);
+    EXPECT_EQ(color->Kind, COLOR_KINDRGB);
+  }
+  EXPECT_EQ(gSolidPen, PEN_Solid());
+  EXPECT_EQ(gInvisiblePen, PEN_Invisible());
+  EXPECT_EQ(gEmptyPattern, PATT_Empty());
+  ASSERT_NE(gTextFont, nullptr);
+  EXPECT_STREQ(gTextFont->Family, "DejaVu Sans Mono");
+  EXPECT_EQ(gTextFont->Points, 12);
+  EXPECT_FALSE(gTextFont->Bold);
+  ASSERT_NE(gLabelFont, nullptr);
+  EXPECT_STREQ(gLabelFont->Family, "DejaVu Sans");
+  EXPECT_TRUE(gLabelFont->Bold);
+
+  // A second start (the fonts and colours are the toolkit's, kept for the
+  // program's life) gives the same objects.
+  ColorPtr hilite = gHiliteColor;
+  FontPtr text = gTextFont;
+  cleanUpGlobals();
+  initializeGlobals("fleetmgr", 0);
+  EXPECT_EQ(gHiliteColor, hilite);
+  EXPECT_EQ(gTextFont, text);
+}
+
+TEST_F(GlobalsTest, AnInstallationWithoutTheSharedLibraryIsTheToolkitsFailure) {
+  owbtest::TempDir owb;
+  ASSERT_EQ(system(("mkdir -p '" + owb.path() + "/bin/resource'").c_str()), 0);
+  owbtest::ScopedEnv noInstall("OWB", owb.path());
+  owbtest::ScopedEnv path("ND_PATH", owbtest::installTree() + "/bin/resource");
+  if (RLibPtr loaded = RLIB_Find("shared")) RLIB_Unload(loaded);
+
+  ErrTrace frame("Test", __FILE__, __LINE__);
+  ERR_SetReportSilent(frame.rec());
+  EXPECT_FALSE(ERR_TryRecoverFn(frame, [] { initializeGlobals("fleetmgr", 0); }));
+  EXPECT_EQ(RLIB_Find("shared"), nullptr);
 }
 
 TEST(GlobalsDeathTest, MissingOwbEndsTheProcess) {
