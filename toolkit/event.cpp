@@ -265,14 +265,18 @@ void EventProcess(EventPtr ev) {
     if (!win || win->State != WIN_STATEOPEN || win->Closing) return;
   }
   ctx.Seen = 1;
+  if (type == EVENT_TYPENOTHING) {
+    // Goes to no widget: it only becomes the current event, so that a
+    // tracking loop in non-blocking mode sees that nothing happened.
+    ctx.Last = *ev;
+    return;
+  }
   if (isInputType(type) || type == EVENT_TYPESETCURSOR) S_CheckDestination(ctx, ev);
   if (ctx.UpdateMask & (1u << type)) updateInputState(*ev);
   if (!passesFilter(ctx, type, ev->Wgt)) return;
   if (type != EVENT_TYPERECAL && type != EVENT_TYPEINVAL) ctx.Last = *ev;
   WgtPtr wgt = ev->Wgt;
   switch (type) {
-    case EVENT_TYPENOTHING:
-      break;
     case EVENT_TYPEALARM:
       dispatchWithEvent(wgt, WGT_NFYTIMEOUT, ctx);
       break;

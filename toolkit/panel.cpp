@@ -254,11 +254,8 @@ RClasPtr PANEL_Class() { return sPanel; }
 void PANEL_InstallClass() {
   WGT_InstallClass();
   PANEL_SetWgtLinkProc(S_LinkChild);
-  if ((sPanel = RCLAS_FindByName("Panel"))) return;
-  sPanel = RCLAS_CPlusRegister("Panel", nullptr, nullptr, nullptr, WGT_Class(), sPanelFields,
-                               static_cast<Int>(sizeof(_PanelObj)));
-  sPanel->ModName = VSTR_New("Panel");
-  RCLAS_SetDefNfy(sPanel, PANEL_DefNfy);
+  sPanel = WgtRegisterClass("Panel", "Panel", WGT_Class(), sPanelFields, static_cast<Int>(sizeof(_PanelObj)),
+                            nullptr, nullptr, PANEL_DefNfy);
 }
 
 void PANEL_InitClass() {}

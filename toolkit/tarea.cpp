@@ -47,11 +47,8 @@ RClasPtr TAREA_Class() { return sTArea; }
 
 void TAREA_InstallClass() {
   WGT_InstallClass();
-  if ((sTArea = RCLAS_FindByName("TArea"))) return;
-  sTArea = RCLAS_CPlusRegister("TArea", nullptr, nullptr, nullptr, WGT_Class(), sTAreaFields,
-                               static_cast<Int>(sizeof(_TAreaObj)));
-  sTArea->ModName = VSTR_New("TArea");
-  RCLAS_SetDefNfy(sTArea, TAREA_DefNfy);
+  sTArea = WgtRegisterClass("TArea", "TArea", WGT_Class(), sTAreaFields, static_cast<Int>(sizeof(_TAreaObj)),
+                            nullptr, nullptr, TAREA_DefNfy);
 }
 
 void TAREA_InitClass() {}

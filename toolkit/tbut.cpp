@@ -227,12 +227,8 @@ RClasPtr TBUT_Class() { return sTBut; }
 
 void TBUT_InstallClass() {
   WGT_InstallClass();
-  if ((sTBut = RCLAS_FindByName("TBut"))) return;
-  sTBut = RCLAS_CPlusRegister("TBut", nullptr, nullptr, nullptr, WGT_Class(), sTButFields,
-                              static_cast<Int>(sizeof(_TButObj)));
-  sTBut->ModName = VSTR_New("TBut");
-  sTBut->Destruct = S_TButDestruct;
-  RCLAS_SetDefNfy(sTBut, TBUT_DefNfy);
+  sTBut = WgtRegisterClass("TBut", "TBut", WGT_Class(), sTButFields, static_cast<Int>(sizeof(_TButObj)), nullptr,
+                           S_TButDestruct, TBUT_DefNfy);
 }
 
 void TBUT_InitClass() {}

@@ -214,22 +214,27 @@ long WGT_Send(WgtPtr wgt, Int message, ClientPtr data) {
 RClasPtr GRES_Class() { return sGRes; }
 RClasPtr WGT_Class() { return sWgt; }
 
+RClasPtr WgtRegisterClass(const char* name, const char* modName, RClasPtr parent, PFldPtr fields, Int sizeOfRes,
+                          RClasConstructCBack construct, RClasDestructCBack destruct, ResNfyCBack defNfy) {
+  if (RClasPtr existing = RCLAS_FindByName(name)) return existing;
+  RClasPtr cls = RCLAS_CPlusRegister(name, nullptr, nullptr, construct, parent, fields, sizeOfRes);
+  cls->ModName = VSTR_New(modName);
+  cls->Destruct = destruct;
+  if (defNfy) RCLAS_SetDefNfy(cls, defNfy);
+  return cls;
+}
+
 void GRES_InstallClass() {
-  if ((sGRes = RCLAS_FindByName("GRes"))) return;
-  sGRes = RCLAS_CPlusRegister("GRes", nullptr, nullptr, nullptr, RES_Class(), sGResFields,
-                              static_cast<Int>(sizeof(GResObj)));
-  sGRes->ModName = VSTR_New("Vgm");
+  sGRes = WgtRegisterClass("GRes", "Vgm", RES_Class(), sGResFields, static_cast<Int>(sizeof(GResObj)), nullptr,
+                           nullptr, nullptr);
 }
 
 void WGT_InstallClass() {
   GRES_InstallClass();
-  if ((sWgt = RCLAS_FindByName("Wgt"))) return;
-  sWgt = RCLAS_CPlusRegister("Wgt", nullptr, nullptr, S_WgtConstruct, sGRes, sWgtFields,
-                             static_cast<Int>(sizeof(_WgtObj)));
-  sWgt->ModName = VSTR_New("Wgt");
-  sWgt->Destruct = S_WgtDestruct;
-  sWgt->ClassId = 268;
-  RCLAS_SetDefNfy(sWgt, WGT_DefNfy);
+  bool made = !RCLAS_FindByName("Wgt");
+  sWgt = WgtRegisterClass("Wgt", "Wgt", sGRes, sWgtFields, static_cast<Int>(sizeof(_WgtObj)), S_WgtConstruct,
+                          S_WgtDestruct, WGT_DefNfy);
+  if (made) sWgt->ClassId = 268;
 }
 
 void WGT_InitClass() {}

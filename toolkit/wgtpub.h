@@ -139,6 +139,10 @@ void GRES_InstallClass();
 void WGT_InstallClass();
 void WGT_InitClass();
 WgtPtr WGT_Create();
+// Registers a widget class made in code, or finds the one registered
+// already (a library may have defined it first by data).
+RClasPtr WgtRegisterClass(const char* name, const char* modName, RClasPtr parent, PFldPtr fields, Int sizeOfRes,
+                          RClasConstructCBack construct, RClasDestructCBack destruct, ResNfyCBack defNfy);
 long WGT_DefNfy(ResPtr res, Int message, ClientPtr data);
 void WGT_DefInit(WgtPtr wgt);
 void WGT_DefEnd(WgtPtr wgt);

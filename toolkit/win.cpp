@@ -287,12 +287,8 @@ void WIN_InstallClass() {
   // come with the window's (and are linked in with it).
   TBUT_InstallClass();
   TAREA_InstallClass();
-  if ((sWin = RCLAS_FindByName("Win"))) return;
-  sWin = RCLAS_CPlusRegister("Win", nullptr, nullptr, S_WinConstruct, PANEL_Class(), sWinFields,
-                             static_cast<Int>(sizeof(_WinObj)));
-  sWin->ModName = VSTR_New("Win");
-  sWin->Destruct = S_WinDestruct;
-  RCLAS_SetDefNfy(sWin, WIN_DefNfy);
+  sWin = WgtRegisterClass("Win", "Win", PANEL_Class(), sWinFields, static_cast<Int>(sizeof(_WinObj)), S_WinConstruct,
+                          S_WinDestruct, WIN_DefNfy);
 }
 
 void WIN_InitClass() {}
