@@ -19,8 +19,8 @@ struct _ResObj;
 extern Boolean gFinished;
 // The process environment from main, handed to the run operation.
 extern char** gGlobalEnv;
-// The tool's icon, for the settings, engine place and status windows; null
-// when the shared resources have none.
+// The tool's icon ("fleetmgr" of the shared resources), for the settings,
+// engine place and status windows.
 extern _ResObj* gFleetMgrIcon;
 
 // The tool's identity and its command texts.  Each command text has its
@@ -40,7 +40,9 @@ extern const int gPublisherStrLen, gThisToolNameStrLen, gNewFleetCmdStrLen, gRun
     gRestoreFleetCmdStrLen, gRemoveFleetCmdStrLen;
 
 // The whole program: toolkit start-up, toolInitialize, the loop, the
-// tear-down.  Returns 0 at the end of a normal run.
+// tear-down.  Returns 0 at the end of a normal run.  Without OWB the
+// process ends with status 1, without a display (or with the toolkit's
+// libraries missing) with the toolkit's failure report and status.
 int fleetMgrMain(int argc, char** argv, char** env);
 
 // Everything from the shared globals to the registration.  Ends the

@@ -296,6 +296,16 @@ TEST_F(FleetMgrProcess, StartsOnlyWithAnInstallationAndADisplay) {
               std::string::npos)
         << owbtest::readWholeFile(root.file("nodisplay.out"));
   }
+  // An installation without the toolkit's libraries: the toolkit's search
+  // path is the installation's resources, so its start-up fails.
+  env = toolEnvironment();
+  env["OWB"] = root.path();
+  tool = startProgram({program()}, env, root.file("nolibraries.out"));
+  EXPECT_EQ(exitStatus(tool, 10), std::optional<int>(2));
+  EXPECT_NE(owbtest::readWholeFile(root.file("nolibraries.out")).find("Cannot load \"Core\" resource file"),
+            std::string::npos)
+      << owbtest::readWholeFile(root.file("nolibraries.out"));
+
   std::this_thread::sleep_for(std::chrono::milliseconds(200));
   EXPECT_TRUE(toolman->messages().empty());
 }
