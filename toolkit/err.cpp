@@ -58,7 +58,7 @@ void S_Copy(char* buffer, Int size, const char* text) {
 
 void S_Append(std::string* out, const char* text) { out->append(text ? text : "(null)"); }
 
-void S_FormatOne(std::string* out, const std::string& spec, char conv, const ErrArg* arg) {
+void S_FormatOne(std::string* out, const std::string& conversion, char conv, const ErrArg* arg) {
   char piece[512];
   if (!arg || arg->kind == ErrArg::kNone) {
     out->append("?");
@@ -70,7 +70,7 @@ void S_FormatOne(std::string* out, const std::string& spec, char conv, const Err
       else std::snprintf(piece, sizeof piece, "%g", arg->d), out->append(piece);
       return;
     }
-    std::string f = spec + (conv == 'c' ? "c" : std::string("ll") + conv);
+    std::string f = conversion + (conv == 'c' ? "c" : std::string("ll") + conv);
     if (conv == 'c') std::snprintf(piece, sizeof piece, f.c_str(), static_cast<int>(arg->i));
     else std::snprintf(piece, sizeof piece, f.c_str(), arg->i);
   } else if (conv == 's') {
@@ -80,14 +80,14 @@ void S_FormatOne(std::string* out, const std::string& spec, char conv, const Err
       out->append(piece);
       return;
     }
-    std::snprintf(piece, sizeof piece, (spec + "s").c_str(), arg->s ? arg->s : "(null)");
+    std::snprintf(piece, sizeof piece, (conversion + "s").c_str(), arg->s ? arg->s : "(null)");
   } else {  // e E f g G
     double v = arg->kind == ErrArg::kReal ? arg->d : static_cast<double>(arg->i);
     if (arg->kind == ErrArg::kStr) {
       S_Append(out, arg->s);
       return;
     }
-    std::snprintf(piece, sizeof piece, (spec + conv).c_str(), v);
+    std::snprintf(piece, sizeof piece, (conversion + conv).c_str(), v);
   }
   out->append(piece);
 }
@@ -220,14 +220,14 @@ void ERR_FormatArgs(char* buffer, Int size, const char* format, const ErrArg* ar
       ++p;
       continue;
     }
-    std::string spec = "%";
-    while (*p && std::strchr("-+ #0", *p) && spec.size() < 8) spec.push_back(*p++);
+    std::string conversion = "%";
+    while (*p && std::strchr("-+ #0", *p) && conversion.size() < 8) conversion.push_back(*p++);
     for (int digits = 0; *p >= '0' && *p <= '9'; ++p)
-      if (++digits <= 3) spec.push_back(*p);
+      if (++digits <= 3) conversion.push_back(*p);
     if (*p == '.') {
-      spec.push_back(*p++);
+      conversion.push_back(*p++);
       for (int digits = 0; *p >= '0' && *p <= '9'; ++p)
-        if (++digits <= 3) spec.push_back(*p);
+        if (++digits <= 3) conversion.push_back(*p);
     }
     while (*p && std::strchr("hlLqjzt", *p)) ++p;
     char conv = *p;
@@ -239,7 +239,7 @@ void ERR_FormatArgs(char* buffer, Int size, const char* format, const ErrArg* ar
     }
     const ErrArg* arg = next < count ? &args[next] : nullptr;
     ++next;
-    S_FormatOne(&out, spec, conv, arg);
+    S_FormatOne(&out, conversion, conv, arg);
   }
   S_Copy(buffer, size, out.c_str());
 }
