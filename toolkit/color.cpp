@@ -71,7 +71,8 @@ ColorPtr COLOR_LoadBySpec(const char* spec) {
   for (int i = 1; i < 7; i++)
     if (!std::isxdigit(static_cast<unsigned char>(spec[i]))) return nullptr;
   unsigned long v = std::strtoul(spec + 1, nullptr, 16);
-  static std::map<unsigned long, _ColorRec> kept;
+  // Kept for the program's life, past the display's own end at exit.
+  static auto& kept = *new std::map<unsigned long, _ColorRec>;
   auto it = kept.find(v);
   if (it == kept.end())
     it = kept.emplace(v, _ColorRec{static_cast<uint8_t>(v >> 16), static_cast<uint8_t>(v >> 8),

@@ -67,7 +67,8 @@ int FONT_GetHeight(FontPtr font) { return FONT_GetAscent(font) + FONT_GetDescent
 
 FontPtr FONT_LoadBySpec(const char* spec) {
   if (!spec || !*spec) return nullptr;
-  static std::map<std::string, _FontRec> kept;
+  // Kept for the program's life, past the display's own end at exit.
+  static auto& kept = *new std::map<std::string, _FontRec>;
   auto it = kept.find(spec);
   if (it != kept.end()) return &it->second;
   std::istringstream in(spec);

@@ -5,6 +5,7 @@
 #include <X11/Xresource.h>
 
 #include <time.h>
+#include <unistd.h>
 
 #include <cstdlib>
 #include <cstring>
@@ -28,6 +29,17 @@ int onXError(Display*, XErrorEvent* e) {
   gLastError = "X protocol error " + std::to_string(e->error_code) + " on request " +
                std::to_string(e->request_code);
   return 0;
+}
+
+pid_t gOwnerPid = 0;
+
+// At the end of the program the connection is closed and fontconfig's
+// caches freed, so that nothing the display layer made outlives it.  A
+// forked child shares the connection with its parent and must leave it.
+void closeAtExit() {
+  if (getpid() != gOwnerPid || !gX.dpy) return;
+  DSPLY_Exit();
+  FcFini();
 }
 
 int readDpi(Display* dpy) {
@@ -55,6 +67,12 @@ bool DSPLY_Init(const char* displayName) {
     return false;
   }
   XSetErrorHandler(onXError);
+  static bool atExitSet = false;
+  if (!atExitSet) {
+    std::atexit(closeAtExit);
+    atExitSet = true;
+  }
+  gOwnerPid = getpid();
   gX.dpy = dpy;
   gX.screen = DefaultScreen(dpy);
   gX.root = RootWindow(dpy, gX.screen);
