@@ -5,6 +5,7 @@
 #include <cstring>
 
 #include "toolkit/bknot.h"
+#include "toolkit/linkedmodules.h"
 #include "toolkit/rclas.h"
 #include "toolkit/res.h"
 #include "toolkit/rlib.h"
@@ -148,6 +149,7 @@ Int RES_LibInstall() {
 }
 
 Int VGM_LibInstall() {
+  TK_LinkedModuleCount();  // links the modules the entries below reach
   RES_LibInstall();
   Int previous = sVgm.installed++;
   if (previous == 0) {
