@@ -48,12 +48,12 @@ long intField(ResPtr res, const char* field) {
 // colour of the same value, kept by the toolkit for the program's life.
 ColorPtr loadSharedColor(const char* name) {
   ResPtr res = RES_LoadInit(kSharedLibrary, name);
-  char spec[8];
-  std::snprintf(spec, sizeof spec, "#%02x%02x%02x", static_cast<unsigned>(intField(res, "Red") >> 8 & 0xff),
+  char description[8];
+  std::snprintf(description, sizeof description, "#%02x%02x%02x", static_cast<unsigned>(intField(res, "Red") >> 8 & 0xff),
                 static_cast<unsigned>(intField(res, "Green") >> 8 & 0xff),
                 static_cast<unsigned>(intField(res, "Blue") >> 8 & 0xff));
   RES_Release(res);
-  return COLOR_LoadBySpec(spec);
+  return COLOR_LoadByText(description);
 }
 
 // A font of the shared library (family, size in points, weight) as the
@@ -62,13 +62,13 @@ FontPtr loadSharedFont(const char* name) {
   ResPtr res = RES_LoadInit(kSharedLibrary, name);
   PFldPtr familyField = RCLAS_FindField(res->ResClass, "Family");
   if (!familyField) ERR_FailStr("Resource %s has no field Family", name);
-  char spec[128];
+  char description[128];
   long points = intField(res, "Size");
-  std::snprintf(spec, sizeof spec, "%.63s %ld%s", PFLD_GetStr(res, familyField),
+  std::snprintf(description, sizeof description, "%.63s %ld%s", PFLD_GetStr(res, familyField),
                 points > 0 ? points : static_cast<long>(FONT_DEFPOINTS),
                 intField(res, "Weight") >= kBoldWeight ? " bold" : "");
   RES_Release(res);
-  return FONT_LoadBySpec(spec);
+  return FONT_LoadByText(description);
 }
 
 // The shared resource library and the colours, pens, pattern and fonts

@@ -64,13 +64,13 @@ ColorPtr COLOR_LoadByName(const char* name) {
   return nullptr;
 }
 
-ColorPtr COLOR_LoadBySpec(const char* spec) {
-  if (!spec || !*spec) return nullptr;
-  if (spec[0] != '#') return COLOR_LoadByName(spec);
-  if (std::strlen(spec) != 7) return nullptr;
+ColorPtr COLOR_LoadByText(const char* description) {
+  if (!description || !*description) return nullptr;
+  if (description[0] != '#') return COLOR_LoadByName(description);
+  if (std::strlen(description) != 7) return nullptr;
   for (int i = 1; i < 7; i++)
-    if (!std::isxdigit(static_cast<unsigned char>(spec[i]))) return nullptr;
-  unsigned long v = std::strtoul(spec + 1, nullptr, 16);
+    if (!std::isxdigit(static_cast<unsigned char>(description[i]))) return nullptr;
+  unsigned long v = std::strtoul(description + 1, nullptr, 16);
   // Kept for the program's life, past the display's own end at exit.
   static auto& kept = *new std::map<unsigned long, _ColorRec>;
   auto it = kept.find(v);

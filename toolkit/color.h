@@ -71,7 +71,7 @@ ColorPtr COLOR_LoadByName(const char* name);
 // A colour named by a template: a stock name or "#rrggbb".  Colours given
 // as "#rrggbb" are kept for the program's life, one per value.  Null for
 // null, "" or a text that is neither.
-ColorPtr COLOR_LoadBySpec(const char* spec);
+ColorPtr COLOR_LoadByText(const char* description);
 // A colour of the caller's.
 ColorPtr COLOR_NewRgb(uint8_t r, uint8_t g, uint8_t b);
 // Frees a colour of the caller's; stock colours and null are ignored.

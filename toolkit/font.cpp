@@ -65,13 +65,13 @@ int FONT_GetDescent(FontPtr font) {
 
 int FONT_GetHeight(FontPtr font) { return FONT_GetAscent(font) + FONT_GetDescent(font); }
 
-FontPtr FONT_LoadBySpec(const char* spec) {
-  if (!spec || !*spec) return nullptr;
+FontPtr FONT_LoadByText(const char* description) {
+  if (!description || !*description) return nullptr;
   // Kept for the program's life, past the display's own end at exit.
   static auto& kept = *new std::map<std::string, _FontRec>;
-  auto it = kept.find(spec);
+  auto it = kept.find(description);
   if (it != kept.end()) return &it->second;
-  std::istringstream in(spec);
+  std::istringstream in(description);
   std::vector<std::string> words;
   for (std::string w; in >> w;) words.push_back(w);
   bool bold = false;
@@ -86,5 +86,5 @@ FontPtr FONT_LoadBySpec(const char* spec) {
   }
   std::string family;
   for (const std::string& w : words) family += (family.empty() ? "" : " ") + w;
-  return &kept.emplace(spec, makeFont(family.c_str(), points, bold, true)).first->second;
+  return &kept.emplace(description, makeFont(family.c_str(), points, bold, true)).first->second;
 }

@@ -31,7 +31,7 @@ void FONT_Dispose(FontPtr font);
 // A font named by a template, "Family [points] [bold]" (for instance
 // "DejaVu Sans Mono 9" or "DejaVu Sans 12 bold"); one font is kept for the
 // program's life per text.  Null for null or "".
-FontPtr FONT_LoadBySpec(const char* spec);  // stock fonts and null are ignored
+FontPtr FONT_LoadByText(const char* description);  // stock fonts and null are ignored
 bool FONT_Equal(FontPtr a, FontPtr b);
 // Metrics in pixels; 0 when the display is not open.
 int FONT_GetAscent(FontPtr font);

@@ -244,11 +244,11 @@ WgtPtr WGT_Create() { return WGT_FromRes(RES_Create(sWgt)); }
 void WGT_DefInit(WgtPtr wgt) {
   ResPtr res = WGT_Res(wgt);
   RES_DefNfy(res, RES_NFYINIT, nullptr);
-  if (!wgt->BgColor) wgt->BgColor = COLOR_LoadBySpec(wgt->BgColorName);
-  if (!wgt->FgColor) wgt->FgColor = COLOR_LoadBySpec(wgt->FgColorName);
+  if (!wgt->BgColor) wgt->BgColor = COLOR_LoadByText(wgt->BgColorName);
+  if (!wgt->FgColor) wgt->FgColor = COLOR_LoadByText(wgt->FgColorName);
   if (!wgt->Pen) wgt->Pen = PEN_Solid();
   if (!wgt->Pattern) wgt->Pattern = PATT_Solid();
-  if (!wgt->Font) wgt->Font = FONT_LoadBySpec(wgt->FontName);
+  if (!wgt->Font) wgt->Font = FONT_LoadByText(wgt->FontName);
   if (!wgt->Cursor && wgt->CursorName) {
     static const char* kNames[CURS_IDCOUNT] = {"Arrow", "IBeam", "Cross", "Hand", "Move",
                                                "SizeH", "SizeV", "Wait",  "Parent"};
