@@ -52,10 +52,12 @@ std::string describeData(const uint8_t* bytes, long length) {
     decodeToolInfo(bytes, &info);
     return describeToolInfo(info);
   }
-  if (length == kRectangleSize) return "rect " + describeRectangle(bytes);
+  // Text first: a window rectangle's small coordinates hold zero bytes,
+  // while an eight-letter command line would otherwise read as one.
   bool printable = length > 0;
   for (long i = 0; i < length && printable; ++i) printable = bytes[i] >= 32 && bytes[i] < 127;
   if (printable) return "text " + quotedText(reinterpret_cast<const char*>(bytes), length);
+  if (length == kRectangleSize) return "rect " + describeRectangle(bytes);
   std::ostringstream out;
   out << length << " bytes";
   char hex[4];
