@@ -76,6 +76,8 @@ TEST(ResourceCompiler, MistakesNameTheLineAndLeaveNoFile) {
        "bad.rsrc:4: wrong value for Text (VStr)"},
       {"library \"x\"\nclass C module M {\n  L StrArray\n}\n", "bad.rsrc:3: StrArray fields cannot be stored"},
       {"module M {\n}\n", "bad.rsrc:1: the library statement must come first"},
+      {"library \"x\"\nmodule M {\n}\nclass C module Elsewhere {\n}\n",
+       "bad.rsrc:4: class C names module Elsewhere, which is not a module of this library"},
       {"library \"x\"\nmodule M {\n  StrR s {\n  }\n  StrR s {\n  }\n}\n", "bad.rsrc:5: duplicate resource s"},
       {"library \"x\"\nmodule M {\n  StrR s {\n    Text = \"open\n  }\n}\n", "bad.rsrc:4: unterminated string"},
   };

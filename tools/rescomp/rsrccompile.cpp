@@ -2,6 +2,7 @@
 #include <cctype>
 #include <cstdio>
 #include <cstdlib>
+#include <set>
 #include <vector>
 
 #include <unistd.h>
@@ -136,6 +137,7 @@ class Compiler {
   void run() {
     while (tok_.kind != kEnd) statement();
     if (!lib_) throw ParseError{tok_.line, "no library statement"};
+    checkClassModules();
     for (const PendingRef& p : refs_) resolve(p);
     RLIB_Save(lib_);
   }
@@ -200,13 +202,27 @@ class Compiler {
       std::string moduleName = name();
       if (BKNOT_FindModule(moduleName.c_str())) fail("module " + moduleName + " exists already");
       ResPtr module = RLIB_AddModuleKnot(lib_, moduleName.c_str());
+      ownModules_.insert(moduleName);
       body(module);
     } else {
       fail("expected library, import, class or module");
     }
   }
 
+  // A class is stored with the library of its module, so a class must name
+  // one of this library's own modules; another library's module would give
+  // a file that cannot be read back.  The module may be declared later in
+  // the source, hence the check once everything is read.
+  void checkClassModules() const {
+    for (const DeclaredClass& c : declaredClasses_) {
+      if (!ownModules_.count(c.module))
+        throw ParseError{c.line, "class " + c.name + " names module " + c.module +
+                                     ", which is not a module of this library"};
+    }
+  }
+
   void classDecl() {
+    const int declarationLine = tok_.line;
     std::string className = name();
     std::string parentName = "Res";
     std::string moduleName;
@@ -244,6 +260,7 @@ class Compiler {
                                       static_cast<Int>(version), static_cast<Int>(cnames.size()), cnames.data(),
                                       types.data());
     RLIB_AddResClass(lib_, cls);
+    declaredClasses_.push_back({className, moduleName, declarationLine});
   }
 
   // '{' (field | resource)* '}'
@@ -416,6 +433,13 @@ class Compiler {
   Token tok_;
   std::string outPath_;
   RLibPtr lib_ = nullptr;
+  struct DeclaredClass {
+    std::string name;
+    std::string module;
+    int line;
+  };
+  std::vector<DeclaredClass> declaredClasses_;
+  std::set<std::string> ownModules_;
   std::vector<PendingRef> refs_;
 };
 
