@@ -119,15 +119,7 @@ void S_ResConstruct(ResPtr res, ResConstructPtr p) {
 void S_ResDestruct(ResPtr res) {
   if (res->ResInitialized) S_Send(res, RES_NFYEND, nullptr);
   RES_Detach(res);
-  if (ArrayPtr children = res->ResPrivate2) {
-    res->ResPrivate2 = nullptr;
-    for (Int i = 0; i < children->Count; ++i) {
-      ResPtr child = static_cast<ResPtr>(ARRAY_GetNthPtr(children, i));
-      if (child->ResPrivate1 == res) child->ResPrivate1 = nullptr;
-      RES_Release(child);
-    }
-    ARRAY_Dispose(children);
-  }
+  RES_ReleaseChildren(res);
   PFLD_ResFree(res);
   BKnotPtr knot = res->ResPrivate;
   if (knot && !knot->Res && !knot->Parent && !knot->IsModule && !knot->File) BKNOT_Dispose(knot);
@@ -440,6 +432,18 @@ void RES_SetParent(ResPtr res, ResPtr parent) {
 }
 
 ResPtr RES_GetParent(ResPtr res) { return res->ResPrivate1; }
+
+void RES_ReleaseChildren(ResPtr res) {
+  if (ArrayPtr children = res->ResPrivate2) {
+    res->ResPrivate2 = nullptr;
+    for (Int i = 0; i < children->Count; ++i) {
+      ResPtr child = static_cast<ResPtr>(ARRAY_GetNthPtr(children, i));
+      if (child->ResPrivate1 == res) child->ResPrivate1 = nullptr;
+      RES_Release(child);
+    }
+    ARRAY_Dispose(children);
+  }
+}
 
 void RES_ResetChildren(ResPtr res, ArrayPtr children) {
   if (res->ResPrivate2 != children) ARRAY_Dispose(res->ResPrivate2);

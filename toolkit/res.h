@@ -120,6 +120,9 @@ void RES_SetParent(ResPtr res, ResPtr parent);
 ResPtr RES_GetParent(ResPtr res);
 // Replaces the child array (the panel module orders children this way).
 void RES_ResetChildren(ResPtr res, ArrayPtr children);
+// Drops res's child array, unlinking each child that names res as its
+// parent and releasing it; used when res itself is taken apart.
+void RES_ReleaseChildren(ResPtr res);
 
 // --- Identity ----------------------------------------------------------------
 const char* RES_GetName(ResPtr res);  // "<unknown>" for no knot

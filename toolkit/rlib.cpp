@@ -217,15 +217,7 @@ void S_Dispose(RLibPtr lib) {
   for (ResPtr res : attached) RES_Use(res);
   for (ResPtr res : attached) {
     PFLD_ResFree(res);
-    if (ArrayPtr children = res->ResPrivate2) {
-      res->ResPrivate2 = nullptr;
-      for (Int i = 0; i < children->Count; ++i) {
-        ResPtr child = static_cast<ResPtr>(ARRAY_GetNthPtr(children, i));
-        if (child->ResPrivate1 == res) child->ResPrivate1 = nullptr;
-        RES_Release(child);
-      }
-      ARRAY_Dispose(children);
-    }
+    RES_ReleaseChildren(res);
     if (res->ResPrivate) res->ResPrivate->Res = nullptr;
     res->ResPrivate = nullptr;
     if (res->ResPrivate1) res->ResPrivate1 = nullptr;
