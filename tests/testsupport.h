@@ -4,12 +4,15 @@
 #define OWB_TESTS_TESTSUPPORT_H
 
 #include <cstdlib>
+#include <map>
+#include <vector>
 #include <fstream>
 #include <iterator>
 #include <optional>
 #include <sstream>
 #include <string>
 
+#include <fcntl.h>
 #include <ftw.h>
 #include <stdlib.h>
 #include <unistd.h>
@@ -72,6 +75,36 @@ inline std::string buildDir() { return configuredPath("OWB_BUILD_DIR", OWB_TEST_
 inline std::string installTree() { return configuredPath("OWB_INSTALL_TREE", OWB_TEST_INSTALL_TREE); }
 inline std::string sourceDir() { return configuredPath("OWB_SOURCE_DIR", OWB_TEST_SOURCE_DIR); }
 #endif
+
+// Starts args[0] (a path) with args, standard input from /dev/null and
+// standard output and error into outputFile.  With env, the program gets
+// exactly those variables plus PATH; without, this process's environment.
+inline pid_t startProgram(const std::vector<std::string>& args, const std::string& outputFile,
+                          const std::map<std::string, std::string>* env = nullptr) {
+  pid_t child = fork();
+  if (child == 0) {
+    int out = open(outputFile.c_str(), O_WRONLY | O_CREAT | O_TRUNC, 0644);
+    int none = open("/dev/null", O_RDONLY);
+    dup2(none, 0);
+    dup2(out, 1);
+    dup2(out, 2);
+    std::vector<char*> argv;
+    for (const std::string& arg : args) argv.push_back(const_cast<char*>(arg.c_str()));
+    argv.push_back(nullptr);
+    if (!env) {
+      execv(argv[0], argv.data());
+      _exit(127);
+    }
+    std::vector<std::string> settings = {"PATH=/usr/bin:/bin"};
+    for (const auto& entry : *env) settings.push_back(entry.first + "=" + entry.second);
+    std::vector<char*> envp;
+    for (std::string& setting : settings) envp.push_back(&setting[0]);
+    envp.push_back(nullptr);
+    execve(argv[0], argv.data(), envp.data());
+    _exit(127);
+  }
+  return child;
+}
 
 inline std::string readWholeFile(const std::string& path) {
   std::ifstream in(path, std::ios::binary);

@@ -37,29 +37,10 @@ using fmtest::installTree;
 
 std::string nul(const std::string& text) { return text + std::string(1, '\0'); }
 
-// Starts a program with its arguments and the environment given (and
-// nothing else but PATH), output to outputFile.
+// Starts a program with the environment given (and nothing else but PATH).
 pid_t startProgram(const std::vector<std::string>& args, const std::map<std::string, std::string>& env,
                    const std::string& outputFile) {
-  pid_t child = fork();
-  if (child == 0) {
-    int out = open(outputFile.c_str(), O_WRONLY | O_CREAT | O_TRUNC, 0644);
-    int none = open("/dev/null", O_RDONLY);
-    dup2(none, 0);
-    dup2(out, 1);
-    dup2(out, 2);
-    std::vector<std::string> settings = {"PATH=/usr/bin:/bin"};
-    for (const auto& entry : env) settings.push_back(entry.first + "=" + entry.second);
-    std::vector<char*> envp;
-    for (std::string& setting : settings) envp.push_back(&setting[0]);
-    envp.push_back(nullptr);
-    std::vector<char*> argv;
-    for (const std::string& arg : args) argv.push_back(const_cast<char*>(arg.c_str()));
-    argv.push_back(nullptr);
-    execve(argv[0], argv.data(), envp.data());
-    _exit(127);
-  }
-  return child;
+  return owbtest::startProgram(args, outputFile, &env);
 }
 
 // The exit status of pid, or nullopt if it has not ended within seconds.

@@ -31,23 +31,7 @@ constexpr TypeIdent kFleetFile = OWB_TYPE("FLTF");
 
 std::string toolmanPath() { return owbtest::buildDir() + "/tools/toolman"; }
 
-// Starts a program with stdout and stderr in outputFile and no stdin.
-pid_t startProgram(const std::vector<std::string>& args, const std::string& outputFile) {
-  pid_t child = fork();
-  if (child == 0) {
-    int out = open(outputFile.c_str(), O_WRONLY | O_CREAT | O_TRUNC, 0644);
-    int none = open("/dev/null", O_RDONLY);
-    dup2(none, 0);
-    dup2(out, 1);
-    dup2(out, 2);
-    std::vector<char*> argv;
-    for (const std::string& arg : args) argv.push_back(const_cast<char*>(arg.c_str()));
-    argv.push_back(nullptr);
-    execv(argv[0], argv.data());
-    _exit(127);
-  }
-  return child;
-}
+using owbtest::startProgram;
 
 // What the test tool's handlers saw.
 struct Seen {
