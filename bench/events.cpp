@@ -16,6 +16,7 @@
 #include <string>
 #include <vector>
 
+#include "tests/testsupport.h"
 #include "tests/xvfb_support.h"
 #include "toolkit/app.h"
 #include "toolkit/dsply.h"
@@ -31,8 +32,7 @@ bool startToolkit() {
   static bool started = false;
   if (started) return true;
   if (!owbtest::sharedXvfb().ok()) return false;
-  const char* tree = std::getenv("OWB_INSTALL_TREE");
-  std::string dir = std::string(tree ? tree : OWB_BENCH_INSTALL_TREE) + "/bin/resource";
+  std::string dir = owbtest::installTree() + "/bin/resource";
   setenv("ND_PATH", dir.c_str(), 1);
   TKIT_LibInstall();
   if (!DSPLY_Init(owbtest::sharedXvfb().display().c_str())) return false;

@@ -20,21 +20,13 @@
 #include <thread>
 #include <vector>
 
+#include "tests/testsupport.h"
 #include "tests/xvfb_support.h"
 
 namespace {
 
 constexpr int kIdleSeconds = 10;
 
-// build/ from this program's place, build/bench/bench_fleetmgr_idle.
-std::string buildDirectory() {
-  if (const char* build = std::getenv("OWB_BUILD_DIR")) return build;
-  char self[4096];
-  ssize_t length = readlink("/proc/self/exe", self, sizeof self - 1);
-  std::string program(self, length > 0 ? static_cast<size_t>(length) : 0);
-  std::string benchDir = program.substr(0, program.rfind('/'));
-  return benchDir.substr(0, benchDir.rfind('/'));
-}
 
 pid_t start(const std::vector<std::string>& args, const std::vector<std::string>& env) {
   pid_t child = fork();
@@ -91,7 +83,7 @@ int run(const std::vector<std::string>& args, const std::vector<std::string>& en
 }
 
 void BM_FleetMgrIdle(benchmark::State& state) {
-  const std::string build = buildDirectory();
+  const std::string build = owbtest::buildDir();
   char homeTemplate[] = "/tmp/fleetmgr_idle.XXXXXX";
   const std::string home = mkdtemp(homeTemplate);
   const std::string display = owbtest::sharedXvfb().display();

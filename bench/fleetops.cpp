@@ -54,15 +54,7 @@ std::string fleetWithPidFiles(const owbtest::TempDir& root, int pidFiles) {
 }
 
 // The installation the build laid out: its lib/debug.cfg is included.
-// Without OWB_INSTALL_TREE, the one beside this program: build/bench/.. then owb.
-std::string installTree() {
-  if (const char* tree = std::getenv("OWB_INSTALL_TREE")) return tree;
-  char self[4096];
-  ssize_t length = readlink("/proc/self/exe", self, sizeof self - 1);
-  std::string program(self, length > 0 ? static_cast<size_t>(length) : 0);
-  std::string programDir = program.substr(0, program.rfind('/'));
-  return programDir.substr(0, programDir.rfind('/')) + "/owb";
-}
+using owbtest::installTree;
 
 void setUpGlobals(const owbtest::TempDir& root) {
   quietOperations();

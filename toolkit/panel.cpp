@@ -11,8 +11,7 @@
 
 namespace {
 
-#define PANEL_FIELD(name, member, type, kind) \
-  {name, static_cast<Int>(offsetof(_PanelObj, member)), type, kind, 0, -1}
+#define PANEL_FIELD(name, member, type, kind) PFLD_MEMBER(_PanelObj, name, member, type, kind)
 
 _PFldRec sPanelFields[] = {PANEL_FIELD("Label", Label, PFLD_VSTR, PFLD_KINDTEXT),
                            PANEL_FIELD("LabelJustif", LabelJustif, PFLD_UINT16, PFLD_KINDVALUE),

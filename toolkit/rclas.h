@@ -6,6 +6,8 @@
 #ifndef OWB_TOOLKIT_RCLAS_H
 #define OWB_TOOLKIT_RCLAS_H
 
+#include <cstddef>
+
 #include "toolkit/tkbase.h"
 
 struct _ResObj;
@@ -55,6 +57,10 @@ struct _PFldRec {
   Int FileIndex;  // index in the field table of the library being saved
 };
 typedef _PFldRec* PFldPtr;
+
+// A field-table entry for the member `member` of the object record `Record`.
+#define PFLD_MEMBER(Record, name, member, type, kind) \
+  {name, static_cast<Int>(offsetof(Record, member)), type, kind, 0, -1}
 
 const char* PFLD_TypeName(Int type);  // "Int16" ... "Data16", null outside
 Int PFLD_TypeFromName(const char* name);  // -1 when unknown

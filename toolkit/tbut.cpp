@@ -16,8 +16,7 @@
 
 namespace {
 
-#define TBUT_FIELD(name, member, type, kind) \
-  {name, static_cast<Int>(offsetof(_TButObj, member)), type, kind, 0, -1}
+#define TBUT_FIELD(name, member, type, kind) PFLD_MEMBER(_TButObj, name, member, type, kind)
 
 _PFldRec sTButFields[] = {TBUT_FIELD("Label", Label, PFLD_VSTR, PFLD_KINDTEXT),
                           TBUT_FIELD("Mode", Mode, PFLD_INT16, PFLD_KINDVALUE),

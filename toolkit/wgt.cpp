@@ -23,8 +23,7 @@ _PFldRec sGResFields[] = {
     {"GResFlags", static_cast<Int>(offsetof(GResObj, GResFlags)), PFLD_UINT16, PFLD_KINDVALUE, 0, -1},
     {nullptr, 0, 0, 0, 0, -1}};
 
-#define WGT_FIELD(name, member, type, kind) \
-  {name, static_cast<Int>(offsetof(_WgtObj, member)), type, kind, 0, -1}
+#define WGT_FIELD(name, member, type, kind) PFLD_MEMBER(_WgtObj, name, member, type, kind)
 
 _PFldRec sWgtFields[] = {
     WGT_FIELD("FgColor", FgColorName, PFLD_VSTR, PFLD_KINDVALUE),

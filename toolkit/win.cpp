@@ -17,8 +17,7 @@
 
 namespace {
 
-#define WIN_FIELD(name, member, type, kind) \
-  {name, static_cast<Int>(offsetof(_WinObj, member)), type, kind, 0, -1}
+#define WIN_FIELD(name, member, type, kind) PFLD_MEMBER(_WinObj, name, member, type, kind)
 
 _PFldRec sWinFields[] = {WIN_FIELD("Mode", Mode, PFLD_INT16, PFLD_KINDVALUE),
                          WIN_FIELD("Style", Style, PFLD_INT16, PFLD_KINDVALUE),
