@@ -16,6 +16,7 @@
 #include <string>
 
 #include "fleet/output.h"
+#include "shared/utils.h"
 
 fileNameType ThisCurrentDir = "";
 fileNameType OWKInstallDir = "";
@@ -26,11 +27,6 @@ namespace {
 
 constexpr size_t kCopyBlockSize = 1024;
 constexpr size_t kAlertTextSize = 2 * sizeof(fileNameType) + 128;
-
-// Copies source into a fixed field of size bytes, truncating.
-void copyField(char* field, size_t size, const char* source) {
-  std::snprintf(field, size, "%s", source ? source : "");
-}
 
 std::string joined(const char* directory, const char* name) {
   std::string path(directory);
@@ -56,7 +52,7 @@ void alertFormatted(void (*out)(const char*, const char*), const char* title, co
 OWBboolean setOWKInstallDir(const char*) {
   // getcwd fails only when the directory has gone or its path is too long;
   // "." then keeps relative fleet paths meaning what they meant.
-  if (!getcwd(ThisCurrentDir, sizeof ThisCurrentDir)) copyField(ThisCurrentDir, sizeof ThisCurrentDir, ".");
+  if (!getcwd(ThisCurrentDir, sizeof ThisCurrentDir)) copyIntoField(ThisCurrentDir, sizeof ThisCurrentDir, ".");
   const char* owb = std::getenv("OWB");
   if (!owb || !*owb) {
     reportFatalError("ERROR",
@@ -64,7 +60,7 @@ OWBboolean setOWKInstallDir(const char*) {
                      "bin directory.");
     return OWB_FALSE;
   }
-  copyField(OWKInstallDir, sizeof OWKInstallDir, owb);
+  copyIntoField(OWKInstallDir, sizeof OWKInstallDir, owb);
   fyiUser("Current Directory", ThisCurrentDir, OWB_TRUE);
   fyiUser("OWK Installation Directory", OWKInstallDir, OWB_TRUE);
   return OWB_TRUE;
@@ -76,12 +72,12 @@ OWBboolean setHostIP() {
   ThisHostName[sizeof ThisHostName - 1] = '\0';
   // A host whose own name does not resolve is taken to be the loopback
   // host, so that configuration lines naming the address stay valid.
-  copyField(ThisHostIP, sizeof ThisHostIP, "127.0.0.1");
+  copyIntoField(ThisHostIP, sizeof ThisHostIP, "127.0.0.1");
   if (struct hostent* host = gethostbyname(ThisHostName)) {
     if (host->h_addrtype == AF_INET && host->h_addr_list && host->h_addr_list[0]) {
       struct in_addr address;
       std::memcpy(&address, host->h_addr_list[0], sizeof address);
-      copyField(ThisHostIP, sizeof ThisHostIP, inet_ntoa(address));
+      copyIntoField(ThisHostIP, sizeof ThisHostIP, inet_ntoa(address));
     }
   }
   fyiUser("This host's name", ThisHostName, OWB_TRUE);
@@ -260,7 +256,7 @@ OWBboolean readALine(char* aLine, int lineSize, FILE* openFile) {
 void padWithDir(char* fileName, const char* dirName, size_t size) {
   if (fileName[0] == '/') return;
   std::string padded = joined(dirName, fileName);
-  copyField(fileName, size, padded.c_str());
+  copyIntoField(fileName, size, padded.c_str());
 }
 
 FILE* openRegularFile(const char* fileName) {

@@ -36,8 +36,6 @@ const char* const kWriteAlertTitle = "Unable to Write Fleet Definition File";
 constexpr int kDefinitionLineSize = 1024;
 constexpr size_t kReadAlertSize = 3 * sizeof(fileNameType);
 
-void copyField(char* field, size_t size, const char* value) { std::snprintf(field, size, "%s", value); }
-
 const char* trueOrFalse(OWBboolean value) { return value ? "True" : "False"; }
 
 // "<fleetDir>/<name>.flt"; false when it does not fit a file name, which
@@ -157,10 +155,10 @@ class DefinitionReader {
       if (!inBlock(key, Block::kCommon)) return false;
       if (!isHexText(value, kAuthorityLength))
         return failLine("engine authorityi is either not 34 characters long or contains a non-hex digit");
-      copyField(content_->authorityText, sizeof content_->authorityText, value);
+      copyIntoField(content_->authorityText, sizeof content_->authorityText, value);
     } else if (strcasecmp(key, kEngineOptionsKey) == 0) {
       if (!inBlock(key, Block::kCommon)) return false;
-      copyField(content_->engineOptions, sizeof content_->engineOptions, value);
+      copyIntoField(content_->engineOptions, sizeof content_->engineOptions, value);
     } else if (strcasecmp(key, kSecurityOnKey) == 0) {
       if (!inBlock(key, Block::kCommon)) return false;
       if (!parseTrueFalse(value, &content_->securityOn)) return failTrueFalse(key);
@@ -168,10 +166,10 @@ class DefinitionReader {
       if (!inBlock(key, Block::kEngine)) return false;
       if (!isEngineNameText(value) || nameUsedBefore(value))
         return failLine("engine name is either not unique or contains illegal characters");
-      copyField(engine_->engineLabel, sizeof engine_->engineLabel, value);
+      copyIntoField(engine_->engineLabel, sizeof engine_->engineLabel, value);
     } else if (strcasecmp(key, kEnginePlaceConfigKey) == 0) {
       if (!inBlock(key, Block::kEngine)) return false;
-      copyField(engine_->enginePlaceConfig, sizeof engine_->enginePlaceConfig, value);
+      copyIntoField(engine_->enginePlaceConfig, sizeof engine_->enginePlaceConfig, value);
     } else if (strcasecmp(key, kLoadDebuggerKey) == 0) {
       if (!inBlock(key, Block::kEngine)) return false;
       if (!parseTrueFalse(value, &engine_->loadDebugger)) return failTrueFalse(key);
@@ -230,7 +228,7 @@ EngineConfiguration::EngineConfiguration(const char* label)
       moduleConfigFiles(kStandardChunkSize, TRUE, EqualCompare),
       projectConfigFiles(kStandardChunkSize, TRUE, EqualCompare) {
   itemType = kEngineItemType;
-  copyField(engineLabel, sizeof engineLabel, label ? label : "");
+  copyIntoField(engineLabel, sizeof engineLabel, label ? label : "");
   enginePlaceConfig[0] = '\0';
 }
 
@@ -248,21 +246,21 @@ long EngineConfiguration::compare(ItemPtr other) {
 TypeIdent EngineConfiguration::getItemType() { return itemType; }
 
 void EngineConfiguration::printToString(char* buf) {
-  if (buf) copyField(buf, kItemPrintBufferSize, engineLabel);
+  if (buf) copyIntoField(buf, kItemPrintBufferSize, engineLabel);
 }
 
 FleetFileContent::FleetFileContent() : FleetFileContent(nullptr) {}
 
 FleetFileContent::FleetFileContent(const char* name)
     : basePort(0), securityOn(OWB_FALSE), engines(kStandardChunkSize, TRUE, EqualCompare) {
-  copyField(fleetName, sizeof fleetName, name ? name : "");
+  copyIntoField(fleetName, sizeof fleetName, name ? name : "");
   authorityText[0] = '\0';
   engineOptions[0] = '\0';
 }
 
 OWBboolean readFleetDefinition(const char* fleetDir, FleetFileContent* content) {
   const char* lastSlash = std::strrchr(fleetDir, '/');
-  copyField(content->fleetName, sizeof content->fleetName, lastSlash ? lastSlash + 1 : fleetDir);
+  copyIntoField(content->fleetName, sizeof content->fleetName, lastSlash ? lastSlash + 1 : fleetDir);
   fileNameType fileName;
   if (!definitionFileName(fileName, fleetDir, content->fleetName)) return OWB_FALSE;
   FILE* file = openRegularFile(fileName);
@@ -271,7 +269,7 @@ OWBboolean readFleetDefinition(const char* fleetDir, FleetFileContent* content) 
   content->basePort = 0;
   content->authorityText[0] = '\0';
   content->securityOn = OWB_TRUE;
-  copyField(content->engineOptions, sizeof content->engineOptions, kDefaultEngineOptions);
+  copyIntoField(content->engineOptions, sizeof content->engineOptions, kDefaultEngineOptions);
   content->engines.removeAll();
 
   DefinitionReader reader(fileName, content);

@@ -6,11 +6,6 @@
 #include <cstdio>
 #include <cstring>
 
-void copyIntoField(char* field, size_t size, const char* text) {
-  if (size == 0) return;
-  std::snprintf(field, size, "%s", text ? text : "");
-}
-
 bool labelOfEntry(const char* entryName, const char* suffix, char* label, size_t labelSize) {
   constexpr size_t kSuffixLength = 4;
   size_t length = std::strlen(entryName);

@@ -16,9 +16,6 @@ inline std::string pathIn(const char* directory, const char* name, const char* m
   return pathIn(pathIn(directory, name).c_str(), more);
 }
 
-// Copies text into a fixed field of size bytes, cut at the field's size.
-void copyIntoField(char* field, size_t size, const char* text);
-
 // When entryName is at least 5 characters long and ends in suffix (four
 // characters such as ".pid", compared in any case), writes the name less
 // its last four characters into label (truncated to labelSize) and

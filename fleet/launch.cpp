@@ -13,6 +13,7 @@
 #include "fleet/fleetpath.h"
 #include "fleet/output.h"
 #include "fleet/timing.h"
+#include "shared/utils.h"
 
 const char* const kDefaultTerminalProgram = "/usr/bin/X11/xterm";
 const char* const kDefaultTerminalOptions = "-sb -j +ls -bg rgbi:0.125/0.33/0.99 -fg black";

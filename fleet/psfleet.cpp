@@ -16,6 +16,7 @@
 #include "fleet/keyvalue.h"
 #include "fleet/output.h"
 #include "fleet/pidfile.h"
+#include "shared/utils.h"
 
 namespace {
 

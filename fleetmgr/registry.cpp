@@ -18,11 +18,6 @@ FleetMgr* gFleetMgr = nullptr;
 
 namespace {
 
-template <size_t N>
-void copyText(char (&target)[N], const char* text) {
-  std::snprintf(target, N, "%s", text ? text : "");
-}
-
 // The port that the engine's startup.cfg keeps under "<label>_MOCK_PORT":
 // the first integer item of exactly that label.  0 when the file can't be
 // read or holds no such item.
@@ -77,7 +72,7 @@ FleetObject::FleetObject(const char* directory)
       fleetStatus(nullptr),
       fleetExists(FALSE) {
   itemType = kFleetItemType;
-  copyText(fleetPath, directory);
+  copyIntoField(fleetPath, sizeof fleetPath, directory);
   fleetFileName[0] = '\0';
 }
 
@@ -126,7 +121,8 @@ void FleetObject::discardEngine(EngineObject* engine) {
 
 EngineObject* FleetObject::addEngine(const char* engName) {
   auto* engine = new EngineObject(engName);
-  copyText(engine->engConfig->enginePlaceConfig, kDefaultEnginePlaceConfig);
+  EngineConfiguration* config = engine->engConfig;
+  copyIntoField(config->enginePlaceConfig, sizeof config->enginePlaceConfig, kDefaultEnginePlaceConfig);
   currentEng = engine;
   engineList.include(engine);
   return engine;
@@ -186,9 +182,10 @@ FleetObject* FleetMgr::addFleet(const char* directory, FleetFileContent* fleetFi
     auto* content = new FleetFileContent();
     content->basePort = randomPort();
     randomAuthority(directory ? directory : "", content->authorityText);
-    copyText(content->engineOptions, kDefaultEngineOptions);
+    copyIntoField(content->engineOptions, sizeof content->engineOptions, kDefaultEngineOptions);
     extractFilename(directory, content->fleetName, sizeof content->fleetName);
-    copyText(engine->engConfig->enginePlaceConfig, kDefaultEnginePlaceConfig);
+    EngineConfiguration* config = engine->engConfig;
+    copyIntoField(config->enginePlaceConfig, sizeof config->enginePlaceConfig, kDefaultEnginePlaceConfig);
     content->engines.include(engine->engConfig);
     fleet->fleetFile = content;
     fleet->fleetExists = FALSE;

@@ -5,6 +5,7 @@
 #   scripts/test.sh --sanitize   AddressSanitizer + UBSan build in build-asan/
 #   scripts/test.sh --fuzz SECS  clang libFuzzer build in build-fuzz/, each
 #                                target run for SECS seconds under the sanitizers
+#                                (OWB_FUZZ_SEED picks the seed; 0 = random)
 set -euo pipefail
 root="$(cd "$(dirname "$0")/.." && pwd)"
 cd "$root"
@@ -26,6 +27,9 @@ case "${1:-}" in
     ;;
   --fuzz)
     secs="${2:-20}"
+    # A fixed seed by default keeps a gate run repeatable; OWB_FUZZ_SEED=0
+    # lets libFuzzer pick one for exploratory runs.
+    seed="${OWB_FUZZ_SEED:-1}"
     CC=clang CXX=clang++ cmake -S . -B build-fuzz -DCMAKE_BUILD_TYPE=RelWithDebInfo \
       -DOWB_FUZZ=ON -DOWB_SANITIZE=ON -DOWB_BENCH=OFF
     cmake --build build-fuzz -j"$jobs" --target fuzz_all
@@ -36,10 +40,12 @@ case "${1:-}" in
       mkdir -p "$corpus"
       seeds=()
       [[ -d "fuzz/corpus/$name" ]] && seeds+=("fuzz/corpus/$name")
-      echo "fuzzing $name for ${secs}s"
-      "$target" -max_total_time="$secs" -rss_limit_mb=2048 -max_len=65536 \
+      mkdir -p build-fuzz/artifacts
+      echo "fuzzing $name for ${secs}s (seed $seed)"
+      "$target" -max_total_time="$secs" -seed="$seed" -rss_limit_mb=2048 -max_len=65536 \
+        -artifact_prefix="build-fuzz/artifacts/$name-" \
         "$corpus" "${seeds[@]}" > "build-fuzz/$name.log" 2>&1 \
-        || { tail -50 "build-fuzz/$name.log"; exit 1; }
+        || { tail -50 "build-fuzz/$name.log"; ls build-fuzz/artifacts; exit 1; }
     done
     ;;
   *)

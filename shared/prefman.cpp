@@ -9,15 +9,9 @@
 
 PrefMan* gPreferencesManager = nullptr;
 
-namespace {
-void copyText(char* target, size_t size, const char* source) {
-  std::snprintf(target, size, "%s", source ? source : "");
-}
-}  // namespace
-
 PrefMan::PrefMan(TypeIdent preferencesFileType)
     : fileType(preferencesFileType), fileVersion(kDefaultPrefsFileVersion) {
-  copyText(fileDescription, sizeof fileDescription, "preferences");
+  copyIntoField(fileDescription, sizeof fileDescription, "preferences");
   fileNameType directory;
   getValidPreferencesDirectory(directory, sizeof directory);
   std::snprintf(prefPath, sizeof prefPath, "%s%s.prf", directory, gToolName ? gToolName : "");
@@ -27,8 +21,8 @@ PrefMan::PrefMan(TypeIdent preferencesFileType)
 PrefMan::PrefMan(TypeIdent preferencesFileType, short preferencesFileVersion,
                  const char* filePath, const char* description, Boolean openFileNow)
     : fileType(preferencesFileType), fileVersion(preferencesFileVersion) {
-  copyText(prefPath, sizeof prefPath, filePath);
-  copyText(fileDescription, sizeof fileDescription, description);
+  copyIntoField(prefPath, sizeof prefPath, filePath);
+  copyIntoField(fileDescription, sizeof fileDescription, description);
   if (openFileNow) openPreferencesFile();
 }
 

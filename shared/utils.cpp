@@ -210,6 +210,11 @@ char* readFile(const char* file) {
   return text;
 }
 
+void copyIntoField(char* field, size_t size, const char* text) {
+  if (size == 0) return;
+  std::snprintf(field, size, "%s", text ? text : "");
+}
+
 void joinPath(char* target, size_t size, const char* directory, const char* name) {
   std::snprintf(target, size, "%s%c%s", directory ? directory : "", '/', name ? name : "");
 }

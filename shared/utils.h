@@ -65,6 +65,10 @@ struct _WgtObj;
 void truncToFit(_WgtObj* referenceWgt, int width, char* workStr);
 void reverseTruncToFit(_WgtObj* referenceWgt, int width, char* workStr);
 
+// Copies text (null as "") into a fixed field of size bytes, truncating
+// at the field's size; nothing for a size of 0.
+void copyIntoField(char* field, size_t size, const char* text);
+
 // Formats "%s%c%s" into a fixed buffer, truncating at size.
 void joinPath(char* target, size_t size, const char* directory, const char* name);
 

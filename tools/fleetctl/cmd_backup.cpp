@@ -8,6 +8,7 @@
 #include "fleet/rmfleet.h"
 #include "tools/fleetctl/commands_ops.h"
 #include "tools/fleetctl/fleetdir.h"
+#include "shared/utils.h"
 
 namespace fleetctl {
 

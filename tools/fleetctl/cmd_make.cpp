@@ -8,6 +8,7 @@
 #include "fleet/mkfleet.h"
 #include "tools/fleetctl/commands_ops.h"
 #include "tools/fleetctl/fleetdir.h"
+#include "shared/utils.h"
 
 namespace fleetctl {
 
