@@ -282,7 +282,7 @@ class SymbolDatabase : public Database, public HasErrorReporting, public Item {
 
   ErrorCode loadClassList();
   const std::vector<long>& rootList();
-  std::vector<long> siblingsAt(long depth);
+  Boolean goSibling(long step);
   void descendToLast();
   Boolean advanceInTree(Boolean forward);
   Boolean advance(Boolean forward, Boolean searchSubclasses);

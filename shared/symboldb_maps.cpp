@@ -1,7 +1,6 @@
 // Symbol database: maps between code positions and source lines.
 #include <algorithm>
 #include <cstring>
-#include <limits>
 
 #include "bigendian.h"
 #include "shared/symboldb.h"
@@ -11,9 +10,9 @@ namespace {
 constexpr long kMapEntrySize = 8;
 // Positions given to the last line of an operation, which has no next entry.
 constexpr long kLastLinePositions = 20;
-// A damaged map could put lines millions of positions apart; a line's run
-// of positions is not made longer than this.
-constexpr long kMaxPositionsPerLine = 65536;
+// A damaged map could put lines millions of positions apart, or repeat a
+// line thousands of times; one answer holds at most this many positions.
+constexpr size_t kMaxPositionsPerAnswer = 65536;
 }  // namespace
 
 ErrorCode SymbolDatabase::setOperationMap(RecordIdentifier classRec, long operationNumber,
@@ -110,24 +109,35 @@ Boolean SymbolDatabase::lineNumberToPosition(RecordIdentifier classRec, long ope
   if (lastLineInMethod) *lastLineInMethod = FALSE;
   std::vector<PC_MAP> map;
   if (findOperationMap(classRec, operationNumber, &map) != kNoError) return FALSE;
+  // Each entry's run reaches the next greater position anywhere in the map.
+  std::vector<long> ordered;
+  ordered.reserve(map.size());
+  for (const PC_MAP& entry : map) ordered.push_back(entry.pc);
+  std::sort(ordered.begin(), ordered.end());
+  std::vector<std::pair<long, long>> runs;  // first position, length
   for (size_t i = 0; i < map.size(); ++i) {
     if (map[i].loc.line != lineNumber) continue;
     if (!lowPositions) return TRUE;
-    // The line's code runs up to the nearest following position of the map.
-    long step = std::numeric_limits<long>::max();
-    for (size_t j = 0; j < map.size(); ++j) {
-      long distance = map[j].pc - map[i].pc;
-      if (j != i && distance > 0) step = std::min(step, distance);
-    }
-    if (step == std::numeric_limits<long>::max()) {
+    auto next = std::upper_bound(ordered.begin(), ordered.end(), map[i].pc);
+    if (next == ordered.end()) {
       if (lastLineInMethod) *lastLineInMethod = TRUE;
-      step = kLastLinePositions;
+      runs.emplace_back(map[i].pc, kLastLinePositions);
+    } else {
+      runs.emplace_back(map[i].pc, *next - map[i].pc);
     }
-    step = std::min(step, kMaxPositionsPerLine);
-    for (long p = 0; p < step; ++p) lowPositions->include(new NumberItem(static_cast<int32_t>(map[i].pc + p)));
   }
+  // Over the bound, the lowest runs are the ones kept.
+  std::sort(runs.begin(), runs.end());
+  std::vector<long> found;
+  for (const auto& run : runs)
+    for (long p = 0; p < run.second && found.size() < kMaxPositionsPerAnswer; ++p) found.push_back(run.first + p);
   if (!lowPositions) return FALSE;
-  lowPositions->sort(FALSE);  // least first
+  // Sorted here, least first, and appended in order: sorting the list
+  // itself walks its chunks for every comparison.
+  std::sort(found.begin(), found.end());
+  bool hadItems = lowPositions->totalElements > 0;
+  for (long position : found) lowPositions->include(new NumberItem(static_cast<int32_t>(position)));
+  if (hadItems) lowPositions->sort(FALSE);
   return lowPositions->totalElements > 0 ? TRUE : FALSE;
 }
 

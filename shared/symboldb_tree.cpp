@@ -129,11 +129,26 @@ const std::vector<long>& SymbolDatabase::rootList() {
   return rootList_;
 }
 
-std::vector<long> SymbolDatabase::siblingsAt(long depth) {
-  if (depth <= 0) return rootList();
-  std::vector<long> records;
-  readRecordList(foundTreeRecords[depth - 1].recordNumber, kSubclassField, &records);
-  return records;
+// Moves the cursor at its current depth by step among its siblings; the
+// root list is read once and kept, a subclass list is read per step.
+Boolean SymbolDatabase::goSibling(long step) {
+  if (foundTreePosition < 0) return FALSE;
+  long index = foundTreeOffsets[foundTreePosition] + step;
+  long record = 0;
+  if (foundTreePosition == 0) {
+    const std::vector<long>& roots = rootList();
+    if (index < 1 || index > static_cast<long>(roots.size())) return FALSE;
+    record = roots[index - 1];
+  } else {
+    std::vector<long> siblings;
+    readRecordList(foundTreeRecords[foundTreePosition - 1].recordNumber, kSubclassField, &siblings);
+    if (index < 1 || index > static_cast<long>(siblings.size())) return FALSE;
+    record = siblings[index - 1];
+  }
+  foundTreeOffsets[foundTreePosition] = index;
+  foundTreeRecords[foundTreePosition].recordNumber = record;
+  foundFeatureIndex = -1;
+  return TRUE;
 }
 
 void SymbolDatabase::resetSearchPosition() {
@@ -176,27 +191,9 @@ Boolean SymbolDatabase::goParent() {
   return TRUE;
 }
 
-Boolean SymbolDatabase::goNextSibling() {
-  if (foundTreePosition < 0) return FALSE;
-  std::vector<long> siblings = siblingsAt(foundTreePosition);
-  long index = foundTreeOffsets[foundTreePosition] + 1;
-  if (index < 1 || index > static_cast<long>(siblings.size())) return FALSE;
-  foundTreeOffsets[foundTreePosition] = index;
-  foundTreeRecords[foundTreePosition].recordNumber = siblings[index - 1];
-  foundFeatureIndex = -1;
-  return TRUE;
-}
+Boolean SymbolDatabase::goNextSibling() { return goSibling(1); }
 
-Boolean SymbolDatabase::goPrevSibling() {
-  if (foundTreePosition < 0) return FALSE;
-  std::vector<long> siblings = siblingsAt(foundTreePosition);
-  long index = foundTreeOffsets[foundTreePosition] - 1;
-  if (index < 1 || index > static_cast<long>(siblings.size())) return FALSE;
-  foundTreeOffsets[foundTreePosition] = index;
-  foundTreeRecords[foundTreePosition].recordNumber = siblings[index - 1];
-  foundFeatureIndex = -1;
-  return TRUE;
-}
+Boolean SymbolDatabase::goPrevSibling() { return goSibling(-1); }
 
 Boolean SymbolDatabase::goStartClass(Boolean forward) {
   long count = countClasses();
@@ -306,7 +303,17 @@ Boolean SymbolDatabase::findNextClass(const char* matchStr, Boolean findForward,
       return FALSE;
     }
   }
-  for (;;) {
+  // A class with several superclasses is met once per path to it, so a
+  // lattice of classes that share subclasses level after level has
+  // exponentially many paths.  One search takes at most kMaxTreeDepth steps
+  // per class block, far more than real class hierarchies need, and then
+  // ends as not found.
+  long stepLimit = 0;
+  if (searchSubclasses) {
+    countBlocksOfType(kClassBlockType, &stepLimit);
+    stepLimit *= kMaxTreeDepth;
+  }
+  for (long steps = 0;; ++steps) {
     long index = startIndex == 0 ? -1 : compareCurrentClass(&pattern, searchType, startIndex, findForward);
     if (index >= 0) {
       foundFeatureIndex = index;
@@ -316,7 +323,7 @@ Boolean SymbolDatabase::findNextClass(const char* matchStr, Boolean findForward,
       if (returnFeatureIndex) *returnFeatureIndex = index;
       return TRUE;
     }
-    if (!advance(findForward, searchSubclasses)) {
+    if ((searchSubclasses && steps > stepLimit) || !advance(findForward, searchSubclasses)) {
       resetSearchPosition();
       return FALSE;
     }

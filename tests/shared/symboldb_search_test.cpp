@@ -112,6 +112,33 @@ TEST_F(SymbolSearchTest, SearchWalksDepthFirstBothWaysOrFlat) {
   EXPECT_FALSE(db.findNextClass("E*", TRUE, TRUE, kSearchClassNames, path, &length, &feature));
 }
 
+TEST_F(SymbolSearchTest, SharedSubclassesAreVisitedPerPathButCannotMakeASearchEndless) {
+  // Eagle under both Bird and Cat: the walk meets it on each path.
+  link("Cat", "Eagle");
+  EXPECT_EQ(walk(TRUE, TRUE),
+            (std::vector<std::string>{"Animal/1", "Bird/2", "Eagle/3", "Cat/2", "Eagle/3", "Plant/1"}));
+
+  // Under Plant, 24 levels of two classes, each linked to both of the next:
+  // 2^25 paths.  A search for a missing name gives up instead of walking
+  // them all.
+  for (int level = 0; level < 24; ++level) {
+    for (char side : {'a', 'b'}) make(("L" + std::to_string(level) + side).c_str());
+    for (char side : {'a', 'b'}) {
+      std::string upper = level == 0 ? "Plant" : "L" + std::to_string(level - 1) + side;
+      if (level == 0 && side == 'b') continue;
+      for (char below : {'a', 'b'}) link(upper.c_str(), ("L" + std::to_string(level) + below).c_str());
+    }
+  }
+  RecordIdentifier path[kMaxTreeDepth];
+  long length = 0, feature = 0;
+  db.resetSearchPosition();
+  EXPECT_FALSE(db.findNextClass("Missing", TRUE, TRUE, kSearchClassNames, path, &length, &feature));
+  EXPECT_EQ(db.foundTreePosition, -1);
+  ASSERT_TRUE(db.findNextClass("L23?", TRUE, TRUE, kSearchClassNames, path, &length, &feature));
+  EXPECT_EQ(length, 25);
+  EXPECT_EQ(name(path[24]), "L23a");
+}
+
 TEST_F(SymbolSearchTest, FeatureSearchResumesInsideAClass) {
   RecordIdentifier path[kMaxTreeDepth];
   long length = 0, feature = 0;
