@@ -80,6 +80,8 @@ TEST(ResourceCompiler, MistakesNameTheLineAndLeaveNoFile) {
        "bad.rsrc:4: class C names module Elsewhere, which is not a module of this library"},
       {"library \"x\"\nmodule M {\n  StrR s {\n  }\n  StrR s {\n  }\n}\n", "bad.rsrc:5: duplicate resource s"},
       {"library \"x\"\nmodule M {\n  StrR s {\n    Text = \"open\n  }\n}\n", "bad.rsrc:4: unterminated string"},
+      {"library \"\\x00x\"\nmodule M {\n}\n", "bad.rsrc:1: a name cannot hold a NUL byte"},
+      {"library \"x\"\nmodule \"\" {\n}\n", "bad.rsrc:2: a name cannot be empty"},
   };
   for (const Case& c : cases) {
     owbtest::writeWholeFile(dir.file("bad.rsrc"), c.source);

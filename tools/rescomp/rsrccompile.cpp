@@ -159,9 +159,22 @@ class Compiler {
 
   std::string name() {  // an identifier or a quoted name
     if (tok_.kind != kIdent && tok_.kind != kString) fail("expected a name");
+    checkName(tok_.text);
     std::string n = tok_.text;
     advance();
     return n;
+  }
+
+  // Names are kept as C strings by the toolkit: an empty one or one with a
+  // NUL byte would be stored as something else than was written.
+  void checkName(const std::string& text) {
+    if (text.empty()) fail("a name cannot be empty");
+    if (text.find('\0') != std::string::npos) fail("a name cannot hold a NUL byte");
+  }
+
+  std::string nameString() {  // a library name or file name: a quoted name
+    if (tok_.kind == kString) checkName(tok_.text);
+    return string();
   }
 
   std::string string() {
@@ -182,7 +195,7 @@ class Compiler {
     if (isWord("library")) {
       advance();
       if (lib_) fail("a second library statement");
-      std::string libName = string();
+      std::string libName = nameString();
       unlink(outPath_.c_str());
       lib_ = RLIB_CreateDatFile(libName.c_str(), outPath_.c_str());
       return;
@@ -190,8 +203,8 @@ class Compiler {
     if (!lib_) fail("the library statement must come first");
     if (isWord("import")) {
       advance();
-      std::string libName = string();
-      std::string file = string();
+      std::string libName = nameString();
+      std::string file = nameString();
       RLibPtr imported = RLIB_LoadLibFile(libName.c_str(), file.c_str());
       RLIB_AddImportLib(lib_, imported);
     } else if (isWord("class")) {
