@@ -14,6 +14,7 @@
 #include "fleet/fileutil.h"
 #include "fleet/keyvalue.h"
 #include "fleet/output.h"
+#include "shared/utils.h"
 
 namespace {
 

@@ -258,19 +258,3 @@ void padWithDir(char* fileName, const char* dirName, size_t size) {
   std::string padded = joined(dirName, fileName);
   copyIntoField(fileName, size, padded.c_str());
 }
-
-FILE* openRegularFile(const char* fileName) {
-  // Opened without blocking, so that a named pipe cannot hold the reader
-  // up before it has been seen not to be a file.
-  int descriptor = open(fileName, O_RDONLY | O_NONBLOCK);
-  if (descriptor < 0) return nullptr;
-  struct stat info;
-  if (fstat(descriptor, &info) != 0 || !S_ISREG(info.st_mode)) {
-    close(descriptor);
-    return nullptr;
-  }
-  fcntl(descriptor, F_SETFL, fcntl(descriptor, F_GETFL) & ~O_NONBLOCK);
-  FILE* file = fdopen(descriptor, "r");
-  if (!file) close(descriptor);
-  return file;
-}

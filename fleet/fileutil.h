@@ -65,9 +65,4 @@ OWBboolean readALine(char* aLine, int lineSize, FILE* openFile);
 // size bytes.  An absolute one is left alone.
 void padWithDir(char* fileName, const char* dirName, size_t size = sizeof(fileNameType));
 
-// Opens fileName for reading when it is a regular file; devices, pipes and
-// directories give null as a missing file does, so that no reader can be
-// made to block on a device or read forever.
-FILE* openRegularFile(const char* fileName);
-
 #endif  // OWB_FLEET_FILEUTIL_H

@@ -157,12 +157,19 @@ ErrorCode Database::openDBFile(const char* pathname, long openAccessType, Boolea
     if (!dataCache) lastError = kOutOfMemory;
   }
   if (lastError == kNoError) {
+    // Opened without blocking, so that a named pipe cannot hold the open
+    // up; anything but a regular file is not a database file.
     int fd = accessType == kReadWriteAccess
-                 ? ::open(pathname ? pathname : "", O_RDWR | O_CREAT | O_CLOEXEC, 0666)
-                 : ::open(pathname ? pathname : "", O_RDONLY | O_CLOEXEC);
+                 ? ::open(pathname ? pathname : "", O_RDWR | O_CREAT | O_CLOEXEC | O_NONBLOCK, 0666)
+                 : ::open(pathname ? pathname : "", O_RDONLY | O_CLOEXEC | O_NONBLOCK);
+    struct stat opened;
     if (fd < 0) {
       lastError = errno;
+    } else if (fstat(fd, &opened) != 0 || !S_ISREG(opened.st_mode)) {
+      ::close(fd);
+      lastError = kNotValidDBFile;
     } else {
+      fcntl(fd, F_SETFL, fcntl(fd, F_GETFL) & ~O_NONBLOCK);
       if (fd == 0) {  // 0 means "no file" to this object; keep the file elsewhere
         int moved = fcntl(fd, F_DUPFD_CLOEXEC, 3);
         ::close(fd);

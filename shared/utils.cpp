@@ -4,7 +4,9 @@
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
+#include <fcntl.h>
 #include <sys/stat.h>
+#include <unistd.h>
 
 #include "shared/errors.h"
 #include "shared/log.h"
@@ -19,10 +21,6 @@ void copyTruncated(char* target, size_t size, const char* source, size_t length)
   if (length > size - 1) length = size - 1;
   if (length) std::memmove(target, source, length);
   target[length] = '\0';
-}
-
-void copyString(char* target, size_t size, const char* source) {
-  copyTruncated(target, size, source ? source : "", source ? std::strlen(source) : 0);
 }
 
 bool isDirectory(const char* path) {
@@ -80,19 +78,22 @@ const char* TypeIdentToCStr(TypeIdent typeIdent) {
 
 Boolean isTextFile(const char* pathname) {
   if (!pathname) return FALSE;
-  FILE* file = std::fopen(pathname, "rb");
-  if (!file) return FALSE;
+  // Opened without blocking: a named pipe with no writer reads as empty.
+  int descriptor = open(pathname, O_RDONLY | O_NONBLOCK | O_CLOEXEC);
+  if (descriptor < 0) return FALSE;
   char buffer[256];
   std::memset(buffer, 'A', sizeof buffer);
-  std::fread(buffer, 1, sizeof buffer, file);
-  std::fclose(file);
+  size_t got = 0;
+  for (ssize_t n; got < sizeof buffer && (n = read(descriptor, buffer + got, sizeof buffer - got)) > 0;)
+    got += static_cast<size_t>(n);
+  close(descriptor);
   return std::memchr(buffer, 0, sizeof buffer) ? FALSE : TRUE;
 }
 
 void extractPathname(const char* pathname, char* justPath, size_t size) {
   const char* slash = pathname ? std::strrchr(pathname, '/') : nullptr;
   if (!slash) {
-    copyString(justPath, size, "");
+    copyIntoField(justPath, size, "");
     return;
   }
   copyTruncated(justPath, size, pathname, static_cast<size_t>(slash - pathname));
@@ -106,20 +107,22 @@ const char* findFilenameInPath(const char* pathname) {
 }
 
 void extractFilename(const char* pathname, char* filename, size_t size) {
-  copyString(filename, size, findFilenameInPath(pathname));
+  copyIntoField(filename, size, findFilenameInPath(pathname));
 }
 
 Boolean fileExists(const char* pathname) {
   if (!pathname) return FALSE;
-  FILE* file = std::fopen(pathname, "r");
-  if (!file) return FALSE;
-  std::fclose(file);
+  // True when the entry can be opened for reading; without blocking, as a
+  // named pipe with no writer would block an open.
+  int descriptor = open(pathname, O_RDONLY | O_NONBLOCK | O_CLOEXEC);
+  if (descriptor < 0) return FALSE;
+  close(descriptor);
   return TRUE;
 }
 
 long getFileLength(const char* fileName) {
   if (!fileName) return 0;
-  FILE* file = std::fopen(fileName, "rb");
+  FILE* file = openRegularFile(fileName);
   if (!file) return 0;
   std::fseek(file, 0, SEEK_END);
   const long length = std::ftell(file);
@@ -130,7 +133,7 @@ long getFileLength(const char* fileName) {
 void getHomeDirectory(char* pathname, size_t size) {
   const char* home = std::getenv("HOME");
   if (!home) {
-    copyString(pathname, size, "");
+    copyIntoField(pathname, size, "");
     return;
   }
   std::snprintf(pathname, size, "%s/", home);
@@ -174,7 +177,7 @@ char* readFile(const char* file) {
     return nullptr;
   }
   const long size = getFileLength(file);
-  FILE* input = size > 0 ? std::fopen(file, "rb") : nullptr;
+  FILE* input = size > 0 ? openRegularFile(file) : nullptr;
   if (!input) {
     OWB_LOG("Couldn't find file " << file);
     return nullptr;
@@ -211,8 +214,24 @@ char* readFile(const char* file) {
 }
 
 void copyIntoField(char* field, size_t size, const char* text) {
-  if (size == 0) return;
-  std::snprintf(field, size, "%s", text ? text : "");
+  copyTruncated(field, size, text ? text : "", text ? std::strlen(text) : 0);
+}
+
+FILE* openRegularFile(const char* fileName) {
+  if (!fileName) return nullptr;
+  // Opened without blocking, so that a named pipe cannot hold the reader
+  // up before it has been seen not to be a file.
+  int descriptor = open(fileName, O_RDONLY | O_NONBLOCK | O_CLOEXEC);
+  if (descriptor < 0) return nullptr;
+  struct stat info;
+  if (fstat(descriptor, &info) != 0 || !S_ISREG(info.st_mode)) {
+    close(descriptor);
+    return nullptr;
+  }
+  fcntl(descriptor, F_SETFL, fcntl(descriptor, F_GETFL) & ~O_NONBLOCK);
+  FILE* file = fdopen(descriptor, "rb");
+  if (!file) close(descriptor);
+  return file;
 }
 
 void joinPath(char* target, size_t size, const char* directory, const char* name) {

@@ -6,6 +6,7 @@
 #define OWB_SHARED_UTILS_H
 
 #include <cstddef>
+#include <cstdio>
 #include <ctime>
 
 #include "owbtypes.h"
@@ -64,6 +65,11 @@ void owbBeep();
 struct _WgtObj;
 void truncToFit(_WgtObj* referenceWgt, int width, char* workStr);
 void reverseTruncToFit(_WgtObj* referenceWgt, int width, char* workStr);
+
+// Opens fileName for reading ("rb", closed on exec) when it is a regular
+// file; devices, pipes and directories give null as a missing file does,
+// so that no reader can be made to block on a pipe or read forever.
+FILE* openRegularFile(const char* fileName);
 
 // Copies text (null as "") into a fixed field of size bytes, truncating
 // at the field's size; nothing for a size of 0.

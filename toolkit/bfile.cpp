@@ -96,21 +96,30 @@ void BFILE_Open(BFilePtr file, BoolEnum readWrite, BoolEnum create) {
   frame.setContext(kBFileMsgReading);
   ERR_SetOptStr(frame.rec(), file->name.c_str());
   file->path = NFILE_PathFind(file->name.c_str(), create);
+  // Opened without blocking, so that a named pipe in the search path cannot
+  // hold the program up before it is seen not to be a file; and closed on
+  // exec, so that the programs this one starts do not inherit it.
+  constexpr int kOpenFlags = O_NONBLOCK | O_CLOEXEC;
   int fd = -1;
   bool readOnly = !readWrite;
   if (create) {
-    fd = open(file->path.c_str(), O_RDWR | O_CREAT | O_TRUNC, 0644);
+    fd = open(file->path.c_str(), O_RDWR | O_CREAT | O_TRUNC | kOpenFlags, 0644);
     readOnly = false;
   } else {
-    if (readWrite) fd = open(file->path.c_str(), O_RDWR);
+    if (readWrite) fd = open(file->path.c_str(), O_RDWR | kOpenFlags);
     if (fd < 0) {
-      fd = open(file->path.c_str(), O_RDONLY);
+      fd = open(file->path.c_str(), O_RDONLY | kOpenFlags);
       readOnly = true;
     }
   }
   if (fd < 0) ERR_Fail("BFile", kBFileErrOpen, file->path);
   struct stat st;
-  if (fstat(fd, &st) != 0 || st.st_size > static_cast<off_t>(kBFileMaxSize)) {
+  if (fstat(fd, &st) != 0 || !S_ISREG(st.st_mode)) {
+    close(fd);
+    ERR_Fail("BFile", kBFileErrOpen, file->path);
+  }
+  fcntl(fd, F_SETFL, fcntl(fd, F_GETFL) & ~O_NONBLOCK);
+  if (st.st_size > static_cast<off_t>(kBFileMaxSize)) {
     close(fd);
     ERR_Fail("BFile", kBFileErrTooLarge, file->path);
   }

@@ -7,6 +7,7 @@
 #include <string>
 #include <vector>
 
+#include <sys/stat.h>
 #include <unistd.h>
 
 #include "bigendian.h"
@@ -270,6 +271,12 @@ TEST(DatabaseOpen, MissingFilesAndCreateOverMarkedFile) {
   owbtest::TempDir dir;
   Database db;
   EXPECT_EQ(db.openDBFile(dir.file("none").c_str(), kReadOnlyAccess, TRUE), ENOENT);
+  EXPECT_FALSE(db.isOpen());
+  // Only a regular file can be a database; a named pipe is not waited on.
+  std::string pipe = dir.file("pipe.db");
+  ASSERT_EQ(mkfifo(pipe.c_str(), 0600), 0);
+  EXPECT_EQ(db.openDBFile(pipe.c_str(), kReadOnlyAccess, TRUE), kNotValidDBFile);
+  EXPECT_EQ(db.openDBFile(dir.path().c_str(), kReadOnlyAccess, TRUE), kNotValidDBFile);
   EXPECT_FALSE(db.isOpen());
 
   // Creating over a file that a writer holds fails and removes the file.

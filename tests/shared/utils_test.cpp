@@ -128,6 +128,15 @@ TEST(FileUtilsTest, TextFilesAndWholeFileReads) {
   EXPECT_EQ(readFile(nullptr), nullptr);
   EXPECT_EQ(readFile(dir.file("missing").c_str()), nullptr);
 
+  // A named pipe with no writer holds none of these up; it exists and,
+  // read as empty, is text.
+  const std::string pipe = dir.file("pipe");
+  ASSERT_EQ(mkfifo(pipe.c_str(), 0600), 0);
+  EXPECT_TRUE(fileExists(pipe.c_str()));
+  EXPECT_TRUE(isTextFile(pipe.c_str()));
+  EXPECT_EQ(getFileLength(pipe.c_str()), 0);
+  EXPECT_EQ(readFile(pipe.c_str()), nullptr);
+
   // A line longer than the line limit is read in pieces, and the pieces'
   // added newlines never overrun the size + 2 buffer.
   const std::string longLine(40000, 'q');

@@ -1,9 +1,11 @@
 // Resource library files: exact bytes, header checks, round trips, saving
 // in place, and files that do not add up.
 #include <algorithm>
+#include <cstdlib>
 #include <cstring>
 
 #include <gtest/gtest.h>
+#include <sys/stat.h>
 
 #include "tests/testsupport.h"
 #include "tests/toolkit/tktest.h"
@@ -134,6 +136,22 @@ TEST(ResourceLibraryFile, HeaderChecksRefuseOtherFilesWithTheirMessages) {
   }
   writeBytes(dir.file("short.dat"), slice(original, 0, 30));
   EXPECT_EQ(tktest::failureOf([&] { RLIB_LoadFile(dir.file("short.dat").c_str()); }), "Err -1: Wrong file type");
+
+  // Only regular files are opened ("Cannot open file", BFile 0): a named
+  // pipe with no writer would hold an opening read up for good.
+  std::string pipe = dir.file("pipe.dat");
+  ASSERT_EQ(mkfifo(pipe.c_str(), 0600), 0);
+  for (const std::string& path : {pipe, dir.path()})
+    EXPECT_EQ(tktest::failureOf([&] { RLIB_LoadFile(path.c_str()); }).rfind("BFile 0:", 0), 0u) << path;
+
+  // A library left open is not inherited by the programs this one starts.
+  RLibPtr lib = RLIB_LoadFile(good.c_str());
+  ASSERT_NE(lib, nullptr);
+  std::string listing = dir.file("fds");
+  std::string command = "ls -l /proc/self/fd/ > " + listing;
+  ASSERT_EQ(std::system(command.c_str()), 0);
+  EXPECT_EQ(owbtest::readWholeFile(listing).find("g.dat"), std::string::npos);
+  RLIB_Unload(lib);
 }
 
 // A class with a field of every type that files can hold.
