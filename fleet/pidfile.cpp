@@ -11,6 +11,7 @@
 #include "fleet/fileutil.h"
 #include "fleet/fleetpath.h"
 #include "fleet/timing.h"
+#include "shared/utils.h"
 
 namespace {
 
@@ -26,7 +27,7 @@ std::string pidFileName(const char* fleetDir, const char* processLabel) {
 }
 
 int getProcessID(const char* fleetDir, const char* processLabel) {
-  FILE* file = std::fopen(pidFileName(fleetDir, processLabel).c_str(), "r");
+  FILE* file = openRegularFile(pidFileName(fleetDir, processLabel).c_str());
   if (!file) return 0;
   char line[kPidLineSize];
   bool gotLine = readALine(line, sizeof line, file);

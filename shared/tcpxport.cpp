@@ -172,7 +172,7 @@ int getToolManagerPort() {
   if (gToolManagerPort != 0) return gToolManagerPort;
   PortFilePath path;
   portFilePath(path);
-  FILE* file = std::fopen(path, "r");
+  FILE* file = openRegularFile(path);
   if (!file) {
     OWB_LOG("Failed opening " << path);
     return 0;

@@ -45,6 +45,9 @@ TEST(PidFiles, LifeCycleFromAbsentThroughRunningToStale) {
   writeWholeFile(fleet + "/empty.pid", "");
   EXPECT_EQ(getProcessID(fleet.c_str(), "junk"), 0);
   EXPECT_EQ(getProcessID(fleet.c_str(), "negative"), 0);
+  // A named pipe in place of a pid file is not waited on.
+  ASSERT_EQ(mkfifo((fleet + "/piped.pid").c_str(), 0600), 0);
+  EXPECT_EQ(getProcessID(fleet.c_str(), "piped"), 0);
   EXPECT_EQ(isRunning(fleet.c_str(), "junk"), 0);
   EXPECT_EQ(isRunning(fleet.c_str(), "empty"), 0);
   EXPECT_FALSE(fileExistsNow(fleet + "/junk.pid"));

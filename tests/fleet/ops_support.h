@@ -159,7 +159,7 @@ inline void killPidFileGroups(const std::string& directory) {
     std::string path = directory + "/" + name;
     if (entry->d_type == DT_DIR) {
       killPidFileGroups(path);
-    } else if (name.size() > 4 && name.compare(name.size() - 4, 4, ".pid") == 0) {
+    } else if (entry->d_type == DT_REG && name.size() > 4 && name.compare(name.size() - 4, 4, ".pid") == 0) {
       std::ifstream file(path);
       long pid = 0;
       if (file >> pid && pid > 1) {
