@@ -68,6 +68,11 @@ bool takeLabelOption(const ParsedArgs& args, const char* option, char* field, si
   return true;
 }
 
+bool takeFleetAndProcess(const ParsedArgs& args, fileNameType fleetDir, processLabelType process) {
+  return takeFleetDirectory(args.operands[0], fleetDir) &&
+         takeLabelOption(args, "--process", process, sizeof(processLabelType));
+}
+
 int makeFromDefinition(const char* fleetDir, FleetFileContent& definition) {
   MakeFleetArgs args;
   fillMakeArgs(fleetDir, definition, &args);

@@ -4,7 +4,6 @@
 #include "fleet/kilfleet.h"
 #include "fleet/runfleet.h"
 #include "tools/fleetctl/commands_ops.h"
-#include "tools/fleetctl/fleetdir.h"
 
 extern char** environ;
 
@@ -12,12 +11,10 @@ namespace fleetctl {
 
 int runCommand(const ParsedArgs& args) {
   RunFleetArgs runArgs;
-  if (!takeFleetDirectory(args.operands[0], runArgs.fleetDir) ||
-      !takeLabelOption(args, "--process", runArgs.specificProcess, sizeof runArgs.specificProcess))
-    return kExitUsage;
-  runArgs.coldBoot = args.has("--cold") ? OWB_TRUE : OWB_FALSE;
-  runArgs.killOld = args.has("--kill-old") ? OWB_TRUE : OWB_FALSE;
-  runArgs.externalsOnly = args.has("--externals-only") ? OWB_TRUE : OWB_FALSE;
+  if (!takeFleetAndProcess(args, runArgs.fleetDir, runArgs.specificProcess)) return kExitUsage;
+  runArgs.coldBoot = flagOf(args, "--cold");
+  runArgs.killOld = flagOf(args, "--kill-old");
+  runArgs.externalsOnly = flagOf(args, "--externals-only");
   if (!requireInstallation()) return kExitFalse;
   // As in the tool: the started children are never waited for.
   signal(SIGCHLD, SIG_IGN);
@@ -26,12 +23,10 @@ int runCommand(const ParsedArgs& args) {
 
 int killCommand(const ParsedArgs& args) {
   KillFleetArgs killArgs;
-  if (!takeFleetDirectory(args.operands[0], killArgs.fleetDir) ||
-      !takeLabelOption(args, "--process", killArgs.chosenProcess, sizeof killArgs.chosenProcess))
-    return kExitUsage;
-  killArgs.cleanup = args.has("--cleanup") ? OWB_TRUE : OWB_FALSE;
-  killArgs.externalOnly = args.has("--externals-only") ? OWB_TRUE : OWB_FALSE;
-  killArgs.enginesOnly = args.has("--engines-only") ? OWB_TRUE : OWB_FALSE;
+  if (!takeFleetAndProcess(args, killArgs.fleetDir, killArgs.chosenProcess)) return kExitUsage;
+  killArgs.cleanup = flagOf(args, "--cleanup");
+  killArgs.externalOnly = flagOf(args, "--externals-only");
+  killArgs.enginesOnly = flagOf(args, "--engines-only");
   return killFleet(&killArgs) ? kExitTrue : kExitFalse;
 }
 

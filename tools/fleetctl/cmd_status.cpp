@@ -7,7 +7,6 @@
 
 #include "fleet/psfleet.h"
 #include "tools/fleetctl/commands_ops.h"
-#include "tools/fleetctl/fleetdir.h"
 #include "tools/fleetctl/json.h"
 
 namespace fleetctl {
@@ -98,11 +97,9 @@ void printJson(const fleetProcessInfo* records) {
 
 int statusCommand(const ParsedArgs& args) {
   PsFleetArgs psArgs;
-  if (!takeFleetDirectory(args.operands[0], psArgs.fleetDir) ||
-      !takeLabelOption(args, "--process", psArgs.specificProcess, sizeof psArgs.specificProcess))
-    return kExitUsage;
-  psArgs.enginesOnly = args.has("--engines-only") ? OWB_TRUE : OWB_FALSE;
-  psArgs.externalsOnly = args.has("--externals-only") ? OWB_TRUE : OWB_FALSE;
+  if (!takeFleetAndProcess(args, psArgs.fleetDir, psArgs.specificProcess)) return kExitUsage;
+  psArgs.enginesOnly = flagOf(args, "--engines-only");
+  psArgs.externalsOnly = flagOf(args, "--externals-only");
   fleetProcessInfo* records = nullptr;
   OWBboolean listed = psFleet(&psArgs, &records);
   if (listed) {

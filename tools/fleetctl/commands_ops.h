@@ -33,6 +33,15 @@ bool requireInstallation();
 // when it does not fit.
 bool takeLabelOption(const ParsedArgs& args, const char* option, char* field, size_t size);
 
+// The FLEETDIR operand and the --process option of run, kill and status;
+// false, after a message, when either does not fit.
+bool takeFleetAndProcess(const ParsedArgs& args, fileNameType fleetDir, processLabelType process);
+
+// OWB_TRUE when the option was given.
+inline OWBboolean flagOf(const ParsedArgs& args, const char* option) {
+  return args.has(option) ? OWB_TRUE : OWB_FALSE;
+}
+
 }  // namespace fleetctl
 
 #endif  // OWB_TOOLS_FLEETCTL_COMMANDS_OPS_H
