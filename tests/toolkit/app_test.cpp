@@ -54,7 +54,9 @@ TEST(Layers, EveryClassOfTheTableIsInstalledAfterItsParent) {
   GW_LibInstall();
   const TkClassEntry* table = TK_ClassTable();
   for (int i = 0; i < TK_ClassCount(); ++i) {
-    if (i > 0) EXPECT_GE(table[i].layer, table[i - 1].layer) << table[i].name << ": layers in order";
+    if (i > 0) {
+      EXPECT_GE(table[i].layer, table[i - 1].layer) << table[i].name << ": layers in order";
+    }
     if (!table[i].install) continue;
     RClasPtr cls = RCLAS_FindByName(table[i].name);
     ASSERT_NE(cls, nullptr) << table[i].name;
