@@ -59,6 +59,11 @@ void DSPLY_SetWinMinMax(NatWinId win, _Point16Rec minExt, _Point16Rec maxExt);
 void DSPLY_SetWinTransientFor(NatWinId win, NatWinId owner);
 void DSPLY_SetWinCursor(NatWinId win, CursPtr cursor);
 void DSPLY_FocusWin(NatWinId win);
+// A text property (type UTF8_STRING) of the window, replaced whole; a text
+// too long for one request is written in parts.  Errors of a window that
+// is gone meanwhile are recorded, not fatal.
+void DSPLY_SetWinTextProperty(NatWinId win, const char* property, const std::string& text);
+void DSPLY_DeleteWinProperty(NatWinId win, const char* property);
 // Marks a part of the window for an expose event.
 void DSPLY_InvalWinRect(NatWinId win, const _Rect16Rec& rect);
 // The window's client box in screen coordinates as the server has it.

@@ -10,6 +10,7 @@
 #include <string>
 #include <vector>
 
+#include "toolkit/autom.h"
 #include "toolkit/dsply.h"
 #include "toolkit/err.h"
 #include "toolkit/evctx.h"
@@ -163,6 +164,7 @@ void EVENT_Init() {
   EVENT_SetTrackDownProcDS(nullptr, nullptr);
   EVENT_SetTrackDelay(nullptr);
   EventResetInput();
+  AUTOM_InitFromEnv();
 }
 
 // --- Dispatch ----------------------------------------------------------------------
@@ -303,6 +305,7 @@ bool X_DefNextXEvent(_DsplyEventRec* d, int64_t limitMs) {
       remaining = deadline - DSPLY_Now();
       if (remaining <= 0) return false;
     }
+    EventBeforeWait();
     EVENT_ProcessPreBlocking();
     if (!DSPLY_IsOpen()) {
       // Without a display only time can pass.
@@ -386,6 +389,8 @@ void EVENT_ProcessPending() {
   }
   EventContextAt(depth < gDepth ? depth : gDepth).Blocking = blocking;
   EVENT_Update();
+  // The caller's loop waits next (for the display or its own input).
+  EventBeforeWait();
 }
 
 void EVENT_SetBlocking(BoolEnum flag) { EventTopContext().Blocking = flag ? 1 : 0; }

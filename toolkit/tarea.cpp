@@ -4,6 +4,7 @@
 #include <cstring>
 #include <string>
 
+#include "toolkit/autom.h"
 #include "toolkit/draw.h"
 #include "toolkit/pfld.h"
 #include "toolkit/winpub.h"
@@ -77,3 +78,5 @@ void TAREA_SetJustif(TAreaPtr area, UInt16 justif) {
   area->Justif = justif;
   WGT_Inval(reinterpret_cast<WgtPtr>(area), nullptr);
 }
+
+void TAREA_Describe(WgtPtr wgt, AutomDesc* desc) { AUTOM_SetText(desc, reinterpret_cast<TAreaPtr>(wgt)->Text); }

@@ -6,6 +6,7 @@
 #include <map>
 #include <vector>
 
+#include "toolkit/autom.h"
 #include "toolkit/dsply.h"
 #include "toolkit/err.h"
 #include "toolkit/evctx.h"
@@ -329,6 +330,8 @@ long WIN_DefNfy(ResPtr res, Int message, ClientPtr data) {
   }
 }
 
+void WIN_Describe(WgtPtr wgt, AutomDesc* desc) { AUTOM_SetText(desc, WIN_GetLabel(WIN_FromRes(WGT_Res(wgt)))); }
+
 WinPtr WIN_Load(const char* moduleName, const char* name) {
   ErrTrace frame("Win", __FILE__, __LINE__);
   ResPtr res = RES_LoadDeepDetach(moduleName, name);
@@ -600,3 +603,7 @@ void WinDrawUpdate(WinPtr win) {
 }
 
 BoolEnum WinIsClosing(WinPtr win) { return win && win->Closing; }
+
+void WinForEachNative(void (*fn)(WinPtr win, ClientPtr data), ClientPtr data) {
+  for (auto& entry : sByNatWin) fn(entry.second, data);
+}

@@ -163,6 +163,8 @@ RClasPtr WIN_Class();
 void WIN_InstallClass();
 void WIN_InitClass();
 long WIN_DefNfy(ResPtr res, Int message, ClientPtr data);
+// The automation surface: the title.
+void WIN_Describe(WgtPtr wgt, struct AutomDesc* desc);
 WinPtr WIN_Load(const char* moduleName, const char* name);
 WinPtr WIN_LoadInit(const char* moduleName, const char* name);
 void WIN_Init(WinPtr win);
@@ -223,5 +225,8 @@ WinPtr WinFromNatWin(NatWinId natWin);
 void WinAddInvalRgn(WinPtr win, RegionPtr rgn);  // window coordinates
 void WinDrawUpdate(WinPtr win);
 BoolEnum WinIsClosing(WinPtr win);
+// Calls fn for every window that has a display window, in no set order;
+// fn must not make or dispose windows.
+void WinForEachNative(void (*fn)(WinPtr win, ClientPtr data), ClientPtr data);
 
 #endif  // OWB_TOOLKIT_WINPUB_H

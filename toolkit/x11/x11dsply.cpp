@@ -9,6 +9,7 @@
 
 #include <cstdlib>
 #include <cstring>
+#include <map>
 #include <set>
 #include <string>
 
@@ -19,6 +20,7 @@
 namespace {
 X11State gX;
 std::set<Window> gOurWins;
+std::map<std::string, Atom> gAtoms;  // atoms interned by name, per connection
 std::string gLastError;
 int gLook = DSPLY_LOOKFLAT;
 
@@ -107,6 +109,7 @@ void DSPLY_Exit() {
   XFreePixmap(gX.dpy, gX.grayStipple);
   XCloseDisplay(gX.dpy);
   gX = X11State{};
+  gAtoms.clear();
 }
 
 bool DSPLY_IsOpen() { return gX.dpy != nullptr; }
@@ -290,6 +293,40 @@ void DSPLY_FocusWin(NatWinId win) {
   // Focus can only be given to a viewable window.
   if (XGetWindowAttributes(gX.dpy, win, &attrs) && attrs.map_state == IsViewable)
     XSetInputFocus(gX.dpy, win, RevertToParent, CurrentTime);
+}
+
+namespace {
+Atom atomOf(const char* name) {
+  auto it = gAtoms.find(name);
+  if (it != gAtoms.end()) return it->second;
+  Atom a = XInternAtom(gX.dpy, name, False);
+  gAtoms[name] = a;
+  return a;
+}
+}  // namespace
+
+void DSPLY_SetWinTextProperty(NatWinId win, const char* property, const std::string& text) {
+  if (!gX.dpy || !win || !property || !gOurWins.count(win)) return;
+  Atom prop = atomOf(property);
+  // The largest request the server takes, in bytes, less room for the
+  // request's own header.
+  long maxRequest = XExtendedMaxRequestSize(gX.dpy);
+  if (maxRequest <= 0) maxRequest = XMaxRequestSize(gX.dpy);
+  size_t chunk = static_cast<size_t>(maxRequest) * 4 - 256;
+  const unsigned char* data = reinterpret_cast<const unsigned char*>(text.data());
+  size_t done = 0;
+  int mode = PropModeReplace;
+  do {
+    size_t n = text.size() - done < chunk ? text.size() - done : chunk;
+    XChangeProperty(gX.dpy, win, prop, gX.utf8String, 8, mode, data + done, static_cast<int>(n));
+    done += n;
+    mode = PropModeAppend;
+  } while (done < text.size());
+}
+
+void DSPLY_DeleteWinProperty(NatWinId win, const char* property) {
+  if (!gX.dpy || !win || !property || !gOurWins.count(win)) return;
+  XDeleteProperty(gX.dpy, win, atomOf(property));
 }
 
 void DSPLY_InvalWinRect(NatWinId win, const _Rect16Rec& rect) {
