@@ -30,6 +30,8 @@ namespace {
 const char kProperty[] = "_OWB_WIDGETS";
 
 BoolEnum gOn = 0;
+constexpr int64_t kSafetyCheckMs = 500;
+int64_t gLastCheck = 0;
 std::map<RClasPtr, AutomDescribeProc> gProcs;
 std::map<NatWinId, std::string> gWritten;  // what each window carries now
 long gWrites = 0;
@@ -141,6 +143,8 @@ void describe(std::string& out, WgtPtr w, const std::string& path, WinPtr win, b
 
 }  // namespace
 
+BoolEnum gAutomStale = 1;
+
 BoolEnum AUTOM_IsOn() { return gOn; }
 
 void AUTOM_InitFromEnv() {
@@ -150,6 +154,7 @@ void AUTOM_InitFromEnv() {
 
 void AUTOM_SetOn(BoolEnum flag) {
   gOn = flag ? 1 : 0;
+  gAutomStale = 1;
   if (gOn) return;
   // Off: the properties written so far go, so that no driver reads a
   // description that is no longer kept.
@@ -225,6 +230,10 @@ std::string AUTOM_Describe(WinPtr win) {
 
 void AUTOM_Update() {
   if (!gOn || !DSPLY_IsOpen()) return;
+  int64_t now = DSPLY_Now();
+  if (!gAutomStale && now - gLastCheck < kSafetyCheckMs) return;
+  gAutomStale = 0;
+  gLastCheck = now;
   std::set<NatWinId> live;
   long before = gWrites;
   WinForEachNative(

@@ -65,8 +65,18 @@ std::string AUTOM_Describe(WinPtr win);
 // A text as it appears in a line: "\\" "\t" "\n" for backslash, tab and
 // newline, "\xHH" for each byte that is not part of valid UTF-8.
 std::string AUTOM_Escape(const char* text);
+// Marks the descriptions as possibly changed.  The toolkit calls it for
+// every event it processes, every redraw request (WGT_Inval) and the
+// changes of state that draw nothing (a closed window's label, focus,
+// default button); a widget calls it for a change of what its describe
+// procedure gives that neither comes from an event nor redraws.  Costs a
+// store.
+extern BoolEnum gAutomStale;
+inline void AUTOM_Touch() { gAutomStale = 1; }
 // Rewrites the property of every window whose description changed.  The
-// loop calls it before it waits; it does nothing when the surface is off.
+// loop calls it before it waits; it does nothing when the surface is off,
+// and compares only when something was touched since the last time, or,
+// as a safety net for a change nobody marked, at most every half second.
 void AUTOM_Update();
 // The number of property writes so far (for tests and benchmarks).
 long AUTOM_GetWriteCount();

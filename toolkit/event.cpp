@@ -215,6 +215,7 @@ void EventProcess(EventPtr ev) {
     if (!win || win->State != WIN_STATEOPEN || win->Closing) return;
   }
   ctx.Seen = 1;
+  if (type != EVENT_TYPENOTHING) AUTOM_Touch();
   if (type == EVENT_TYPENOTHING) {
     // Goes to no widget: it only becomes the current event, so that a
     // tracking loop in non-blocking mode sees that nothing happened.
@@ -285,6 +286,7 @@ bool runUserQueues(bool high) {
     if ((q->Priority > 0) != high || q->Events.empty()) continue;
     UserEvent e = q->Events.front();
     q->Events.erase(q->Events.begin());
+    AUTOM_Touch();
     e.proc(e.data);
     did = true;
   }

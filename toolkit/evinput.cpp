@@ -7,6 +7,7 @@
 #include <string>
 #include <vector>
 
+#include "toolkit/autom.h"
 #include "toolkit/dsply.h"
 #include "toolkit/err.h"
 #include "toolkit/evctx.h"
@@ -199,6 +200,7 @@ void processKey(const _DsplyEventRec& d, WinPtr win) {
 // Processes one display event: translation, then EventProcess; recal runs
 // before and after.
 void X_ProcessXEvent(_DsplyEventRec* d) {
+  AUTOM_Touch();
   EVENT_ProcessRecal();
   WinPtr win = WinFromNatWin(d->Win);
   if (!win) return;

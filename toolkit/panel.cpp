@@ -4,6 +4,7 @@
 // panel's focus order.
 #include <cstring>
 
+#include "toolkit/autom.h"
 #include "toolkit/err.h"
 #include "toolkit/eventpriv.h"
 #include "toolkit/kylst.h"
@@ -408,6 +409,7 @@ const char* PANEL_GetLabel(PanelPtr panel) { return panel ? VSTR_Get(panel->Labe
 
 void PANEL_SetFocusWgt(PanelPtr panel, WgtPtr wgt) {
   if (!panel || panel->FocusWgt == wgt) return;
+  AUTOM_Touch();
   WgtPtr old = panel->FocusWgt;
   panel->FocusWgt = wgt;
   if (wgt) WGT_Send(wgt, WGT_NFYFOCUSGAINED);
@@ -446,6 +448,7 @@ BoolEnum PANEL_FocusOnPrevWgtInGroup(PanelPtr panel) { return panel ? focusStep(
 
 void PANEL_AddWgtAtIndex(PanelPtr panel, WgtPtr wgt, Int index) {
   if (!panel || !wgt) return;
+  AUTOM_Touch();
   Int count = PANEL_GetNumWgts(panel);
   if (index < 0 || index > count) index = count;
   for (Int i = 0; i < count; i++) {
@@ -470,6 +473,7 @@ void PANEL_AddWgt(PanelPtr panel, WgtPtr wgt) { PANEL_AddWgtAtIndex(panel, wgt, 
 
 void PANEL_RemoveWgt(PanelPtr panel, WgtPtr wgt) {
   if (!panel || !wgt || wgt->Panel != panel) return;
+  AUTOM_Touch();
   WGT_Inval(wgt, nullptr);
   if (panel->FocusWgt == wgt) panel->FocusWgt = nullptr;
   if (panel->MouseWgt == wgt) panel->MouseWgt = nullptr;

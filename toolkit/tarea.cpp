@@ -68,6 +68,7 @@ void TAREA_SetText(TAreaPtr area, const char* text) {
   if (!area) return;
   if (std::strcmp(VSTR_Get(area->Text), text ? text : "") == 0) return;
   VSTR_Set(&area->Text, text);
+  AUTOM_Touch();
   WGT_Inval(reinterpret_cast<WgtPtr>(area), nullptr);
 }
 

@@ -45,7 +45,10 @@ Int lookOf(TButPtr b) {
   return TBUT_STYLEFACE;
 }
 
+// Also what the automation surface shows of it may have changed, open
+// window or not.
 void redraw(TButPtr b) {
+  AUTOM_Touch();
   if (initialized(b) && windowOpen(b)) WGT_Inval(W(b), nullptr);
 }
 
@@ -340,6 +343,7 @@ void TBUT_Toggle(TButPtr but) {
 void TBUT_SetLabel(TButPtr but, const char* text) {
   if (!but) return;
   VSTR_Set(&but->Label, text);
+  AUTOM_Touch();
   if (initialized(but)) WGT_Inval(W(but), nullptr);
 }
 

@@ -534,6 +534,7 @@ WinPtr WIN_GetNthOpen(Int n) { return n >= 0 && n < WIN_GetNumOpen() ? sOpen[sta
 
 void WIN_SetLabel(WinPtr win, const char* label) {
   if (!win) return;
+  AUTOM_Touch();
   VSTR_Set(&WIN_Panel(win)->Label, label);
   if (win->NatWin) DSPLY_SetWinLabel(win->NatWin, label);
 }
@@ -562,6 +563,7 @@ void WIN_SetIconLabel(WinPtr win, const char* label) {
 
 WgtPtr WIN_GetDefWgt(WinPtr win) { return win ? win->DefWgt : nullptr; }
 void WIN_SetDefWgt(WinPtr win, WgtPtr wgt) {
+  AUTOM_Touch();
   if (win) win->DefWgt = wgt;
 }
 void WIN_SetStatusStr(WinPtr win, const char* text) {
