@@ -7,6 +7,7 @@
 #include <cerrno>
 #include <cstdio>
 #include <cstdlib>
+#include <cstring>
 #include <string>
 
 #include "fleet/fileutil.h"
@@ -35,7 +36,8 @@ std::string composeShellLine(const char* fleetDir, const char* cmdLabel, const c
     line += (*setting)->value.asEnviron ? (*setting)->value.asEnviron : "";
     line += ' ';
   }
-  std::string runProg = pathIn(OWKInstallDir, "bin/run_prog");
+  std::string runProg = shellWord(pathIn(OWKInstallDir, "bin/run_prog"));
+  std::string label = shellWord(cmdLabel);
   if (giveXterm) {
     char program[kTerminalSettingSize];
     char options[kTerminalSettingSize];
@@ -45,7 +47,7 @@ std::string composeShellLine(const char* fleetDir, const char* cmdLabel, const c
   } else {
     line += runProg + " -b ";
   }
-  line += std::string(cmdLabel) + " " + fleetDir + " " + cmdLine + " &";
+  line += label + " " + shellWord(fleetDir) + " " + cmdLine + " &";
   return line;
 }
 
@@ -73,6 +75,19 @@ std::string composeShellLine(const char* fleetDir, const char* cmdLabel, const c
 }
 
 }  // namespace
+
+std::string shellWord(const std::string& text) {
+  auto isPlain = [](char c) {
+    return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') || (c >= '0' && c <= '9') ||
+           std::strchr("_-./,:+=@%", c) != nullptr;
+  };
+  bool plain = !text.empty();
+  for (char c : text) plain = plain && c != '\0' && isPlain(c);
+  if (plain) return text;
+  std::string quoted = "'";
+  for (char c : text) quoted += c == '\'' ? std::string("'\\''") : std::string(1, c);
+  return quoted + "'";
+}
 
 void readTerminalSettings(char* program, char* options) {
   useDefaultTerminal(program, options);
