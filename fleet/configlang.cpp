@@ -296,8 +296,12 @@ OWBboolean readExternalList(const char* fleetDir, List* engList, configItem** ex
   for (long i = 0; i < engList->totalElements; ++i) {
     Item* engine = engList->get(i);
     if (!engine) continue;
-    char label[kItemPrintBufferSize + 1] = "";
-    engine->printToString(label);
+    // The whole label of a StringItem: a print would cut it one short of
+    // the field, so that the engine's configuration would not be found.
+    char label[sizeof(processLabelType)] = "";
+    if (engine->getItemType() == kFileItemType)
+      copyIntoField(label, sizeof label, static_cast<StringItem*>(engine)->string);
+    else engine->printToString(label);
     configItem* records;
     if (!readConfigFile(fleetDir, label, &records, nullptr, nullptr)) {
       freeConfigList(externalList);

@@ -114,6 +114,17 @@ OWBboolean makeFleet(MakeFleetArgs* args, List* debuggerPorts) {
                      "(re-)configured.");
     return OWB_FALSE;
   }
+  for (long i = 0; i < fleetDefn->engines.totalElements; ++i) {
+    EngineConfiguration* engine = engineAt(fleetDefn, i);
+    if (!engine || std::strlen(engine->engineLabel) <= kMaxEngineNameLength) continue;
+    char text[sizeof(processLabelType) + 160];
+    std::snprintf(text, sizeof text,
+                  "The engine name %s is too long to name the engine's files: an engine name has at most %zu "
+                  "characters.",
+                  engine->engineLabel, kMaxEngineNameLength);
+    reportFatalError(kCannotConfigure, text);
+    return OWB_FALSE;
+  }
   if (!ensureDir(fleetDir)) return OWB_FALSE;
   std::string regionDir = pathIn(fleetDir, "region");
   // The obsolete engines are found from the old definition, so they go
