@@ -1,6 +1,7 @@
 // Forking the shell line that starts a process through bin/run_prog.
 #include "fleet/launch.h"
 
+#include <fcntl.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -42,8 +43,7 @@ std::string composeShellLine(const char* fleetDir, const char* cmdLabel, const c
     char program[kTerminalSettingSize];
     char options[kTerminalSettingSize];
     readTerminalSettings(program, options);
-    line += std::string(program) + " -n " + cmdLabel + " -T " + cmdLabel + " " + options + " -e " + runProg +
-            " -f ";
+    line += std::string(program) + " -n " + label + " -T " + label + " " + options + " -e " + runProg + " -f ";
   } else {
     line += runProg + " -b ";
   }
@@ -51,11 +51,25 @@ std::string composeShellLine(const char* fleetDir, const char* cmdLabel, const c
   return line;
 }
 
+// Marks every descriptor but standard input, output and error
+// close-on-exec, so that the shell and what it starts inherit none of the
+// tool's files, sockets or display connection, whoever opened them.
+void keepDescriptorsFromTheShell() {
+  constexpr long kHighestDescriptor = 65536;
+  long highest = sysconf(_SC_OPEN_MAX);
+  if (highest < 0 || highest > kHighestDescriptor) highest = kHighestDescriptor;
+  for (int descriptor = STDERR_FILENO + 1; descriptor < highest; ++descriptor) {
+    int flags = fcntl(descriptor, F_GETFD);
+    if (flags >= 0 && !(flags & FD_CLOEXEC)) fcntl(descriptor, F_SETFD, flags | FD_CLOEXEC);
+  }
+}
+
 // The forked child: never returns.  _exit rather than exit, so that the
 // parent's stdio buffers and destructors are not run a second time here.
 [[noreturn]] void runInChild(const char* fleetDir, const char* cmdLabel, const char* cmdLine,
                              const char* cmdDirectory, configItem** environValues, bool giveXterm) {
   std::string line = composeShellLine(fleetDir, cmdLabel, cmdLine, environValues, giveXterm);
+  keepDescriptorsFromTheShell();
   if (cmdDirectory && *cmdDirectory && chdir(cmdDirectory) != 0) {
     std::printf("**Command not run:  cannot connect to directory '%s'\n", cmdDirectory);
     std::fflush(stdout);
@@ -104,7 +118,7 @@ void readTerminalSettings(char* program, char* options) {
     std::fclose(settings);
     return;
   }
-  if (FILE* created = std::fopen(settingsName.c_str(), "w")) {
+  if (FILE* created = std::fopen(settingsName.c_str(), "we")) {
     std::fprintf(created, "%s\n%s\n", kDefaultTerminalProgram, kDefaultTerminalOptions);
     std::fclose(created);
   }

@@ -151,7 +151,7 @@ OWBboolean makeFleet(MakeFleetArgs* args, List* debuggerPorts) {
   configItem* portHead = nullptr;
   if (!allocatePorts(fleetDir, fleetDefn, debuggerPorts, &portHead)) return OWB_FALSE;
   if (!portHead) return OWB_TRUE;
-  FILE* portsFile = std::fopen(pathIn(regionDir.c_str(), "ports.cfg").c_str(), "w");
+  FILE* portsFile = std::fopen(pathIn(regionDir.c_str(), "ports.cfg").c_str(), "we");
   if (!portsFile) {
     freeConfigList(&portHead);
     reportFatalError(kCouldNotReconfigure, "Failed to open the port number configuration file");
@@ -167,14 +167,14 @@ OWBboolean makeFleet(MakeFleetArgs* args, List* debuggerPorts) {
 
 OWBboolean makeRegionConfig(const char* regionDir, FleetFileContent* fleetDef) {
   std::string portsName = pathIn(regionDir, "ports.cfg");
-  FILE* portsFile = std::fopen(portsName.c_str(), "w");
+  FILE* portsFile = std::fopen(portsName.c_str(), "we");
   if (!portsFile) {
     reportFormatted("Making a Fleet", "Unable to open %s", portsName.c_str());
     return OWB_FALSE;
   }
   std::fclose(portsFile);
   std::string regionName = pathIn(regionDir, "region.cfg");
-  FILE* file = std::fopen(regionName.c_str(), "w");
+  FILE* file = std::fopen(regionName.c_str(), "we");
   if (!file) {
     reportFormatted("Making a Fleet", "Unable to open %s", regionName.c_str());
     return OWB_FALSE;
@@ -212,7 +212,7 @@ OWBboolean deleteObsoleteEngines(const char* fleetDir, FleetFileContent* newCont
 OWBboolean makeMasterConfig(const char* fleetDir, const char* engDir, EngineConfiguration* engInfo,
                             OWBboolean isFirst) {
   std::string startupName = pathIn(engDir, "startup.cfg");
-  FILE* file = std::fopen(startupName.c_str(), "w");
+  FILE* file = std::fopen(startupName.c_str(), "we");
   if (!file) {
     reportFormatted("Cannot (Re-)Configure the Fleet", "Failed to open configuration file %s", startupName.c_str());
     return OWB_FALSE;

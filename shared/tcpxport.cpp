@@ -187,7 +187,7 @@ void setToolManagerPort(int listenerPort) {
   gToolManagerPort = listenerPort;
   PortFilePath path;
   portFilePath(path);
-  FILE* file = std::fopen(path, "w");
+  FILE* file = std::fopen(path, "we");
   if (!file) {
     OWB_LOG("Failed opening " << path);
     return;
