@@ -98,6 +98,10 @@ void decodeToolInfoFrom(owbcoding::ByteReader& in, ToolInfo* info) {
   in.i32(&info->listenerPort);
 }
 
+// The Tool Manager answers only on the loopback address unless told
+// otherwise; every peer is on this host.
+bool sToolManagerListensOnAnyAddress = false;
+
 }  // namespace
 
 unsigned long getCurrentMilliseconds() {
@@ -198,6 +202,8 @@ void setToolManagerPort(int listenerPort) {
 
 void forgetToolManagerPort() { gToolManagerPort = 0; }
 
+void setToolManagerListensOnAnyAddress(bool anyAddress) { sToolManagerListensOnAnyAddress = anyAddress; }
+
 // ------------------------------------------------------------- transport
 
 TCPTransport::TCPTransport(int listenerPort)
@@ -226,7 +232,8 @@ TCPTransport::TCPTransport(int listenerPort)
       struct sockaddr_in address;
       std::memset(&address, 0, sizeof address);
       address.sin_family = AF_INET;
-      address.sin_addr.s_addr = htonl(INADDR_ANY);
+      address.sin_addr.s_addr =
+          htonl(isToolManager && !sToolManagerListensOnAnyAddress ? INADDR_LOOPBACK : INADDR_ANY);
       address.sin_port = htons(static_cast<uint16_t>(listenerPort));
       if (bind(listenSocket, reinterpret_cast<struct sockaddr*>(&address), sizeof address) == 0) {
         bound = true;
