@@ -55,6 +55,10 @@ std::string composeShellLine(const char* fleetDir, const char* cmdLabel, const c
 // close-on-exec, so that the shell and what it starts inherit none of the
 // tool's files, sockets or display connection, whoever opened them.
 void keepDescriptorsFromTheShell() {
+#ifdef CLOSE_RANGE_CLOEXEC
+  if (close_range(STDERR_FILENO + 1, ~0U, CLOSE_RANGE_CLOEXEC) == 0) return;
+#endif
+  // Without that call (or on a kernel that lacks it), one at a time.
   constexpr long kHighestDescriptor = 65536;
   long highest = sysconf(_SC_OPEN_MAX);
   if (highest < 0 || highest > kHighestDescriptor) highest = kHighestDescriptor;
