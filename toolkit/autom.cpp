@@ -16,13 +16,13 @@
 struct AutomDesc {
   std::string Text;
   BoolEnum Selected = 0;
-  struct Cell {
-    Int Col, Row;
+  // Lines after the widget's own: cells and other parts.
+  struct Part {
+    std::string Suffix, Class;
     _Rect16Rec Box;
-    BoolEnum Selected;
-    std::string Text;
+    std::string State, Text;
   };
-  std::vector<Cell> Cells;
+  std::vector<Part> Parts;
 };
 
 namespace {
@@ -121,13 +121,9 @@ void describe(std::string& out, WgtPtr w, const std::string& path, WinPtr win, b
   if (!isWin && WIN_GetDefWgt(win) == w) state += 'D';
   const char* cls = WGT_Res(w)->ResClass->Name;
   appendLine(out, path, cls ? cls : "", box, state, desc.Text);
-  for (const AutomDesc::Cell& c : desc.Cells) {
-    std::string cellPath = path + "/";
-    appendInt(cellPath, c.Col);
-    cellPath += ',';
-    appendInt(cellPath, c.Row);
-    _Rect16Rec cb = RECT16_Make(origin.X + c.Box.Origin.X, origin.Y + c.Box.Origin.Y, c.Box.Extent.X, c.Box.Extent.Y);
-    appendLine(out, cellPath, "Cell", cb, c.Selected ? "VS" : "V", c.Text);
+  for (const AutomDesc::Part& p : desc.Parts) {
+    _Rect16Rec pb = RECT16_Make(origin.X + p.Box.Origin.X, origin.Y + p.Box.Origin.Y, p.Box.Extent.X, p.Box.Extent.Y);
+    appendLine(out, path + p.Suffix, p.Class.c_str(), pb, p.State, p.Text);
   }
   if (!PANEL_IsPanel(w)) return;
   PanelPtr panel = reinterpret_cast<PanelPtr>(w);
@@ -176,8 +172,16 @@ void AUTOM_SetSelected(AutomDesc* desc, BoolEnum flag) {
   if (desc) desc->Selected = flag ? 1 : 0;
 }
 
+void AUTOM_AddLine(AutomDesc* desc, const char* suffix, const char* cls, const _Rect16Rec& box, const char* state,
+                   const char* text) {
+  if (desc)
+    desc->Parts.push_back({suffix ? suffix : "", cls ? cls : "", box, state ? state : "", text ? text : ""});
+}
+
 void AUTOM_AddCell(AutomDesc* desc, Int col, Int row, const _Rect16Rec& box, BoolEnum selected, const char* text) {
-  if (desc) desc->Cells.push_back({col, row, box, selected ? 1 : 0, text ? text : ""});
+  char suffix[32];
+  std::snprintf(suffix, sizeof suffix, "/%ld,%ld", static_cast<long>(col), static_cast<long>(row));
+  AUTOM_AddLine(desc, suffix, "Cell", box, selected ? "VS" : "V", text);
 }
 
 void AUTOM_CaptureBegin() {

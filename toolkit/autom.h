@@ -53,6 +53,13 @@ void AUTOM_SetSelected(AutomDesc* desc, BoolEnum flag);
 // widget's own line: "<path>/<col>,<row>", class "Cell", the box (given in
 // the widget's coordinates), state V and S when selected, and the text.
 void AUTOM_AddCell(AutomDesc* desc, Int col, Int row, const _Rect16Rec& box, BoolEnum selected, const char* text);
+// Any other part of a widget that a driver may want to press (a menu
+// item, say): a line after the widget's own with the path "<path><suffix>"
+// (a suffix such as "/3"), the class, the box in the widget's
+// coordinates, the state letters as they are to appear ("V", "VE"; empty
+// gives "-") and the text.  Lines come in the order they were added.
+void AUTOM_AddLine(AutomDesc* desc, const char* suffix, const char* cls, const _Rect16Rec& box, const char* state,
+                   const char* text);
 
 // Text capture while something is drawn: between the two calls every text
 // given to DRAW_Text is collected, joined by one blank.  Captures do not

@@ -237,6 +237,7 @@ void describeCells(WgtPtr, AutomDesc* desc) {
     int r = static_cast<int>(i) / gCells.cols, c = static_cast<int>(i) % gCells.cols;
     AUTOM_AddCell(desc, c, r, RECT16_Make(c * 60, r * 20, 60, 20), r == 1, gCells.drawn[i].c_str());
   }
+  AUTOM_AddLine(desc, "/more", "Part", RECT16_Make(0, 60, 10, 10), "", "a\tpart");
 }
 
 TEST_F(AutomationTest, CellsFollowTheirWidgetWithWhatWasDrawnInThem) {
@@ -257,7 +258,11 @@ TEST_F(AutomationTest, CellsFollowTheirWidgetWithWhatWasDrawnInThem) {
   EXPECT_EQ(cell.text, "R1 C1");
   EXPECT_EQ(l["7/0,2"].state, "V");
   EXPECT_EQ(l["7/0,2"].text, "R2 C0");
-  EXPECT_EQ(l.size(), 12u + 6u);
+  EXPECT_EQ(l["7/more"].cls, "Part");
+  EXPECT_EQ(l["7/more"].y, 230);
+  EXPECT_EQ(l["7/more"].state, "-");
+  EXPECT_EQ(l["7/more"].text, "a\\tpart");
+  EXPECT_EQ(l.size(), 12u + 7u);
   // Capture is off outside AUTOM_CaptureBegin .. End, and a capture
   // without the surface gives nothing.
   AUTOM_SetOn(0);
