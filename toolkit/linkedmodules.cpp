@@ -11,6 +11,7 @@
 #include "toolkit/dsply.h"
 #include "toolkit/errw.h"
 #include "toolkit/event.h"
+#include "toolkit/lbox.h"
 #include "toolkit/rgn.h"
 #include "toolkit/tarea.h"
 #include "toolkit/tbut.h"
@@ -24,6 +25,9 @@ int TK_LinkedModuleCount() {
       WGT_InstallClass,  WGT_InitClass,     PANEL_InstallClass, PANEL_InitClass,
       WIN_InstallClass,  WIN_InitClass,     TBUT_InstallClass,  TBUT_InitClass,
       TAREA_InstallClass, TAREA_InitClass,  DSPLY_UpdateLook,   ERRW_Init,
+      SAREA_InstallClass, SAREA_InitClass,  SB_InstallClass,    SB_InitClass,
+      LBCOL_InstallClass, LBCOL_InitClass,  LBROW_InstallClass, LBROW_InitClass,
+      LBOX_InstallClass,  LBOX_InitClass,
   };
   using DisplayEntry = void (*)(int);
   static volatile DisplayEntry const kDisplayInit = DSPLY_Init;
