@@ -758,6 +758,8 @@ void S_LBoxConstruct(ResPtr res, ResConstructPtr params) {
 
 void S_LBoxDestruct(ResPtr res) {
   LBoxPtr b = reinterpret_cast<LBoxPtr>(res);
+  // Ended while the cells are still here, so that the owner hears of each.
+  if (res->ResInitialized) WGT_Send(W(b), WGT_NFYEND);
   delete static_cast<LBoxState*>(b->LBoxPrivate1);
   b->LBoxPrivate1 = nullptr;
   LATT2_Dispose(b->LBoxPrivate);

@@ -66,6 +66,7 @@ void S_SAreaConstruct(ResPtr res, ResConstructPtr params) {
 
 void S_SAreaDestruct(ResPtr res) {
   SAreaPtr a = reinterpret_cast<SAreaPtr>(res);
+  if (res->ResInitialized) WGT_Send(W(a), WGT_NFYEND);
   for (SbPtr* bar : {&a->HSb, &a->VSb}) {
     if (!*bar) continue;
     ResPtr r = WGT_Res(SB_Wgt(*bar));

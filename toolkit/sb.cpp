@@ -27,6 +27,14 @@ RClasPtr sSb = nullptr;
 int px(int n) { return n * DSPLY_GetScreenDpi() / 96; }
 WgtPtr W(SbPtr b) { return SB_Wgt(b); }
 
+// A bar made by a scrolling area is not among its panel's children.
+bool SAreaOwned(SbPtr b) {
+  PanelPtr p = W(b)->Panel;
+  for (Int i = 0; p && i < ARRAY_GetCount(p->CompoWgts); i++)
+    if (ARRAY_GetNthPtr(p->CompoWgts, i) == b) return true;
+  return false;
+}
+
 bool vertical(SbPtr b) { return W(b)->Box.Extent.Y > W(b)->Box.Extent.X; }
 int lengthOf(SbPtr b) { return vertical(b) ? W(b)->Box.Extent.Y : W(b)->Box.Extent.X; }
 int thicknessOf(SbPtr b) { return vertical(b) ? W(b)->Box.Extent.X : W(b)->Box.Extent.Y; }
@@ -108,11 +116,17 @@ void S_Redraw(SbPtr b) {
   DrawPtr d = WGT_BeginDraw(w);
   Layout l = layoutOf(b);
   bool enabled = WGT_IsEnabled(w);
-  ColorPtr track = colorOr(b->BodyColor, COLOR_Window());
-  DRAW_FillRect(d, RECT16_Make(0, 0, w->Box.Extent.X, w->Box.Extent.Y), track);
-  // A line on the side that faces the content.
-  if (vertical(b)) DRAW_Line(d, 0, 0, 0, w->Box.Extent.Y - 1, COLOR_LightGray(), PEN_Solid());
-  else DRAW_Line(d, 0, 0, w->Box.Extent.X - 1, 0, COLOR_LightGray(), PEN_Solid());
+  ColorPtr track = colorOr(b->BodyColor, COLOR_LoadByText("#eef0f3"));
+  _Rect16Rec all = RECT16_Make(0, 0, w->Box.Extent.X, w->Box.Extent.Y);
+  DRAW_FillRect(d, all, track);
+  // A bar of a scrolling area has a line on the side that faces the
+  // content; a bar on its own a frame.
+  if (SAreaOwned(b)) {
+    if (vertical(b)) DRAW_Line(d, 0, 0, 0, w->Box.Extent.Y - 1, COLOR_LightGray(), PEN_Solid());
+    else DRAW_Line(d, 0, 0, w->Box.Extent.X - 1, 0, COLOR_LightGray(), PEN_Solid());
+  } else {
+    DRAW_FrameRect(d, all, WGT_HasFocus(w, 1) ? COLOR_Accent() : COLOR_LightGray(), PEN_Solid());
+  }
   for (int part = SB_PARTARROW1; part <= SB_PARTARROW2; part++) {
     _Rect16Rec r = SB_QueryPartRect(b, part);
     if (b->PressedPart == part) DRAW_FillRect(d, RECT16_Inset(r, 1), COLOR_Pressed());
