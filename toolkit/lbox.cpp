@@ -438,11 +438,11 @@ void collectCell(Latt2CellPtr cell, ClientPtr data) {
 
 // The cells with a value whose state may have changed in an operation:
 // those of the range that were or are selected.
-std::set<std::pair<Int, Int>> touchedCells(LBoxPtr b, const Range& g) {
+std::set<std::pair<Int, Int>> touchedCells(LBoxPtr b, const Range& g, const std::vector<Range>& before) {
   std::set<std::pair<Int, Int>> cells;
   std::vector<std::pair<Int, Int>> found;
   Range bound{0, 0, LATT2_GetLastCol(latt(b)), LATT2_GetLastRow(latt(b))};
-  for (const std::vector<Range>* list : {&st(b).drawnSel, &st(b).sel})
+  for (const std::vector<Range>* list : {&before, static_cast<const std::vector<Range>*>(&st(b).sel)})
     for (const Range& r : *list) {
       Range i = intersect(intersect(r, g), bound);
       if (i.empty()) continue;
@@ -474,10 +474,9 @@ void flush(LBoxPtr b) {
     Range vis = visibleBody(b);
     Range visAll{0, 0, vis.c1, vis.r1};
     for (const SelOp& op : ops) {
-      for (auto& c : touchedCells(b, op.range)) cells.insert(c);
-      if (op.rows)
-        for (Int r = std::max(op.range.r0, 1); r <= std::min(op.range.r1, LATT2_GetLastRow(latt(b))); r++)
-          rows.insert({r, 0});
+      for (auto& c : touchedCells(b, op.range, before)) cells.insert(c);
+      for (Int r = std::max(op.range.r0, 1); r <= std::min(op.range.r1, LATT2_GetLastRow(latt(b))); r++)
+        if (op.rows || inRanges(before, 0, r)) rows.insert({r, 0});
       Range v = intersect(op.range, visAll);
       for (Int r = v.r0; r <= v.r1; r++) {
         if (r > 0 && r < vis.r0) continue;

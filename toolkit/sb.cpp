@@ -211,13 +211,15 @@ void trackRepeat(SbPtr b, Int part) {
   stepPart(b, part, alongOf(b, loc));
   EVENT_TrackDownBegin(w);
   while (EVENT_TrackDown(w)) {
-    EVENT_QueryWgtLoc(w, &loc);
+    // A repetition step (an alarm) carries no location: the last one holds.
+    bool repeat = EVENT_GetCurEventType() == EVENT_TYPEALARM;
+    if (!repeat) EVENT_QueryWgtLoc(w, &loc);
     Int under = SB_QueryPart(b, loc.X, loc.Y);
     bool onIt = under == part || (part == SB_PARTBODY1 || part == SB_PARTBODY2
                                       ? (under == SB_PARTBODY1 || under == SB_PARTBODY2)
                                       : false);
     setPressed(b, onIt ? part : SB_PARTNONE);
-    if (EVENT_GetCurEventType() == EVENT_TYPEALARM && onIt) stepPart(b, part, alongOf(b, loc));
+    if (repeat && onIt) stepPart(b, part, alongOf(b, loc));
   }
   EVENT_TrackDownEnd(w);
   if (hadDelay) EVENT_SetTrackDelay(&saved);
@@ -239,6 +241,7 @@ void trackThumb(SbPtr b) {
   setPressed(b, SB_PARTTHUMB);
   EVENT_TrackDownBegin(w);
   while (EVENT_TrackDown(w)) {
+    if (EVENT_GetCurEventType() != EVENT_TYPEMOUSEMOVE) continue;
     EVENT_QueryWgtLoc(w, &loc);
     l = layoutOf(b);
     int free = l.trackLen - l.thumbLen;
