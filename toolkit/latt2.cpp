@@ -187,6 +187,12 @@ Latt2CellPtr makeCell(Latt2Ptr latt, Int col, Int row, Latt2CellPtr near) {
   from = colHead;
   for (Latt2CellPtr c : {latt->Cur, near})
     if (c && c != cell && c->Col == col && c->Row < row && c->Row > from->Row) from = c;
+  if (from == colHead && rowHead->Up) {
+    // A table filled row by row: the row above most likely has a cell in
+    // this column, found along that row rather than down the column.
+    Latt2CellPtr above = walk(latt, rowHead->Up, &_Latt2CellRec::Right, &_Latt2CellRec::Left, &_Latt2CellRec::Col, col);
+    if (above->Col == col && above->Row > 0) from = above;
+  }
   pred = walk(latt, from, &_Latt2CellRec::Down, &_Latt2CellRec::Up, &_Latt2CellRec::Row, row);
   linkAfter(pred, cell, &_Latt2CellRec::Down, &_Latt2CellRec::Up);
   if (latt->Notify) latt->Notify(latt, LATT2_NFYNEWCELL, cell, nullptr, latt->NotifyData);

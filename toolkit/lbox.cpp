@@ -139,10 +139,14 @@ ResPtr nthDef(ArrayPtr defs, Int n, RClasPtr cls) {
   return r && cls && RCLAS_IsSubClassOf(r->ResClass, cls) ? r : nullptr;
 }
 
-// The template's definitions, each value clamped to what can be shown:
-// definitions of the wrong class are passed over.
+// The template's definitions, each value clamped to what can be shown and
+// scaled to the screen as the boxes are: definitions of the wrong class
+// are passed over.
 void S_ReadTemplate(LBoxPtr b) {
   LBoxState& s = st(b);
+  WgtPtr w = W(b);
+  auto sx = [&](long v) { return clampExtent(WGT_ScaleX16(w, static_cast<Int16>(clampExtent(v)))); };
+  auto sy = [&](long v) { return clampExtent(WGT_ScaleY16(w, static_cast<Int16>(clampExtent(v)))); };
   s.colDefs.clear();
   Int ncols = std::min(ARRAY_GetCount(b->Col), kMaxIndex + 1);
   for (Int i = 0; i < ncols; i++) {
@@ -151,29 +155,29 @@ void S_ReadTemplate(LBoxPtr b) {
       _LbColObj* c = reinterpret_cast<_LbColObj*>(r);
       d.font = FONT_LoadByText(c->Font);
       d.justif = c->Justif <= LBOX_JUSTRIGHT ? static_cast<Int>(c->Justif) : static_cast<Int>(LBOX_JUSTLEFT);
-      d.width = c->Width > 0 || (c->Width == 0 && i == 0) ? clampExtent(c->Width) : -1;
-      d.left = c->LeftMargin >= 0 ? clampExtent(c->LeftMargin) : -1;
-      d.right = c->RightMargin >= 0 ? clampExtent(c->RightMargin) : -1;
+      d.width = c->Width > 0 || (c->Width == 0 && i == 0) ? sx(c->Width) : -1;
+      d.left = c->LeftMargin >= 0 ? sx(c->LeftMargin) : -1;
+      d.right = c->RightMargin >= 0 ? sx(c->RightMargin) : -1;
     }
     s.colDefs.push_back(d);
   }
   if (ResPtr r = nthDef(b->Row, 0, sLbRow)) {
     _LbRowObj* row = reinterpret_cast<_LbRowObj*>(r);
-    if (row->Height > 0) s.headRowHeight = clampExtent(row->Height);
+    if (row->Height > 0) s.headRowHeight = sy(row->Height);
     s.headFont = FONT_LoadByText(row->Font);
   }
   if (ResPtr r = nthDef(b->Row, 1, sLbRow)) {
     _LbRowObj* row = reinterpret_cast<_LbRowObj*>(r);
-    if (row->Height > 0) s.rowHeight = clampExtent(row->Height);
+    if (row->Height > 0) s.rowHeight = sy(row->Height);
     s.bodyFont = FONT_LoadByText(row->Font);
   }
   std::vector<Int> widths = data16(b->ColWidth);
   s.colWidth.assign(widths.size(), -1);
   for (size_t i = 0; i < widths.size(); i++)
-    if (widths[i] >= 0) s.colWidth[i] = clampExtent(widths[i]);
+    if (widths[i] >= 0) s.colWidth[i] = sx(widths[i]);
   std::vector<Int> heights = data16(b->RowHeight);
-  if (heights.size() > 0 && heights[0] >= 0) s.headRowHeight = clampExtent(heights[0]);
-  if (heights.size() > 1 && heights[1] > 0) s.rowHeight = clampExtent(heights[1]);
+  if (heights.size() > 0 && heights[0] >= 0) s.headRowHeight = sy(heights[0]);
+  if (heights.size() > 1 && heights[1] > 0) s.rowHeight = sy(heights[1]);
   s.numCol = b->ColNum > 0 ? b->ColNum : 0;
   s.numRow = b->RowNum > 0 ? b->RowNum : 0;
   s.colStartValid = false;
@@ -767,8 +771,8 @@ void S_LBoxDestruct(ResPtr res) {
 
 void S_Init(LBoxPtr b) {
   if (W(b)->WgtFlags == 0) W(b)->WgtFlags = WGT_FLAGTABSTOP;  // a list is reached with tab
-  S_ReadTemplate(b);
   SAREA_DefNfy(WGT_Res(W(b)), WGT_NFYINIT, nullptr);
+  S_ReadTemplate(b);
   LBoxReCompute(b);
 }
 

@@ -424,7 +424,7 @@ TEST_F(LBoxTest, TheDemoTemplateGivesColumnsBarAndHeadings) {
   EXPECT_EQ(bar->Info.ThumbSize, 10);
   EXPECT_EQ(bar->Info.Step, 1);
   EXPECT_EQ(LBOX_GetColWidth(list, 0), 0);
-  EXPECT_EQ(LBOX_GetColWidth(list, 3), 160 * DSPLY_GetScreenDpi() / 96 * 96 / DSPLY_GetScreenDpi());
+  EXPECT_EQ(LBOX_GetColWidth(list, 3), 160 * DSPLY_GetScreenDpi() / 96);  // scaled as the boxes are
   EXPECT_EQ(list->StringFlags, LBOX_STRINGCLIENTDATA);
 }
 
