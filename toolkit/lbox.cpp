@@ -242,23 +242,38 @@ Int shownCols(LBoxPtr b) {
 }
 Int shownRows(LBoxPtr b) { return st(b).numRow > 0 ? st(b).numRow : LATT2_GetLastRow(latt(b)); }
 
+// The x of every column with a width of its own (from column 1): the
+// columns after them all have the default width and are computed, so that
+// a grid of many columns costs nothing.
 const std::vector<Int32>& colStarts(LBoxPtr b) {
   LBoxState& s = st(b);
-  Int n = shownCols(b);
+  Int own = static_cast<Int>(std::max(s.colWidth.size(), s.colDefs.size())) - 1;
+  Int n = std::max(0, std::min(shownCols(b), own));
   if (!s.colStartValid || s.colStart.size() != static_cast<size_t>(n) + 1) {
     s.colStart.assign(static_cast<size_t>(n) + 1, 0);
-    for (Int c = 1; c <= n; c++) s.colStart[static_cast<size_t>(c)] = s.colStart[static_cast<size_t>(c - 1)] + colWidthOf(b, c);
+    for (Int c = 1; c <= n; c++)
+      s.colStart[static_cast<size_t>(c)] = s.colStart[static_cast<size_t>(c - 1)] + colWidthOf(b, c);
     s.colStartValid = true;
   }
   return s.colStart;
 }
 
+// The document x of a column (1 .. shown + 1: the end of the last one).
+Int32 colLeft(LBoxPtr b, Int col) {
+  const std::vector<Int32>& starts = colStarts(b);
+  Int k = static_cast<Int>(starts.size()) - 1;
+  if (col - 1 <= k) return starts[static_cast<size_t>(std::max(col - 1, 0))];
+  return starts.back() + (col - 1 - k) * px(100);
+}
+
+Int32 docWidth(LBoxPtr b) { return colLeft(b, shownCols(b) + 1); }
+
 // The column whose document span holds x (1 .. shown), or 0 beyond.
 Int colAtDocX(LBoxPtr b, Int32 x) {
+  if (x < 0 || x >= docWidth(b)) return 0;
   const std::vector<Int32>& starts = colStarts(b);
-  if (x < 0 || starts.size() < 2 || x >= starts.back()) return 0;
-  auto it = std::upper_bound(starts.begin(), starts.end(), x);
-  return static_cast<Int>(it - starts.begin());
+  if (x < starts.back()) return static_cast<Int>(std::upper_bound(starts.begin(), starts.end(), x) - starts.begin());
+  return static_cast<Int>(starts.size()) + (x - starts.back()) / px(100);
 }
 
 // Lays the box out again after a change of its cells or definitions.
@@ -267,7 +282,7 @@ void LBoxReCompute(LBoxPtr b) {
   Int rowH = bodyRowHeight(b);
   SAREA_SetScrollStep(a, px(20), rowH);
   SAREA_SetHeadExt(a, colWidthOf(b, 0), headRowHeight(b));
-  SAREA_SetDocExt(a, colStarts(b).back(), static_cast<Int32>(shownRows(b)) * rowH);
+  SAREA_SetDocExt(a, docWidth(b), static_cast<Int32>(shownRows(b)) * rowH);
 }
 
 // The cell's rectangle in widget coordinates, cut to 16 bits, and the
@@ -279,10 +294,7 @@ _Rect16Rec cellRect(LBoxPtr b, Int col, Int row, Int* part) {
     x = a->WorkBox.Origin.X;
     w = colWidthOf(b, 0);
   } else {
-    const std::vector<Int32>& starts = colStarts(b);
-    long start = col <= static_cast<Int>(starts.size()) - 1 ? starts[static_cast<size_t>(col - 1)]
-                                                           : starts.back() + static_cast<long>(col - starts.size()) * px(100);
-    x = a->ViewBox.Origin.X + start - a->DocBox.X;
+    x = a->ViewBox.Origin.X + static_cast<long>(colLeft(b, col)) - a->DocBox.X;
     w = colWidthOf(b, col);
   }
   if (row <= 0) {
@@ -657,11 +669,10 @@ void setFocusCell(LBoxPtr b, Int col, Int row) {
 
 void showCell(LBoxPtr b, Int col, Int row) {
   Int rowH = bodyRowHeight(b);
-  const std::vector<Int32>& starts = colStarts(b);
   SAreaPtr a = SA(b);
   Int32 x = a->DocBox.X, w = 0;
-  if (col >= 1 && static_cast<size_t>(col) < starts.size()) {
-    x = starts[static_cast<size_t>(col - 1)];
+  if (col >= 1 && col <= shownCols(b)) {
+    x = colLeft(b, col);
     w = colWidthOf(b, col);
   }
   Int32 y = a->DocBox.Y, h = 0;
