@@ -5,6 +5,7 @@
 #include <cstdlib>
 #include <cstring>
 #include <initializer_list>
+#include <vector>
 
 namespace {
 
@@ -33,6 +34,10 @@ Int16 sat16(long v) { return static_cast<Int16>(v > 32767 ? 32767 : v < -32768 ?
 struct Latt2Full {
   _Latt2Rec Pub;
   Latt2CellPtr Last[2];  // last row head, last column head
+  // The heads of each direction in order, for far jumps; rebuilt when
+  // needed after a head came or went (a shift keeps their order).
+  std::vector<Latt2CellPtr> Index[2];
+  bool IndexValid[2];
 };
 
 namespace {
@@ -40,6 +45,11 @@ namespace {
 Latt2Full* full(Latt2Ptr latt) { return reinterpret_cast<Latt2Full*>(latt); }
 Latt2CellPtr& lastHead(Latt2Ptr latt, const Axis& a) { return full(latt)->Last[&a == &kRows ? 0 : 1]; }
 Latt2CellPtr& hint(Latt2Ptr latt, const Axis& a) { return &a == &kRows ? latt->RowHint : latt->ColHint; }
+int axisNo(const Axis& a) { return &a == &kRows ? 0 : 1; }
+void headsChanged(Latt2Ptr latt) { full(latt)->IndexValid[0] = full(latt)->IndexValid[1] = false; }
+
+// Walks shorter than this go along the lists; longer ones use the index.
+constexpr long kFarWalk = 48;
 
 void syncFirst(Latt2Ptr latt) {
   latt->FirstRowHead = latt->Origin->Down;
@@ -76,6 +86,25 @@ Latt2CellPtr findHead(Latt2Ptr latt, const Axis& a, Int n) {
   Latt2CellPtr start = latt->Origin;
   Latt2CellPtr h = hint(latt, a);
   if (h && std::abs(h->*a.Pos - n) < n) start = h;
+  if (std::abs(start->*a.Pos - n) > kFarWalk) {
+    // Far: a binary search of the heads in order.
+    Latt2Full* f = full(latt);
+    int i = axisNo(a);
+    if (!f->IndexValid[i]) {
+      f->Index[i].clear();
+      for (Latt2CellPtr c = latt->Origin; c; c = c->*a.HeadNext) f->Index[i].push_back(c);
+      f->IndexValid[i] = true;
+    }
+    const std::vector<Latt2CellPtr>& heads = f->Index[i];
+    size_t lo = 0, hi = heads.size();  // the last head at or before n is below hi
+    while (hi - lo > 1) {
+      size_t mid = (lo + hi) / 2;
+      latt->Steps++;
+      if (heads[mid]->*a.Pos <= n) lo = mid;
+      else hi = mid;
+    }
+    start = heads[lo];
+  }
   Latt2CellPtr head = walk(latt, start, a.HeadNext, a.HeadPrev, a.Pos, n);
   hint(latt, a) = head;
   return head;
@@ -96,6 +125,7 @@ Latt2CellPtr ensureHead(Latt2Ptr latt, const Axis& a, Int n) {
   if (pred->*a.Pos == n) return pred;
   Latt2CellPtr head = &a == &kRows ? newCell(latt, 0, n) : newCell(latt, n, 0);
   linkAfter(pred, head, a.HeadNext, a.HeadPrev);
+  headsChanged(latt);
   if (!(head->*a.HeadNext)) lastHead(latt, a) = head;
   hint(latt, a) = head;
   syncFirst(latt);
@@ -106,6 +136,7 @@ Latt2CellPtr ensureHead(Latt2Ptr latt, const Axis& a, Int n) {
 // Takes a cell out of both its lists; the cursor node and the hints that
 // stood on it move to a neighbour.
 void unlink(Latt2Ptr latt, Latt2CellPtr x) {
+  if (x->Row == 0 || x->Col == 0) headsChanged(latt);
   if (x->Up) x->Up->Down = x->Down;
   if (x->Down) x->Down->Up = x->Up;
   if (x->Left) x->Left->Right = x->Right;
@@ -154,14 +185,16 @@ bool seek(Latt2Ptr latt, Int col, Int row) {
   Latt2CellPtr start = latt->Cur ? latt->Cur : latt->Origin;
   long fromCur = std::labs(static_cast<long>(start->Row) - row) + std::labs(static_cast<long>(start->Col) - col);
   if (fromCur > static_cast<long>(row) + col) start = latt->Origin;
+  bool far = std::labs(static_cast<long>(start->Row) - row) > kFarWalk;
   Latt2CellPtr n;
   if (start->Row == row) {
     n = walk(latt, start, &_Latt2CellRec::Right, &_Latt2CellRec::Left, &_Latt2CellRec::Col, col);
-  } else if (start->Col == col) {
+  } else if (start->Col == col && !far) {
     n = walk(latt, start, &_Latt2CellRec::Down, &_Latt2CellRec::Up, &_Latt2CellRec::Row, row);
   } else {
-    // To the row through the row heads, then along the row; a missing row
-    // leaves the node on the head before it.
+    // To the row through the row heads (a far one through their index),
+    // then along the row; a missing row leaves the node on the head before
+    // it.
     n = findHead(latt, kRows, row);
     if (n->Row == row) n = walk(latt, n, &_Latt2CellRec::Right, &_Latt2CellRec::Left, &_Latt2CellRec::Col, col);
   }
@@ -283,8 +316,7 @@ void removeLine(Latt2Ptr latt, const Axis& a) {
 }  // namespace
 
 Latt2Ptr LATT2_NewSetSizeOf(Int sizeOf) {
-  Latt2Full* f = static_cast<Latt2Full*>(std::calloc(1, sizeof(Latt2Full)));
-  if (!f) std::abort();
+  Latt2Full* f = new Latt2Full();
   Latt2Ptr latt = &f->Pub;
   latt->SizeOf = sizeOf < static_cast<Int>(sizeof(_Latt2CellRec)) ? static_cast<Int>(sizeof(_Latt2CellRec)) : sizeOf;
   latt->Origin = newCell(latt, 0, 0);
@@ -320,6 +352,7 @@ void LATT2_Reset(Latt2Ptr latt) {
   latt->Cur = o;
   latt->RowHint = latt->ColHint = nullptr;
   full(latt)->Last[0] = full(latt)->Last[1] = nullptr;
+  headsChanged(latt);
   syncFirst(latt);
 }
 
@@ -327,7 +360,7 @@ void LATT2_Dispose(Latt2Ptr latt) {
   if (!latt) return;
   LATT2_Reset(latt);
   std::free(latt->Origin);
-  std::free(full(latt));
+  delete full(latt);
 }
 
 void LATT2_SetNotify(Latt2Ptr latt, Latt2NfyProc proc, ClientPtr data) {
