@@ -1,5 +1,5 @@
 // Regions on Xlib's region arithmetic.
-#include "toolkit/x11priv.h"  // first: it settles the X type names
+#include "toolkit/x11/x11priv.h"  // first: it settles the X type names
 
 #include "toolkit/rgn.h"
 

@@ -1,7 +1,7 @@
 // Colours, fonts and cursors on the X server.  Everything made here is
 // remembered so that closing the display frees it and a display opened
 // again starts clean.
-#include "toolkit/x11priv.h"  // first: it settles the X type names
+#include "toolkit/x11/x11priv.h"  // first: it settles the X type names
 
 #include <X11/cursorfont.h>
 

@@ -1,8 +1,8 @@
 // Private to the X11 display layer (toolkit/x11*.cpp): the connection and
 // the helpers that turn toolkit attributes into X resources.  Nothing
 // outside the x11*.cpp files includes this header.
-#ifndef OWB_TOOLKIT_X11PRIV_H
-#define OWB_TOOLKIT_X11PRIV_H
+#ifndef OWB_TOOLKIT_X11_X11PRIV_H
+#define OWB_TOOLKIT_X11_X11PRIV_H
 
 // The toolkit's FontPtr is its own; Xlib's internal type of that name is
 // never used.
@@ -47,4 +47,4 @@ void X11ForgetWinDraw(Window win);
 // True for a window the toolkit made.
 bool X11IsOurWin(Window win);
 
-#endif  // OWB_TOOLKIT_X11PRIV_H
+#endif  // OWB_TOOLKIT_X11_X11PRIV_H

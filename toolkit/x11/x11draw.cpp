@@ -1,5 +1,5 @@
 // Drawing on Xlib (rectangles, lines) and Xft (text, anti-aliased shapes).
-#include "toolkit/x11priv.h"  // first: it settles the X type names
+#include "toolkit/x11/x11priv.h"  // first: it settles the X type names
 
 #include "toolkit/draw.h"
 

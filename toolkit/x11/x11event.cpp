@@ -1,5 +1,5 @@
 // Reading the X server's events and translating them into display events.
-#include "toolkit/x11priv.h"  // first: it settles the X type names
+#include "toolkit/x11/x11priv.h"  // first: it settles the X type names
 
 #include <X11/keysym.h>
 #include <sys/select.h>

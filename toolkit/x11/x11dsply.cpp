@@ -1,5 +1,5 @@
 // The display connection and its top-level windows on Xlib.
-#include "toolkit/x11priv.h"  // first: it settles the X type names
+#include "toolkit/x11/x11priv.h"  // first: it settles the X type names
 
 #include <X11/Xatom.h>
 #include <X11/Xresource.h>
