@@ -15,6 +15,7 @@
 #include "toolkit/errw.h"
 #include "toolkit/event.h"
 #include "toolkit/kylst.h"
+#include "toolkit/lbox.h"
 #include "toolkit/rgn.h"
 #include "toolkit/tarea.h"
 #include "toolkit/tbut.h"
@@ -59,6 +60,11 @@ const TkClassEntry kClasses[] = {
     // cells to the automation surface.
     {TK_LAYER_TKIT, "TBut", TBUT_InstallClass, TBUT_InitClass, TBUT_Describe},
     {TK_LAYER_TKIT, "TArea", TAREA_InstallClass, TAREA_InitClass, TAREA_Describe},
+    {TK_LAYER_TKIT, "SArea", SAREA_InstallClass, SAREA_InitClass},
+    {TK_LAYER_TKIT, "Sb", SB_InstallClass, SB_InitClass},
+    {TK_LAYER_TKIT, "LbCol", LBCOL_InstallClass, LBCOL_InitClass},
+    {TK_LAYER_TKIT, "LbRow", LBROW_InstallClass, LBROW_InitClass},
+    {TK_LAYER_TKIT, "LBox", LBOX_InstallClass, LBOX_InitClass},
     // The look is applied once every widget class is initialised.
     {TK_LAYER_TKIT, "Look", nullptr, DSPLY_UpdateLook},
 
