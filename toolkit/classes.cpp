@@ -64,7 +64,7 @@ const TkClassEntry kClasses[] = {
     {TK_LAYER_TKIT, "Sb", SB_InstallClass, SB_InitClass},
     {TK_LAYER_TKIT, "LbCol", LBCOL_InstallClass, LBCOL_InitClass},
     {TK_LAYER_TKIT, "LbRow", LBROW_InstallClass, LBROW_InitClass},
-    {TK_LAYER_TKIT, "LBox", LBOX_InstallClass, LBOX_InitClass},
+    {TK_LAYER_TKIT, "LBox", LBOX_InstallClass, LBOX_InitClass, LBOX_Describe},
     // The look is applied once every widget class is initialised.
     {TK_LAYER_TKIT, "Look", nullptr, DSPLY_UpdateLook},
 

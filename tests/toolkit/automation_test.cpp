@@ -12,6 +12,7 @@
 
 #include "tests/toolkit/tk_fixture.h"
 #include "toolkit/autom.h"
+#include "toolkit/lbox.h"
 #include "toolkit/pfld.h"
 
 namespace {
@@ -280,6 +281,57 @@ TEST_F(AutomationTest, CellsFollowTheirWidgetWithWhatWasDrawnInThem) {
   EXPECT_NE(big.find("7/0,9999\tCell\t20\t10169\t10\t1\tV\tx\n"), std::string::npos);
   gCells.describedCells = -1;
   AUTOM_SetDescribeProc(cls, nullptr);
+}
+
+TEST_F(AutomationTest, AListBoxIsFollowedByItsCellsInView) {
+  WinPtr win = keep(tktest::newWin(500, 100, 320, 200, "list"));
+  LBoxPtr box = LBOX_Create();
+  LBOX_Wgt(box)->ResBox = RECT16_Make(10, 10, 300, 150);
+  box->StringFlags = LBOX_STRINGCLIENTDATA;
+  PANEL_AddWgt(WIN_Panel(win), LBOX_Wgt(box));
+  WIN_Init(win);
+  static const char* const kTexts[] = {"Head 1", "Head 2", "Head 3", "r1c1", "r1c2", "r1c3", "r2c1", "r2c2",
+                                       "r2c3", "r3c1", "r3c2", "r3c3", "r4c1", "r4c2", "r4c3", "r5c1", "r5c2",
+                                       "r5c3", "r6c1", "r6c2", "r6c3", "r7c1", "r7c2", "r7c3", "r8c1", "r8c2",
+                                       "r8c3", "r9c1", "r9c2", "r9c3"};
+  for (Int r = 0; r < 10; r++)
+    for (Int c = 1; c <= 3; c++) {
+      LBOX_GoColRow(box, c, r);
+      LBOX_CurSetClientData(box, const_cast<char*>(kTexts[r * 3 + c - 1]));
+    }
+  LBOX_RowSelect(box, 2);
+  ASSERT_TRUE(tktest::showAndWait(win));
+  auto read = [&] {
+    settle(20);
+    return parse(readProperty(driver_->display(), WIN_GetNatWin(win)));
+  };
+  std::map<std::string, Line> l = read();
+  EXPECT_EQ(l["0"].cls, "LBox");
+  EXPECT_EQ(l["0/1,0"].cls, "Cell");
+  EXPECT_EQ(l["0/1,0"].text, "Head 1");
+  EXPECT_EQ(l["0/3,1"].text, "r1c3");
+  EXPECT_EQ(l["0/3,1"].state, "V");
+  EXPECT_EQ(l["0/2,2"].state, "VS");
+  // Only what is in view: the box is too low for nine rows.
+  EXPECT_EQ(l.count("0/1,9"), 0u);
+  EXPECT_EQ(l.count("0/0,1"), 0u);  // the heading column is not shown
+  // Cells lie side by side inside the box.
+  EXPECT_EQ(l["0/2,1"].x, l["0/1,1"].x + l["0/1,1"].w);
+  EXPECT_GE(l["0/1,1"].y, l["0/1,0"].y + l["0/1,0"].h);
+  EXPECT_GE(l["0/1,1"].x, 10);
+
+  // A click on the middle of a cell read from the property selects it.
+  const Line& target = l["0/3,3"];
+  ASSERT_EQ(target.text, "r3c3");
+  int ax, ay;
+  Window unused;
+  Display* dpy = driver_->display();
+  XTranslateCoordinates(dpy, WIN_GetNatWin(win), DefaultRootWindow(dpy), target.x + target.w / 2,
+                        target.y + target.h / 2, &ax, &ay, &unused);
+  driver_->click(ax, ay);
+  l = read();
+  EXPECT_EQ(l["0/3,3"].state, "VS");
+  EXPECT_EQ(l["0/2,2"].state, "V");
 }
 
 TEST_F(AutomationTest, AWindowDestroyedByAnotherClientEndsNothing) {
