@@ -212,7 +212,18 @@ void DRAW_FrameEllipse(DrawPtr draw, const _Rect16Rec& rect, ColorPtr color, Pen
   });
 }
 
+namespace {
+DrawTextTapProc gTextTap = nullptr;
+void* gTextTapData = nullptr;
+}  // namespace
+
+void DRAW_SetTextTap(DrawTextTapProc proc, void* data) {
+  gTextTap = proc;
+  gTextTapData = data;
+}
+
 void DRAW_Text(DrawPtr draw, FontPtr font, ColorPtr color, int x, int y, const char* text, int len) {
+  if (gTextTap && text) gTextTap(text, len, gTextTapData);
   if (!usable(draw) || !text || !color || color->Kind != COLOR_KINDRGB) return;
   if (len < 0) len = static_cast<int>(std::strlen(text));
   if (len == 0) return;
