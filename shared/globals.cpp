@@ -8,6 +8,7 @@
 #include "shared/messages.h"
 #include "shared/resources.h"
 #include "shared/tcpxport.h"
+#include "shared/ui/windman.h"
 #include "shared/utils.h"
 #include "toolkit/err.h"
 #include "toolkit/pfld.h"
@@ -166,7 +167,7 @@ void initializeGlobals(const char* toolName, int listenerPort) {
   gToolManToolInfo.listenerPort = getToolManagerPort();
   OWB_LOG("Got port of " << gToolManToolInfo.listenerPort << " for Tool Manager");
 
-  // The window manager comes with window bookkeeping.
+  gWindowManager = new WindowManager(listenerPort > 0);
 
   readOwbDirectory();
   loadSharedDrawingObjects();
@@ -175,6 +176,9 @@ void initializeGlobals(const char* toolName, int listenerPort) {
 }
 
 void cleanUpGlobals() {
+  // First: removing its records still sends UWIN through the center.
+  delete gWindowManager;
+  gWindowManager = nullptr;
   delete gMessageCenter;
   gMessageCenter = nullptr;
   delete[] gToolName;
