@@ -5,6 +5,7 @@
 #include <cstdio>
 
 #include "shared/globals.h"
+#include "shared/ui/alertwin.h"
 #include "shared/ui/resources.h"
 #include "shared/ui/windman.h"
 #include "toolkit/err.h"
@@ -108,4 +109,5 @@ void initializeGlobals(const char* toolName, int listenerPort) {
   setWindowSideHooks(startWindowSide, endWindowSide);
   initializeToolGlobals(toolName, listenerPort);
   loadSharedDrawingObjects();
+  installAlertWindow();
 }

@@ -30,6 +30,29 @@ constexpr TypeIdent kTestToolType = OWB_TYPE("TSTT");
 
 inline std::string toolmanPath() { return owbtest::buildDir() + "/tools/toolman"; }
 
+// The installation's libraries of the generic windows and the shared
+// resources, loaded once per test program.
+inline bool loadInstallationLibraries() {
+  static bool loaded = false;
+  if (loaded) return true;
+  std::string dir = owbtest::installTree() + "/bin/resource";
+  setenv("ND_PATH", dir.c_str(), 1);
+  std::snprintf(gResourcesDirectory, sizeof gResourcesDirectory, "%s/", dir.c_str());
+  ErrTrace frame("Test", __FILE__, __LINE__);
+  loaded = ERR_TryRecoverFn(frame, [] {
+    RLIB_LoadLibFile("Genwin", "ndgw.dat");
+    RLIB_LoadLibFile("shared", "shared.dat");
+  });
+  return loaded;
+}
+
+// Runs proc from the event loop after ms milliseconds: the way a test acts
+// while a modal window runs its own loop.
+template <class Proc>
+void after(int ms, Proc* proc) {
+  EVENT_StartCBackAlarmDS([](ClientPtr p) { (*static_cast<Proc*>(p))(); }, proc, ms);
+}
+
 class ToolmanFixture : public tktest::ToolkitTest {
  protected:
   owbtest::TempDir home;
@@ -41,7 +64,7 @@ class ToolmanFixture : public tktest::ToolkitTest {
   void SetUp() override {
     tktest::ToolkitTest::SetUp();
     prctl(PR_SET_CHILD_SUBREAPER, 1);
-    ASSERT_TRUE(loadInstallationLibraries());
+    ASSERT_TRUE(uitest::loadInstallationLibraries());
     ASSERT_EQ(0, system(("mkdir -p " + project).c_str()));
     int wanted = 31000 + static_cast<int>(getpid() % 3000) * 3;
     toolman = owbtest::startProgram(
@@ -79,22 +102,6 @@ class ToolmanFixture : public tktest::ToolkitTest {
     cleanUpGlobals();
     gToolManToolInfo = ToolInfo{};
     forgetToolManagerPort();
-  }
-
-  // The installation's libraries of the generic windows and the shared
-  // resources, loaded once per test program.
-  static bool loadInstallationLibraries() {
-    static bool loaded = false;
-    if (loaded) return true;
-    std::string dir = owbtest::installTree() + "/bin/resource";
-    setenv("ND_PATH", dir.c_str(), 1);
-    std::snprintf(gResourcesDirectory, sizeof gResourcesDirectory, "%s/", dir.c_str());
-    ErrTrace frame("Test", __FILE__, __LINE__);
-    loaded = ERR_TryRecoverFn(frame, [] {
-      RLIB_LoadLibFile("Genwin", "ndgw.dat");
-      RLIB_LoadLibFile("shared", "shared.dat");
-    });
-    return loaded;
   }
 
   void registerWithToolman() {
