@@ -222,3 +222,8 @@ void installAlertWindow() {
   setAlertHandler(alertWindowHandler);
   setModalAlarmProc(startModalAlarm);
 }
+
+void uninstallAlertWindow() {
+  setAlertHandler(nullptr);
+  setModalAlarmProc(nullptr);
+}

@@ -17,6 +17,8 @@
 // display keeps writing alerts to standard error) and lets modal windows
 // keep polling the message center.  initializeGlobals calls it.
 void installAlertWindow();
+// Gives the alert back to standard error; cleanUpGlobals calls it.
+void uninstallAlertWindow();
 
 // The window handler itself, for setAlertHandler.
 long alertWindowHandler(const char* alertText, long alertType, const char* alertTitle, const char* button1text,

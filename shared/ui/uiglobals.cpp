@@ -101,6 +101,7 @@ void startWindowSide(int listenerPort) { gWindowManager = new WindowManager(list
 void endWindowSide() {
   delete gWindowManager;
   gWindowManager = nullptr;
+  uninstallAlertWindow();
 }
 
 }  // namespace

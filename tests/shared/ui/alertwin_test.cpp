@@ -25,8 +25,7 @@ class AlertTest : public tktest::ToolkitTest {
     installAlertWindow();
   }
   void TearDown() override {
-    setAlertHandler(nullptr);
-    setModalAlarmProc(nullptr);
+    uninstallAlertWindow();
     delete gMessageCenter;
     gMessageCenter = nullptr;
     tktest::ToolkitTest::TearDown();
