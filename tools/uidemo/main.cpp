@@ -18,6 +18,8 @@
 #include "shared/alert.h"
 #include "shared/globals.h"
 #include "shared/ui/alertwin.h"
+#include "shared/ui/filepick.h"
+#include "shared/ui/uiglobals.h"
 #include "shared/ui/resources.h"
 #include "toolkit/app.h"
 #include "toolkit/dsply.h"
@@ -106,7 +108,7 @@ int main(int argc, char** argv) {
     std::fprintf(stderr, "uidemo: %s\n", DSPLY_GetLastError());
     return 1;
   }
-  RLIB_LoadLibFile("shared", "shared.dat");
+  loadSharedDrawingObjects();
   installAlertWindow();
 
   long answer = 0;
@@ -116,6 +118,16 @@ int main(int argc, char** argv) {
     answer = showAlert(argument);
     if (answer < 0) return usage();
     if (!gPng) std::printf("%ld\n", answer);
+  } else {
+    if (argument && chdir(argument) != 0) {
+      std::fprintf(stderr, "uidemo: cannot enter %s\n", argument);
+      return 1;
+    }
+    gWindowToSave = FPICK_GetWin;
+    fileNameType chosen;
+    if (chooseFile(kDisplayFilesAndComponents, chosen, "Choose a fleet file", nullptr, "*.flt;*.cfg", TRUE, FALSE) &&
+        !gPng)
+      std::printf("%s\n", chosen);
   }
   GW_LibExit();
   return gPng && !gSaved ? 1 : 0;
