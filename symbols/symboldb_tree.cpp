@@ -6,7 +6,7 @@
 #include <utility>
 
 #include "bigendian.h"
-#include "shared/symboldb.h"
+#include "symbols/symboldb.h"
 #include "shared/wild.h"
 
 namespace {

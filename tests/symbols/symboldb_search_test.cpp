@@ -1,5 +1,5 @@
 // The symbol database's tree cursor, wild-card search and merging.
-#include "shared/symboldb.h"
+#include "symbols/symboldb.h"
 
 #include <gtest/gtest.h>
 

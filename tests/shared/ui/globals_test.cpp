@@ -1,4 +1,4 @@
-#include "shared/globals.h"
+#include "shared/ui/uiglobals.h"
 
 #include <gtest/gtest.h>
 

@@ -1,5 +1,5 @@
 // The tool library's resource libraries.
-#include "shared/resources.h"
+#include "shared/ui/resources.h"
 
 #include <cstdio>
 #include <cstdlib>

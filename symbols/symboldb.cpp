@@ -1,5 +1,5 @@
 // Symbol database: file lifecycle, classes, features, files, links and naming.
-#include "shared/symboldb.h"
+#include "symbols/symboldb.h"
 
 #include <algorithm>
 #include <cstring>

@@ -3,7 +3,7 @@
 #include <cstring>
 
 #include "bigendian.h"
-#include "shared/symboldb.h"
+#include "symbols/symboldb.h"
 #include "shared/utils.h"
 
 namespace {

@@ -5,7 +5,7 @@
 #include <cstdlib>
 #include <string>
 
-#include "shared/symboldb.h"
+#include "symbols/symboldb.h"
 #include "shared/utils.h"
 #include "testsupport.h"
 

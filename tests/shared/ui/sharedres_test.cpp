@@ -5,7 +5,7 @@
 #include <gtest/gtest.h>
 
 #include "shared/globals.h"
-#include "shared/resources.h"
+#include "shared/ui/resources.h"
 #include "tests/testsupport.h"
 #include "tests/toolkit/tktest.h"
 #include "toolkit/pfld.h"

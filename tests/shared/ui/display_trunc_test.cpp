@@ -4,7 +4,7 @@
 #include <cstring>
 #include <string>
 
-#include "shared/utils.h"
+#include "shared/ui/uiutils.h"
 #include "tests/xvfb_support.h"
 #include "toolkit/draw.h"
 #include "toolkit/dsply.h"

@@ -1,6 +1,6 @@
 // The symbol database: classes, features, files, links, hashing, sorted
 // lists, position maps, the tree cursor, searching and merging.
-#include "shared/symboldb.h"
+#include "symbols/symboldb.h"
 
 #include <gtest/gtest.h>
 

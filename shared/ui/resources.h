@@ -1,6 +1,6 @@
 // Loading the tool library's resource libraries from the installation.
-#ifndef OWB_SHARED_RESOURCES_H
-#define OWB_SHARED_RESOURCES_H
+#ifndef OWB_SHARED_UI_RESOURCES_H
+#define OWB_SHARED_UI_RESOURCES_H
 
 #include "toolkit/rlib.h"
 
@@ -16,4 +16,4 @@ void useResourcesDirectoryAsSearchPath();
 // misspelled name stands.
 RLibPtr ndLoadResourceLibary(const char* libraryName, const char* resourceFile);
 
-#endif  // OWB_SHARED_RESOURCES_H
+#endif  // OWB_SHARED_UI_RESOURCES_H

@@ -93,11 +93,7 @@ TEST(ResourceCompiler, MistakesNameTheLineAndLeaveNoFile) {
 }
 
 TEST(ResourceCompiler, TheInstalledLibrariesDumpToTheirSources) {
-  // The source tree: from the environment, or from where this file is.
-  const char* source = std::getenv("OWB_SOURCE_DIR");
-  std::string root = source ? source : __FILE__;
-  if (!source) root = root.substr(0, root.rfind("/tests/toolkit/"));
-  std::string sources = root + "/resources/";
+  std::string sources = owbtest::sourceDir() + "/resources/";
   for (const char* lib : {"nd", "ndcore", "ndres", "ndvgm", "ndtkit", "ndgw", "shared"}) {
     std::string out;
     ASSERT_EQ(tktest::runRescomp("-I " + tktest::resourceDir() + " --dump " + tktest::resourceDir() + "/" + lib + ".dat",

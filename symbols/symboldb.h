@@ -17,8 +17,8 @@
 // - Opened for writing, classes count and number in block order; opened for
 //   reading, in name order through the sorted class list that
 //   createSortedClassLists writes.
-#ifndef OWB_SHARED_SYMBOLDB_H
-#define OWB_SHARED_SYMBOLDB_H
+#ifndef OWB_SYMBOLS_SYMBOLDB_H
+#define OWB_SYMBOLS_SYMBOLDB_H
 
 #include <cstddef>
 #include <string>
@@ -299,4 +299,4 @@ class SymbolDatabase : public Database, public HasErrorReporting, public Item {
   bool rootListLoaded_ = false;
 };
 
-#endif  // OWB_SHARED_SYMBOLDB_H
+#endif  // OWB_SYMBOLS_SYMBOLDB_H
