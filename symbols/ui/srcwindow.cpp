@@ -29,14 +29,26 @@ SourceWindow* SourceWindow::open(const char* fileName, long lineToView, bool fol
   const int width = 760, height = 520;
   WinPtr win = WIN_FromRes(RES_Create(WIN_Class()));
   WIN_Wgt(win)->ResBox = RECT16_Make(80, 60, width, height);
+  win->DpiX = win->DpiY = 96;  // the boxes below are for 96 dots per inch and scale with the screen
   const char* slash = fileName ? std::strrchr(fileName, '/') : nullptr;
   VSTR_Set(&WIN_Panel(win)->Label, slash ? slash + 1 : (fileName ? fileName : ""));
 
+  // The view, its bars right of and below it (the view places them), and
+  // the status line at the bottom.
+  const int bar = SB_GetThickness() + 4;
   WgtPtr viewPort = WGT_Create();
-  viewPort->ResBox = RECT16_Make(kPad, kPad, width - 2 * kPad, height - 3 * kPad - kStatusHeight);
+  viewPort->ResBox = RECT16_Make(kPad, kPad, width - 2 * kPad - bar, height - 3 * kPad - kStatusHeight - bar);
   viewPort->RzFlags = kStretchBoth;
   viewPort->WgtFlags = WGT_FLAGTABSTOP;
   PANEL_AddWgt(WIN_Panel(win), viewPort);
+  SbPtr vertical = SB_Create();
+  SB_Wgt(vertical)->ResBox = RECT16_Make(width - kPad - bar + 4, kPad, bar - 4, 100);
+  SB_Wgt(vertical)->RzFlags = 0x36;  // stays at the right, grows in height
+  PANEL_AddWgt(WIN_Panel(win), SB_Wgt(vertical));
+  SbPtr horizontal = SB_Create();
+  SB_Wgt(horizontal)->ResBox = RECT16_Make(kPad, height - 2 * kPad - kStatusHeight - bar + 4, 100, bar - 4);
+  SB_Wgt(horizontal)->RzFlags = 0x63;  // grows in width, stays at the bottom
+  PANEL_AddWgt(WIN_Panel(win), SB_Wgt(horizontal));
   TAreaPtr status = TAREA_Create();
   WgtPtr statusWgt = reinterpret_cast<WgtPtr>(status);
   statusWgt->ResBox = RECT16_Make(kPad, height - kPad - kStatusHeight, width - 2 * kPad, kStatusHeight);
@@ -50,6 +62,8 @@ SourceWindow* SourceWindow::open(const char* fileName, long lineToView, bool fol
   window->win_ = win;
   window->viewPort_ = viewPort;
   window->status_ = status;
+  window->verticalScroll_ = vertical;
+  window->horizontalScroll_ = horizontal;
   window->view_ = std::make_unique<SourceView>(win, viewPort, fileName, std::max(1L, lineToView), 0, true, 0,
                                                false, false);
   if (window->view_->lastError != 0) {
@@ -61,8 +75,11 @@ SourceWindow* SourceWindow::open(const char* fileName, long lineToView, bool fol
   }
   RES_SetNfyProcDS(WGT_Res(WIN_Wgt(win)), windowNfy, window.get());
   RES_SetNfyProcDS(WGT_Res(viewPort), viewPortNfy, window.get());
-  if (follow || lineToView <= 0) window->view_->jumpToLine(follow ? window->view_->dataStore->totalLines : 1,
-                                                           follow ? 99 : 0, true, 0, false);
+  RES_SetNfyProcDS(WGT_Res(SB_Wgt(vertical)), scrollBarNfy, window.get());
+  RES_SetNfyProcDS(WGT_Res(SB_Wgt(horizontal)), scrollBarNfy, window.get());
+  window->view_->setScrollBars(window.get());
+  // Without a line: a followed file from its end, another from its top.
+  if (lineToView <= 0 && follow) window->view_->jumpToLine(window->view_->dataStore->totalLines, 99, true, 0, false);
   window->setFollowing(follow);
   window->updateStatus();
   WIN_Show(win);
@@ -75,6 +92,8 @@ SourceWindow::~SourceWindow() {
   if (win_ && !closed_) {
     RES_SetNfyProcDS(WGT_Res(WIN_Wgt(win_)), WIN_DefNfy, nullptr);
     RES_SetNfyProcDS(WGT_Res(viewPort_), WGT_DefNfy, nullptr);
+    RES_SetNfyProcDS(WGT_Res(SB_Wgt(verticalScroll_)), SB_DefNfy, nullptr);
+    RES_SetNfyProcDS(WGT_Res(SB_Wgt(horizontalScroll_)), SB_DefNfy, nullptr);
     WIN_TerminateGetStatus(win_);
   }
 }
@@ -153,6 +172,38 @@ long SourceWindow::windowNfy(ResPtr res, Int message, ClientPtr data) {
   return WIN_DefNfy(res, message, data);
 }
 
+void SourceWindow::placeBar(bool vertical, _Point16Rec origin, int length) {
+  SbPtr bar = vertical ? verticalScroll_ : horizontalScroll_;
+  if (!bar) return;
+  _Rect16Rec box = SB_Wgt(bar)->Box;
+  _Point16Rec extent = vertical ? _Point16Rec{box.Extent.X, static_cast<Int16>(length)}
+                                : _Point16Rec{static_cast<Int16>(length), box.Extent.Y};
+  if (box.Origin.X == origin.X && box.Origin.Y == origin.Y && box.Extent.X == extent.X && box.Extent.Y == extent.Y)
+    return;
+  WGT_Configure(SB_Wgt(bar), &origin, &extent);
+}
+
+void SourceWindow::setBarRange(bool vertical, const SourceViewScrollRange& range) {
+  SbPtr bar = vertical ? verticalScroll_ : horizontalScroll_;
+  if (!bar) return;
+  _SbInfoRec info = {static_cast<Int32>(range.min), static_cast<Int32>(range.max),
+                     static_cast<Int32>(range.thumbSize), static_cast<Int32>(range.thumbPos),
+                     static_cast<Int32>(range.step)};
+  SB_SetInfo(bar, &info);
+}
+
+long SourceWindow::scrollBarNfy(ResPtr res, Int message, ClientPtr data) {
+  SourceWindow* window = static_cast<SourceWindow*>(res->ClientData);
+  long result = SB_DefNfy(res, message, data);
+  if (window && window->view_ && message == SB_NFYTHUMBPOS) {
+    SbPtr bar = SB_FromWgt(WGT_FromRes(res));
+    if (bar == window->verticalScroll_) window->view_->vScrollbarCallback(SB_GetThumbPos(bar));
+    else window->view_->hScrollbarCallback(SB_GetThumbPos(bar));
+    window->updateStatus();
+  }
+  return result;
+}
+
 long SourceWindow::viewPortNfy(ResPtr res, Int message, ClientPtr data) {
   SourceWindow* window = static_cast<SourceWindow*>(res->ClientData);
   WgtPtr wgt = WGT_FromRes(res);
@@ -171,6 +222,13 @@ long SourceWindow::viewPortNfy(ResPtr res, Int message, ClientPtr data) {
     case WGT_NFYMOUSECLICK: {
       WGT_MouseHandled(wgt);
       WGT_GainFocus(wgt);
+      if (Int wheel = EVENT_GetWheel()) {
+        SourceView* view = window->view_.get();
+        if (wheel == EVENT_WHEELUP || wheel == EVENT_WHEELDOWN) view->setFirstVisibleLine(view->firstVisibleLine + 3 * wheel);
+        else view->setFirstVisibleColumn(view->firstVisibleColumn + 4 * (wheel / 2));
+        window->updateStatus();
+        return 0;
+      }
       if (EVENT_GetButton() != EVENT_BUT1) return 0;
       _Point16Rec where;
       EVENT_QueryWgtLoc(wgt, &where);

@@ -26,9 +26,10 @@
 #include <string>
 
 #include "symbols/ui/srcview.h"
+#include "toolkit/sb.h"
 #include "toolkit/tarea.h"
 
-class SourceWindow {
+class SourceWindow : private SourceViewScrollBars {
  public:
   // lineToView from 1; 0 for the top (or, when following, the end).
   static SourceWindow* open(const char* fileName, long lineToView, bool follow, std::string* error);
@@ -51,18 +52,25 @@ class SourceWindow {
   WinPtr win() const { return win_; }
   WgtPtr viewPort() const { return viewPort_; }
   SourceView* view() const { return view_.get(); }
+  SbPtr verticalBar() const { return verticalScroll_; }
+  SbPtr horizontalBar() const { return horizontalScroll_; }
 
  private:
   SourceWindow() = default;
   static long windowNfy(ResPtr res, Int message, ClientPtr data);
   static long viewPortNfy(ResPtr res, Int message, ClientPtr data);
+  static long scrollBarNfy(ResPtr res, Int message, ClientPtr data);
   static void followAlarm(ClientPtr data);
+  void placeBar(bool vertical, _Point16Rec origin, int length) override;
+  void setBarRange(bool vertical, const SourceViewScrollRange& range) override;
   bool handleKey();
   void updateStatus();
 
   WinPtr win_ = nullptr;
   WgtPtr viewPort_ = nullptr;
   TAreaPtr status_ = nullptr;
+  SbPtr verticalScroll_ = nullptr;
+  SbPtr horizontalScroll_ = nullptr;
   std::unique_ptr<SourceView> view_;
   bool following_ = false;
   bool closed_ = false;

@@ -276,6 +276,25 @@ TEST_F(SourceViewTest, WindowScrollsFindsAndFollowsAGrowingFile) {
   settle();
   EXPECT_EQ(view->firstVisibleLine, 0);
 
+  // The bars: placed beside the view, a press on the down arrow scrolls a
+  // line, one on the track below the thumb a page.
+  WgtPtr bar = SB_Wgt(window->verticalBar());
+  EXPECT_EQ(bar->Box.Origin.X, window->viewPort()->Box.Origin.X + window->viewPort()->Box.Extent.X + 4);
+  EXPECT_EQ(bar->Box.Extent.Y, window->viewPort()->Box.Extent.Y);
+  _SbInfoRec info;
+  SB_QueryInfo(window->verticalBar(), &info);
+  EXPECT_EQ(info.Max, 300);
+  EXPECT_EQ(info.ThumbSize, view->heightInLines);
+  _Rect16Rec arrow = SB_QueryPartRect(window->verticalBar(), SB_PARTARROW2);
+  clickOn(bar, arrow.Origin.X + arrow.Extent.X / 2, arrow.Origin.Y + arrow.Extent.Y / 2);
+  EXPECT_EQ(view->firstVisibleLine, 1);
+  _Rect16Rec track = SB_QueryPartRect(window->verticalBar(), SB_PARTBODY2);
+  clickOn(bar, track.Origin.X + track.Extent.X / 2, track.Origin.Y + track.Extent.Y - 2);
+  EXPECT_EQ(view->firstVisibleLine, 1 + view->heightInLines);
+  view->setFirstVisibleLine(0);
+  SB_QueryInfo(window->verticalBar(), &info);
+  EXPECT_EQ(info.ThumbPos, 0);
+
   // Ctrl+F, the text, Return; then n for the next one.
   driver_->key(XK_f, XK_Control_L);
   for (KeySym sym : {XK_n, XK_e, XK_e, XK_d, XK_l, XK_e}) driver_->key(sym);
