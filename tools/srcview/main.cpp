@@ -90,6 +90,7 @@ ErrorCode displayFileMsg(Message* message, Message*) {
     WIN_PopToFront(gWindow->win());
   }
   if (!error.empty()) OWB_LOG("srcview cannot show " << error);
+  else OWB_LOG("srcview shows " << file << " at line " << line);
   return kNoError;
 }
 
