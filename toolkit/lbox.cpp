@@ -107,6 +107,7 @@ struct LBoxState {
   Int state = LBOX_STATEIDLE;
   UInt16 focusFlags = 0;
   Int focusCol = -1, focusRow = -1;  // the user's cell
+  Int hoverCol = -1, hoverRow = -1;  // the cell under the pointer
   PenPtr cellPen = nullptr;
   std::vector<Int32> colStart;  // x of each column in the document, from column 1
   bool colStartValid = false;
@@ -695,28 +696,60 @@ void userCell(LBoxPtr b, Int col, Int row, bool validate) {
   RES_Release(WGT_Res(w));
 }
 
-void S_Click(LBoxPtr b) {
-  WgtPtr w = W(b);
+// The cell under a point of the box; false off the cells (a bar, the
+// frame, below the last row or right of the last column).
+bool cellAt(LBoxPtr b, _Point16Rec loc, Int* col, Int* row) {
   SAreaPtr a = SA(b);
-  _Point16Rec loc;
-  EVENT_QueryWgtLoc(w, &loc);
   Int part = SAREA_QueryPartOnLoc(a, loc.X, loc.Y);
-  if (part < 0 || EVENT_GetButton() != EVENT_BUT1) return;
-  WGT_MouseHandled(w);
-  if (w->WgtFlags & (WGT_FLAGTABSTOP | WGT_FLAGGROUP)) WGT_GainFocus(w);
-  Int col = 0, row = 0;
-  if (part == SAREA_PARTBODY || part == SAREA_PARTTOPHEAD)
-    col = colAtDocX(b, a->DocBox.X + loc.X - a->ViewBox.Origin.X);
+  if (part < 0) return false;
+  *col = 0;
+  *row = 0;
+  if (part == SAREA_PARTBODY || part == SAREA_PARTTOPHEAD) {
+    *col = colAtDocX(b, a->DocBox.X + loc.X - a->ViewBox.Origin.X);
+    if (*col == 0) return false;
+  }
   if (part == SAREA_PARTBODY || part == SAREA_PARTLEFTHEAD) {
     int64_t y = static_cast<int64_t>(a->DocBox.Y) + loc.Y - a->ViewBox.Origin.Y;
-    row = static_cast<Int>(y / bodyRowHeight(b) + 1);
-    if (row > shownRows(b)) return;  // below the last row
+    *row = static_cast<Int>(y / bodyRowHeight(b) + 1);
+    if (*row > shownRows(b)) return false;
   }
-  if (col == 0 && (part == SAREA_PARTBODY || part == SAREA_PARTTOPHEAD)) return;  // right of the last column
+  return true;
+}
+
+void S_Click(LBoxPtr b) {
+  WgtPtr w = W(b);
+  _Point16Rec loc;
+  EVENT_QueryWgtLoc(w, &loc);
+  if (EVENT_GetButton() != EVENT_BUT1 || SAREA_QueryPartOnLoc(SA(b), loc.X, loc.Y) < 0) return;
+  WGT_MouseHandled(w);
+  if (w->WgtFlags & (WGT_FLAGTABSTOP | WGT_FLAGGROUP)) WGT_GainFocus(w);
+  Int col, row;
+  if (!cellAt(b, loc, &col, &row)) return;
   Int saved = st(b).state;
   st(b).state = LBOX_STATEPROCESSINGMOUSECLICK;
   userCell(b, col, row, EVENT_IsDouble());
   st(b).state = saved;
+}
+
+// The pointer entering and leaving cells: LBOX_NFYCELLOUT for the one it
+// left, LBOX_NFYCELLIN for the one it is on.
+void setHoverCell(LBoxPtr b, Int col, Int row) {
+  LBoxState& s = st(b);
+  if (s.hoverCol == col && s.hoverRow == row) return;
+  Int oldC = s.hoverCol, oldR = s.hoverRow;
+  s.hoverCol = col;
+  s.hoverRow = row;
+  if (oldC >= 0) sendAtCell(b, oldC, oldR, LBOX_NFYCELLOUT);
+  if (col >= 0) sendAtCell(b, col, row, LBOX_NFYCELLIN);
+}
+
+void S_MouseMove(LBoxPtr b) {
+  _Point16Rec loc;
+  EVENT_QueryWgtLoc(W(b), &loc);
+  Int col, row;
+  if (!cellAt(b, loc, &col, &row)) col = row = -1;
+  else WGT_MouseHandled(W(b));
+  setHoverCell(b, col, row);
 }
 
 bool S_Key(LBoxPtr b) {
@@ -804,10 +837,12 @@ void clearCells(LBoxPtr b) {
   s.drawnSel.clear();
   s.pending.clear();
   s.focusCol = s.focusRow = -1;
+  s.hoverCol = s.hoverRow = -1;
 }
 
 void afterStructure(LBoxPtr b) {
   headingsChanged(b);
+  st(b).hoverCol = st(b).hoverRow = -1;
   st(b).colStartValid = false;
   LBoxReCompute(b);
   if (initialized(b)) WGT_Inval(W(b), nullptr);
@@ -910,6 +945,14 @@ long LBOX_DefNfy(ResPtr res, Int message, ClientPtr data) {
     case WGT_NFYKEYCHAR:
       if (!S_Key(b)) return SAREA_DefNfy(res, message, data);
       return 0;
+    case WGT_NFYMOUSEMOVE:
+      SAREA_DefNfy(res, message, data);  // the bars
+      if (!WGT_IsMouseHandled()) S_MouseMove(b);
+      else setHoverCell(b, -1, -1);
+      return 0;
+    case WGT_NFYMOUSEOUT:
+      setHoverCell(b, -1, -1);
+      return SAREA_DefNfy(res, message, data);
     case WGT_NFYFOCUSGAINED:
     case WGT_NFYFOCUSLOST:
       if (st(b).focusCol >= 0)

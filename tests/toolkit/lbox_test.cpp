@@ -287,7 +287,19 @@ TEST_F(LBoxTest, AClickThroughAScrolledViewReachesTheOwnerAtItsCell) {
   EXPECT_EQ(drawn[std::make_pair(4, 0)], "Head 4");  // the headings stay in view
   EXPECT_EQ(drawn.count(std::make_pair(1, 1)), 0u);
 
-  _Point16Rec p = cellPoint(3, 105);
+  // The pointer going over cells.
+  _Point16Rec p = cellPoint(2, 104);
+  driver_->moveTo(p.X, p.Y);
+  settle();
+  ASSERT_NE(owner_.last(LBOX_NFYCELLIN), nullptr);
+  EXPECT_EQ(owner_.last(LBOX_NFYCELLIN)->row, 104);
+  p = cellPoint(3, 105);
+  driver_->moveTo(p.X, p.Y);
+  settle();
+  EXPECT_EQ(owner_.last(LBOX_NFYCELLOUT)->row, 104);
+  EXPECT_EQ(owner_.last(LBOX_NFYCELLIN)->col, 3);
+  EXPECT_EQ(owner_.last(LBOX_NFYCELLIN)->row, 105);
+
   driver_->click(p.X, p.Y);
   settle();
   const Heard* clicked = owner_.last(LBOX_NFYCELLCLICKED);
