@@ -757,6 +757,12 @@ bool S_Key(LBoxPtr b) {
   Int rows = shownRows(b), cols = shownCols(b);
   if (rows < 1 || cols < 1) return false;
   Int col = s.focusCol >= 1 ? s.focusCol : 1, row = s.focusRow >= 1 ? s.focusRow : 0;
+  CellRec first;
+  if (s.focusRow < 1 && LBOX_SelTopLeft(b, &first)) {
+    // No cell of the user's yet: the keys start from the selection.
+    col = std::max<Int>(first.Col, 1);
+    row = first.Row;
+  }
   Int page = std::max(1, SA(b)->ViewBox.Extent.Y / bodyRowHeight(b) - 1);
   bool validate = false;
   switch (EVENT_GetKeyCode()) {

@@ -369,10 +369,12 @@ TEST_F(LBoxTest, WheelAndThumbScrollAndKeysFollowTheUsersCell) {
   EXPECT_LT(SAREA_GetScrollY(area()), maxY * 2 / 3 + 1);
   EXPECT_EQ(SB_GetThumbPos(vsb), SAREA_GetScrollY(area()));
 
-  // Keys: the user's cell moves and stays in view; Return validates.
+  // Keys: the user's cell starts from the selection, moves and stays in
+  // view; Return validates.
   SAREA_ScrollTo(area(), 0, 0);
-  p = cellPoint(1, 1);
-  driver_->click(p.X, p.Y);
+  LBOX_GoColRow(box_, 1, 1);
+  LBOX_CurSelectRow(box_);
+  ASSERT_TRUE(WGT_GainFocus(LBOX_Wgt(box_)));
   settle();
   owner_.heard.clear();
   driver_->key(XK_Down);
