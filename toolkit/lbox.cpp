@@ -889,6 +889,9 @@ void lineOp(LBoxPtr b, bool rows, bool insert) {
       if (insert) s.colDefs.insert(s.colDefs.begin() + at, ColDef());
       else s.colDefs.erase(s.colDefs.begin() + at);
     }
+    // A definition pushed past the last column goes with it.
+    if (s.colWidth.size() > static_cast<size_t>(kMaxIndex) + 1) s.colWidth.resize(static_cast<size_t>(kMaxIndex) + 1);
+    if (s.colDefs.size() > static_cast<size_t>(kMaxIndex) + 1) s.colDefs.resize(static_cast<size_t>(kMaxIndex) + 1);
   }
   Int& focus = rows ? s.focusRow : s.focusCol;
   if (focus >= at) focus = insert ? std::min(focus + 1, kMaxIndex) : (focus == at ? -1 : focus - 1);
