@@ -45,6 +45,8 @@ int64_t DSPLY_Now();
 
 // Top-level windows.  The box is the client area in screen coordinates.
 NatWinId DSPLY_NewWin(const _Rect16Rec& box, const char* label, ColorPtr background);
+// A pop-up window (a menu): not decorated or placed by the window manager.
+NatWinId DSPLY_NewPopupWin(const _Rect16Rec& box, ColorPtr background);
 void DSPLY_DisposeWin(NatWinId win);
 void DSPLY_ShowWin(NatWinId win);
 void DSPLY_HideWin(NatWinId win);

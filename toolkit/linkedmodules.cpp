@@ -11,6 +11,7 @@
 #include "toolkit/dsply.h"
 #include "toolkit/errw.h"
 #include "toolkit/event.h"
+#include "toolkit/mbar.h"
 #include "toolkit/rgn.h"
 #include "toolkit/tarea.h"
 #include "toolkit/tbut.h"
@@ -24,6 +25,7 @@ int TK_LinkedModuleCount() {
       WGT_InstallClass,  WGT_InitClass,     PANEL_InstallClass, PANEL_InitClass,
       WIN_InstallClass,  WIN_InitClass,     TBUT_InstallClass,  TBUT_InitClass,
       TAREA_InstallClass, TAREA_InitClass,  DSPLY_UpdateLook,   ERRW_Init,
+      MENU_InstallClass, MITEM_InstallClass, MSEP_InstallClass, MBAR_InstallClass,
   };
   using DisplayEntry = void (*)(int);
   static volatile DisplayEntry const kDisplayInit = DSPLY_Init;

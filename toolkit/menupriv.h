@@ -1,0 +1,47 @@
+// Between the menu modules (menu.cpp, mbar.cpp, mbartrack.cpp): the look's
+// measures, the geometry of a shown menu and the interaction's entries.
+// Not for use outside them.
+#ifndef OWB_TOOLKIT_MENUPRIV_H
+#define OWB_TOOLKIT_MENUPRIV_H
+
+#include "toolkit/mbar.h"
+
+// Pixels of the look at the screen's resolution.
+int MenuPx(int n);
+// Rows of a menu: their height, the whole natural extent.
+int MenuRowHeight(MItemPtr item);
+_Point16Rec MenuQueryExtent(MenuPtr menu);
+// The item under a point of the menu (menu coordinates), -1 for none; the
+// top of an item's row.
+Int MenuItemAt(MenuPtr menu, int y);
+int MenuItemTop(MenuPtr menu, Int index);
+
+// Shows the menu in its window at a place on the screen next to an anchor
+// rectangle (screen coordinates): under it for a pull-down, beside it for
+// a sub-menu, moved and cut so that it stays on the screen.
+void MenuShowNear(MenuPtr menu, const _Rect16Rec& anchor, BoolEnum beside);
+void MenuHide(MenuPtr menu);
+BoolEnum MenuIsShown(MenuPtr menu);
+// The menu's window box on the screen.
+_Rect16Rec MenuScreenBox(MenuPtr menu);
+// Highlights an item (-1 for none) and scrolls it into view.
+void MenuSetHilite(MenuPtr menu, Int index);
+// Scrolls a menu cut by the screen by a number of rows.
+void MenuScroll(MenuPtr menu, Int rows);
+// The next choosable item from an index in a direction (wrapping), -1 if none.
+Int MenuNextChoosable(MenuPtr menu, Int from, Int direction);
+// A choice's effect on the item's check mark.
+void MenuApplyCheck(MenuPtr menu, Int index);
+
+// The interaction, run by the bar: the pointer messages that reach a
+// menu's window, and the end of a menu's window.
+void MBarTrackPointer(Int message);
+void MBarTrackMenuGone(MenuPtr menu);
+// Keys and pointer of the bar's window (true when taken).
+BoolEnum MBarTrackWinInput(MBarPtr bar, Int message);
+BoolEnum MBarTrackIdleKey(MBarPtr bar);
+BoolEnum MBarTrackActive(MBarPtr bar);
+void MBarTrackOpen(MBarPtr bar, Int index, BoolEnum keyboard, BoolEnum buttonDown);
+void MBarTrackClose();
+
+#endif  // OWB_TOOLKIT_MENUPRIV_H
