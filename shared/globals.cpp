@@ -5,6 +5,7 @@
 #include <cstdlib>
 #include <cstring>
 
+#include "shared/help.h"
 #include "shared/messages.h"
 #include "shared/resources.h"
 #include "shared/tcpxport.h"
@@ -179,6 +180,8 @@ void cleanUpGlobals() {
   gMessageCenter = nullptr;
   delete[] gToolName;
   gToolName = nullptr;
+  delete gHelpManager;
+  gHelpManager = nullptr;
   if (gOWBLogStream) {
     gOWBLogStream->close();
     delete gOWBLogStream;

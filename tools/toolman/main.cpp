@@ -8,6 +8,7 @@
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
+#include <filesystem>
 #include <iostream>
 #include <string>
 #include <vector>
@@ -16,6 +17,7 @@
 #include "handlers.h"
 #include "print.h"
 #include "shared/globals.h"
+#include "shared/help.h"
 #include "shared/messages.h"
 #include "shared/tcpxport.h"
 #include "shared/utils.h"
@@ -34,7 +36,7 @@ volatile sig_atomic_t gEndSignal = 0;
 const char* usageText() {
   return "Usage:\n"
          "  toolman [--port N] [--project DIR] [--help-viewer PROGRAM]\n"
-         "          [--help-item LABEL=DOCUMENT]... [--quiet]\n"
+         "          [--help-item LABEL=DOCUMENT]... [--search DIR]... [--quiet]\n"
          "  toolman [--port N] --send LINE [--send LINE]...\n"
          "  toolman --help\n"
          "\n"
@@ -50,9 +52,11 @@ const char* usageText() {
          "announced, the project's files (DIR, default the current directory,\n"
          "read at start and by `rescan`, plus ADDF less REMF), window places\n"
          "given back by UWIN and handed out by GWIN, the file picker's last\n"
-         "directory, and the search path of RSLV (the project, then each ADGP\n"
-         "directory).  HGDM is answered with HDTM (the help viewer, default\n"
-         "netscape) and one HMEM per --help-item.\n"
+         "directory, and the search path of RSLV (the project, each --search DIR,\n"
+         "$OWB/help where the installation keeps its help documents, then each\n"
+         "ADGP directory).  HGDM is answered by the help manager with\n"
+         "HDTM (the help viewer, default netscape) and one HMEM per help item:\n"
+         "the four default documents, then each --help-item.\n"
          "\n"
          "Command lines are read from standard input; the end of standard input\n"
          "does not end toolman (use `exit`, SIGTERM or SIGHUP).  --send LINE\n"
@@ -126,10 +130,16 @@ int runToolManager(int port, const std::string& projectDirectory, bool quiet) {
   gMessageCenter->thisToolInfo.toolType = kToolManType;
   gToolManToolInfo.listenerPort = listening;
   registerToolManHandlers();
+  gHelpManager = new HelpManager(TRUE, gToolManState.helpViewer.c_str());
+  for (const auto& item : gToolManState.helpItems) gHelpManager->addHelpMItem(item.first.c_str(), item.second.c_str());
   if (!quiet) gMessageCenter->setMessageObserver(printReceived, nullptr);
 
   gToolManState.projectDirectory = projectDirectory;
   gToolManState.scanProject();
+  // The installation's help documents are found by name, as the tools ask.
+  if (const char* owb = std::getenv("OWB"))
+    if (*owb && std::filesystem::is_directory(std::string(owb) + "/help"))
+      gToolManState.addSearchDirectory(std::string(owb) + "/help");
   std::cout << "toolman: listening on port " << listening << ", project " << projectDirectory
             << " (" << gToolManState.files.size() << " files)" << std::endl;
 
@@ -228,6 +238,13 @@ int main(int argc, char** argv) {
         return 2;
       }
       gToolManState.helpItems.emplace_back(item.substr(0, equals), item.substr(equals + 1));
+    } else if (option == "--search" && hasValue) {
+      std::string directory = absoluteDirectory(argv[++i]);
+      if (directory.empty()) {
+        std::cerr << "toolman: no directory " << argv[i] << " for --search\n";
+        return 2;
+      }
+      gToolManState.addSearchDirectory(directory);
     } else if (option == "--send" && hasValue) {
       sends.push_back(argv[++i]);
     } else if (option == "--quiet") {
