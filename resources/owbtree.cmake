@@ -11,6 +11,7 @@ set(_owb_tree_files
   lib/debug.cfg
   bin/bgterm
   bin/placemon
+  bin/helpview
   help/user.html
   help/userGuide.html
   help/classes.html

@@ -70,6 +70,9 @@ bool DSPLY_QueryWinBox(NatWinId win, _Rect16Rec* box);
 bool DSPLY_QueryPointer(_Point16Rec* abs, NatWinId* win, _Point16Rec* winLoc, unsigned* mods);
 void DSPLY_GrabPointer(NatWinId win);
 void DSPLY_UngrabPointer();
+// Every key goes to the window until the grab ends (an open menu's keys).
+void DSPLY_GrabKeyboard(NatWinId win);
+void DSPLY_UngrabKeyboard();
 
 // Input.
 enum DsplyEvKindEnum {

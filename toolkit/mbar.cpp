@@ -238,6 +238,11 @@ void MBAR_CurSetEnabled(MBarPtr bar, BoolEnum flag) {
 
 WgtPtr MBAR_CurGetMenuWgt(MBarPtr bar) { return MITEM_Wgt(current(bar)); }
 
+BoolEnum MBarItemIsRightAligned(MBarPtr bar, Int index) {
+  MItemPtr item = itemAt(bar, index);
+  return item && rightAligned(bar, item);
+}
+
 MenuPtr MBAR_ChosenGetMenu(MBarPtr bar) { return bar ? bar->ChosenMenu : nullptr; }
 
 const char* MBAR_ChosenGetLabel(MBarPtr bar) {
@@ -292,6 +297,7 @@ BoolEnum MBarWinBefore(WinPtr win, Int message, ClientPtr) {
   MBarPtr bar = WIN_GetMenuBar(win);
   if (!bar || !WGT_Res(MBAR_Wgt(bar))->ResInitialized) return 0;
   if (MBarTrackActive(bar) && MBarTrackWinInput(bar, message)) return 1;
+  if (win->OptFlags & WIN_OPTNOMENUBAR) return 0;  // the bar is suppressed
   if (message != WGT_NFYMOUSECLICK) return 0;
   S_SyncBox(bar);
   _Point16Rec loc;
@@ -317,14 +323,15 @@ void MBarWinAfter(WinPtr win, Int message, ClientPtr) {
       S_InitBar(bar, win);
       break;
     case WGT_NFYREDRAW:
-      if (WGT_Res(w)->ResInitialized) WGT_Send(w, WGT_NFYREDRAW);
+      if (WGT_Res(w)->ResInitialized && !(win->OptFlags & WIN_OPTNOMENUBAR)) WGT_Send(w, WGT_NFYREDRAW);
       break;
     case WGT_NFYRESIZE:
       S_SyncBox(bar);
       WGT_Inval(w, nullptr);
       break;
     case WGT_NFYKEYACCEL:
-      if (!WGT_IsKeyHandled() && WGT_Res(w)->ResInitialized) MBarTrackIdleKey(bar);
+      if (!WGT_IsKeyHandled() && WGT_Res(w)->ResInitialized && !(win->OptFlags & WIN_OPTNOMENUBAR))
+        MBarTrackIdleKey(bar);
       break;
     case WGT_NFYDEACTIVATE:
     case WIN_NFYCLOSED:

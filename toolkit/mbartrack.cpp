@@ -2,9 +2,10 @@
 // what the pointer and the keys do to them, accelerators, and the choice.
 //
 // It runs in the ordinary event loop, not in a loop of its own: while a
-// menu is open the bar's window holds the pointer grab, so every pointer
-// event (over the menus, the bar or anywhere else) comes to that window and
-// from it here, and so do its keys.  One bar at a time has open menus.
+// menu is open the bar's window holds the pointer and keyboard grabs, so
+// every pointer event (over the menus, the bar or anywhere else) and every
+// key comes to that window and from it here.  One bar at a time has open
+// menus.
 #include <cctype>
 #include <vector>
 
@@ -58,7 +59,7 @@ void openBarItem(Int index, bool keyboard) {
   setBarHilite(index);
   MenuPtr menu = MITEM_GetSubMenu(barItemAt(index));
   if (!menu) return;
-  MenuShowNear(menu, barItemScreenBox(index), 0);
+  MenuShowNear(menu, barItemScreenBox(index), 0, MBarItemIsRightAligned(sT.bar, index));
   sT.open.push_back(menu);
   if (keyboard) MenuSetHilite(menu, MenuNextChoosable(menu, -1, 1));
 }
@@ -73,7 +74,7 @@ void openSub(size_t level, Int index, bool keyboard) {
   _Rect16Rec box = MenuScreenBox(menu);
   _Rect16Rec anchor = RECT16_Make(box.Origin.X, box.Origin.Y + MenuItemTop(menu, index), box.Extent.X,
                                   MenuRowHeight(MENU_GetNthItem(menu, index)));
-  MenuShowNear(sub, anchor, 1);
+  MenuShowNear(sub, anchor, 1, 0);
   sT.open.push_back(sub);
   if (keyboard) MenuSetHilite(sub, MenuNextChoosable(sub, -1, 1));
 }
@@ -306,6 +307,7 @@ bool findAccel(MenuPtr menu, int depth, MenuPtr* found, Int* index) {
 void grab() {
   if (sT.grabbed || !sT.win) return;
   DSPLY_GrabPointer(WIN_GetNatWin(sT.win));
+  DSPLY_GrabKeyboard(WIN_GetNatWin(sT.win));
   sT.grabbed = true;
 }
 
@@ -330,7 +332,10 @@ void MBarTrackClose() {
   MBarPtr bar = sT.bar;
   bar->Hilite = -1;
   WGT_Inval(MBAR_Wgt(bar), nullptr);
-  if (sT.grabbed) DSPLY_UngrabPointer();
+  if (sT.grabbed) {
+    DSPLY_UngrabPointer();
+    DSPLY_UngrabKeyboard();
+  }
   sT = Track{};
 }
 

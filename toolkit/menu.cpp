@@ -374,7 +374,7 @@ Int MenuItemAt(MenuPtr menu, int y) {
   return -1;
 }
 
-void MenuShowNear(MenuPtr menu, const _Rect16Rec& anchor, BoolEnum beside) {
+void MenuShowNear(MenuPtr menu, const _Rect16Rec& anchor, BoolEnum beside, BoolEnum alignRight) {
   if (!menu) return;
   _Point16Rec ext = MenuQueryExtent(menu);
   _Point16Rec scr = DSPLY_GetScreenExt();
@@ -387,7 +387,7 @@ void MenuShowNear(MenuPtr menu, const _Rect16Rec& anchor, BoolEnum beside) {
     y = anchor.Origin.Y - padTop();
     if (y + h > sh) y = sh - h;
   } else {
-    x = anchor.Origin.X;
+    x = alignRight ? anchor.Origin.X + anchor.Extent.X - w : anchor.Origin.X;
     y = anchor.Origin.Y + anchor.Extent.Y;
     int below = sh - y, above = anchor.Origin.Y;
     if (h > below && above > below) {

@@ -17,9 +17,10 @@ Int MenuItemAt(MenuPtr menu, int y);
 int MenuItemTop(MenuPtr menu, Int index);
 
 // Shows the menu in its window at a place on the screen next to an anchor
-// rectangle (screen coordinates): under it for a pull-down, beside it for
-// a sub-menu, moved and cut so that it stays on the screen.
-void MenuShowNear(MenuPtr menu, const _Rect16Rec& anchor, BoolEnum beside);
+// rectangle (screen coordinates): under it for a pull-down (its right edge
+// under the anchor's with alignRight), beside it for a sub-menu, moved and
+// cut so that it stays on the screen.
+void MenuShowNear(MenuPtr menu, const _Rect16Rec& anchor, BoolEnum beside, BoolEnum alignRight);
 void MenuHide(MenuPtr menu);
 BoolEnum MenuIsShown(MenuPtr menu);
 // The menu's window box on the screen.
@@ -32,6 +33,9 @@ void MenuScroll(MenuPtr menu, Int rows);
 Int MenuNextChoosable(MenuPtr menu, Int from, Int direction);
 // A choice's effect on the item's check mark.
 void MenuApplyCheck(MenuPtr menu, Int index);
+
+// Whether a bar item is aligned to the right end of the bar.
+BoolEnum MBarItemIsRightAligned(MBarPtr bar, Int index);
 
 // The interaction, run by the bar: the pointer messages that reach a
 // menu's window, and the end of a menu's window.

@@ -377,6 +377,14 @@ void DSPLY_UngrabPointer() {
   if (gX.dpy) XUngrabPointer(gX.dpy, CurrentTime);
 }
 
+void DSPLY_GrabKeyboard(NatWinId win) {
+  if (gX.dpy && win) XGrabKeyboard(gX.dpy, win, False, GrabModeAsync, GrabModeAsync, CurrentTime);
+}
+
+void DSPLY_UngrabKeyboard() {
+  if (gX.dpy) XUngrabKeyboard(gX.dpy, CurrentTime);
+}
+
 bool DSPLY_CaptureWin(NatWinId win, int* width, int* height, std::vector<uint8_t>* rgb) {
   if (!gX.dpy || !win || !rgb) return false;
   XWindowAttributes attrs;

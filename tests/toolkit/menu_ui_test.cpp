@@ -130,6 +130,9 @@ TEST_F(MenuUiTest, AClickOpensAMenuAndASecondClickChoosesTheItem) {
   clickAt(barItemCentre(2));
   EXPECT_TRUE(MenuIsShown(help_));
   EXPECT_GT(MBAR_QueryItemBox(bar_, 2).Origin.X, MBAR_QueryItemBox(bar_, 1).Origin.X + 200);  // right-aligned
+  _Rect16Rec helpItem = MBAR_QueryItemBox(bar_, 2);
+  _Point16Rec helpRight = tktest::absOf(MBAR_Wgt(bar_), helpItem.Origin.X + helpItem.Extent.X, 0);
+  EXPECT_EQ(MenuScreenBox(help_).Origin.X + MenuScreenBox(help_).Extent.X, helpRight.X);  // its menu ends under it
   clickAt(barItemCentre(2));
   EXPECT_FALSE(MenuIsShown(help_));
   clickAt(barItemCentre(1));

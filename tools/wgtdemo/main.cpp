@@ -1,4 +1,5 @@
-// Shows the toolkit's test window (wgtdemo.TestWindow from wgtdemo.dat).
+// Shows the toolkit's test window (wgtdemo.TestWindow from wgtdemo.dat),
+// with a menu bar (tools/wgtdemo/menus.h).
 //
 //   wgtdemo                 runs until the window is closed, OK or Cancel
 //   wgtdemo --png FILE      shows it, saves it as a PNG file and ends
@@ -21,6 +22,7 @@
 #include "toolkit/tarea.h"
 #include "toolkit/tbut.h"
 #include "toolkit/winpub.h"
+#include "tools/wgtdemo/menus.h"
 
 namespace {
 
@@ -39,6 +41,11 @@ long buttonNfy(ResPtr res, Int message, ClientPtr data) {
 
 long windowNfy(ResPtr res, Int message, ClientPtr data) {
   if (message == WIN_NFYTERMINATED) gDone = true;
+  bool close = false;
+  if (handleDemoMenus(WIN_FromRes(res), message, &close)) {
+    if (close) WIN_TerminateGetStatus(WIN_FromRes(res));
+    return 0;
+  }
   return WIN_DefNfy(res, message, data);
 }
 
@@ -80,6 +87,7 @@ int main(int argc, char** argv) {
   }
   RLIB_LoadLibFile("wgtdemo", "wgtdemo.dat");
   WinPtr win = WIN_Load("wgtdemo", "TestWindow");
+  addDemoMenus(win);
   WIN_Init(win);
   RES_SetNfyProcDS(WGT_Res(WIN_Wgt(win)), windowNfy, nullptr);
   setAllNfy(WIN_Panel(win));
@@ -97,6 +105,7 @@ int main(int argc, char** argv) {
     if (!ok) std::fprintf(stderr, "wgtdemo: %s\n", DSPLY_GetLastError());
     WIN_TerminateGetStatus(win);
     EVENT_Update();
+    endDemoMenus();
     GW_LibExit();
     return ok ? 0 : 1;
   }
@@ -105,6 +114,7 @@ int main(int argc, char** argv) {
     EVENT_UpdateCursor();
     DSPLY_WaitForInput(50);
   }
+  endDemoMenus();
   GW_LibExit();
   return 0;
 }
