@@ -12,6 +12,7 @@ set(_owb_tree_files
   bin/bgterm
   bin/placemon
   bin/helpview
+  help/help.css
   help/user.html
   help/userGuide.html
   help/classes.html

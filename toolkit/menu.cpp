@@ -7,6 +7,7 @@
 #include "toolkit/dsply.h"
 #include "toolkit/menupriv.h"
 #include "toolkit/pfld.h"
+#include "toolkit/tbut.h"
 #include "toolkit/winpub.h"
 
 namespace {
@@ -46,7 +47,7 @@ FontPtr fontOf(MenuPtr menu) {
 }
 
 void drawCheck(DrawPtr d, MItemPtr item, int x, int y, int h, ColorPtr color) {
-  int s = MenuPx(12);
+  int s = MenuPx(14);
   int top = y + (h - s) / 2;
   if (item->CheckType == MITEM_CHECKRADIO) {
     DRAW_FillEllipse(d, RECT16_Make(x + (checkColumn() - s) / 2 + MenuPx(2), top + MenuPx(2), s - MenuPx(4),
@@ -54,13 +55,7 @@ void drawCheck(DrawPtr d, MItemPtr item, int x, int y, int h, ColorPtr color) {
                      color);
     return;
   }
-  int left = x + (checkColumn() - s) / 2;
-  PenPtr pen = PEN_New(MenuPx(2) < 2 ? 2 : MenuPx(2), PEN_STYLESOLID);
-  _Point16Rec pts[3] = {{static_cast<int16_t>(left + s * 2 / 14), static_cast<int16_t>(top + s * 7 / 14)},
-                        {static_cast<int16_t>(left + s * 6 / 14), static_cast<int16_t>(top + s * 11 / 14)},
-                        {static_cast<int16_t>(left + s * 12 / 14), static_cast<int16_t>(top + s * 3 / 14)}};
-  DRAW_Lines(d, pts, 3, color, pen);
-  PEN_Dispose(pen);
+  TButDrawCheckMark(d, RECT16_Make(x + (checkColumn() - s) / 2, top, s, s), color);
 }
 
 void drawArrow(DrawPtr d, int x, int y, int h, ColorPtr color) {
