@@ -2,7 +2,7 @@
 #include "fleetmgr/toolservices.h"
 
 #include "fleetmgr/toolmsgs.h"
-#include "shared/help.h"
+#include "shared/ui/help.h"
 #include "shared/prefman.h"
 
 void startToolPreferences() { gPreferencesManager = new PrefMan(kFleetToolType); }

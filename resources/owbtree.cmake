@@ -35,7 +35,7 @@ endif()
 
 # The test programs are defined after this file, hence the deferred call.
 function(owb_tests_need_install_tree)
-  foreach(_t fleet_tests tools_tests shared_tests bench_fleetops)
+  foreach(_t fleet_tests tools_tests shared_ui_tests bench_fleetops)
     if(TARGET ${_t})
       add_dependencies(${_t} owb_install_tree)
     endif()

@@ -5,103 +5,20 @@
 #include <cstdlib>
 #include <cstring>
 
-#include "shared/help.h"
 #include "shared/messages.h"
-#include "shared/resources.h"
 #include "shared/tcpxport.h"
 #include "shared/utils.h"
-#include "toolkit/err.h"
-#include "toolkit/pfld.h"
-#include "toolkit/rclas.h"
-#include "toolkit/res.h"
 
 char* gToolName = nullptr;
 long gMaxOWBLogSize = kDefaultMaxLogSize;
 fileNameType gOwbDirectory = "";
 fileNameType gResourcesDirectory = "";
 
-ColorPtr gHiliteColor = nullptr, gHiliteLighterColor = nullptr, gHiliteDarkerColor = nullptr;
-ColorPtr gBlackColor = nullptr, gGrayColor = nullptr, gLightGrayColor = nullptr, gRedColor = nullptr,
-         gYellowColor = nullptr, gGreenColor = nullptr;
-ColorPtr gLightYellowColor = nullptr, gLightRedColor = nullptr, gLightGreenColor = nullptr,
-         gGrayTextColor = nullptr;
-ColorPtr gTransparentColor = nullptr, gInvisibleColor = nullptr;
-FontPtr gTextFont = nullptr, gLabelFont = nullptr;
-PenPtr gSolidPen = nullptr, gInvisiblePen = nullptr;
-PattPtr gEmptyPattern = nullptr;
-
 namespace {
-
-const char* const kSharedLibrary = "shared";
-const char* const kSharedResourceFile = "shared.dat";
-// Font weights from this one up are drawn bold.
-constexpr long kBoldWeight = 600;
-
-// An integer field of a resource; a resource of another class than the one
-// asked for lacks it, and that is the toolkit's failure.
-long intField(ResPtr res, const char* field) {
-  PFldPtr descriptor = RCLAS_FindField(res->ResClass, field);
-  if (!descriptor) ERR_FailStr("Resource %s has no field %s", RES_GetName(res), field);
-  return PFLD_GetInt(res, descriptor);
-}
-
-// A colour of the shared library (16-bit red, green, blue) as the toolkit's
-// colour of the same value, kept by the toolkit for the program's life.
-ColorPtr loadSharedColor(const char* name) {
-  ResPtr res = RES_LoadInit(kSharedLibrary, name);
-  char description[8];
-  std::snprintf(description, sizeof description, "#%02x%02x%02x", static_cast<unsigned>(intField(res, "Red") >> 8 & 0xff),
-                static_cast<unsigned>(intField(res, "Green") >> 8 & 0xff),
-                static_cast<unsigned>(intField(res, "Blue") >> 8 & 0xff));
-  RES_Release(res);
-  return COLOR_LoadByText(description);
-}
-
-// A font of the shared library (family, size in points, weight) as the
-// toolkit's font of that description, kept for the program's life.
-FontPtr loadSharedFont(const char* name) {
-  ResPtr res = RES_LoadInit(kSharedLibrary, name);
-  PFldPtr familyField = RCLAS_FindField(res->ResClass, "Family");
-  if (!familyField) ERR_FailStr("Resource %s has no field Family", name);
-  char description[128];
-  long points = intField(res, "Size");
-  std::snprintf(description, sizeof description, "%.63s %ld%s", PFLD_GetStr(res, familyField),
-                points > 0 ? points : static_cast<long>(FONT_DEFPOINTS),
-                intField(res, "Weight") >= kBoldWeight ? " bold" : "");
-  RES_Release(res);
-  return FONT_LoadByText(description);
-}
-
-// The shared resource library and the colours, pens, pattern and fonts
-// every tool draws with.
-void loadSharedDrawingObjects() {
-  ndLoadResourceLibary(kSharedLibrary, kSharedResourceFile);
-
-  gBlackColor = COLOR_Black();
-  gGrayColor = COLOR_Gray();
-  gLightGrayColor = COLOR_LightGray();
-  gYellowColor = COLOR_Yellow();
-  gRedColor = COLOR_Red();
-  gGreenColor = COLOR_Green();
-  gTransparentColor = COLOR_Transparent();
-  gInvisibleColor = COLOR_LoadById(0);
-  gHiliteColor = loadSharedColor("hiliteColor");
-  gHiliteLighterColor = loadSharedColor("hiliteLighterColor");
-  gHiliteDarkerColor = loadSharedColor("hiliteDarkerColor");
-  gLightYellowColor = loadSharedColor("lightYellowColor");
-  gLightRedColor = loadSharedColor("lightRedColor");
-  gLightGreenColor = loadSharedColor("lightGreenColor");
-  gGrayTextColor = loadSharedColor("grayTextColor");
-
-  gSolidPen = PEN_Solid();
-  gInvisiblePen = PEN_Invisible();
-  gEmptyPattern = PATT_Empty();
-
-  gTextFont = loadSharedFont("TextFont");
-  gLabelFont = loadSharedFont("LabelFont");
-}
-
+void (*gWindowSideCleanUp)() = nullptr;
 }  // namespace
+
+void setWindowSideCleanUp(void (*cleanUp)()) { gWindowSideCleanUp = cleanUp; }
 
 // Opens the log in the preferences directory.  Only the Tool Manager (a
 // listener port other than 0) empties a log grown past gMaxOWBLogSize; no
@@ -154,7 +71,7 @@ void readLogSettings() {
   if (size && *size) gMaxOWBLogSize = std::atoi(size);
 }
 
-void initializeGlobals(const char* toolName, int listenerPort) {
+void initializeToolGlobals(const char* toolName, int listenerPort) {
   gToolName = newStringCopy(toolName);
   openToolLog(listenerPort != 0);
 
@@ -170,7 +87,6 @@ void initializeGlobals(const char* toolName, int listenerPort) {
   // The window manager comes with window bookkeeping.
 
   readOwbDirectory();
-  loadSharedDrawingObjects();
 
   readLogSettings();
 }
@@ -180,8 +96,7 @@ void cleanUpGlobals() {
   gMessageCenter = nullptr;
   delete[] gToolName;
   gToolName = nullptr;
-  delete gHelpManager;
-  gHelpManager = nullptr;
+  if (gWindowSideCleanUp) gWindowSideCleanUp();
   if (gOWBLogStream) {
     gOWBLogStream->close();
     delete gOWBLogStream;

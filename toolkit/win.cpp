@@ -287,10 +287,6 @@ RClasPtr WIN_Class() { return sWin; }
 
 void WIN_InstallClass() {
   PANEL_InstallClass();
-  // A window's template may hold any widget of the toolkit, so the classes
-  // come with the window's (and are linked in with it).
-  TBUT_InstallClass();
-  TAREA_InstallClass();
   sWin = WgtRegisterClass("Win", "Win", PANEL_Class(), sWinFields, static_cast<Int>(sizeof(_WinObj)), S_WinConstruct,
                           S_WinDestruct, WIN_DefNfy);
 }

@@ -11,6 +11,8 @@
 
 namespace {
 
+constexpr TypeIdent kHelpViewerMessage = OWB_TYPE("HDTM");
+constexpr TypeIdent kHelpItemMessage = OWB_TYPE("HMEM");
 constexpr TypeIdent kDeactivateSourceMessage = OWB_TYPE("DSRC");
 constexpr size_t kWindowRectSize = 8;
 // Parameter 0 of a reply is the error code, so 31 places are left.
@@ -215,6 +217,20 @@ ErrorCode deactivateSourceMsg(Message* message, Message*) {
   return kNoError;
 }
 
+ErrorCode helpDefaultsMsg(Message* message, Message*) {
+  const ToolInfo asker = message->header.senderInfo;
+  Message* viewer = new Message(kHelpViewerMessage, nullptr);
+  addTextParam(viewer, kParamStr255, state().helpViewer);
+  sendTo(asker, viewer);
+  for (const auto& item : state().helpItems) {
+    Message* entry = new Message(kHelpItemMessage, nullptr);
+    addTextParam(entry, kParamStr255, item.first);
+    addTextParam(entry, kParamStr255, item.second);
+    sendTo(asker, entry);
+  }
+  return kNoError;
+}
+
 ErrorCode sourceToolsMsg(Message* message, Message* reply) {
   int count = 0;
   for (const auto& entry : state().tools) {
@@ -294,6 +310,7 @@ void registerToolManHandlers() {
   registerHandler("UWIN", {IDNT, DATA, LONG}, updateWindowPlaceMsg);
   registerHandler("ASRC", {}, activateSourceMsg);
   registerHandler("DSRC", {}, deactivateSourceMsg);
+  registerHandler("HGDM", {}, helpDefaultsMsg);
   registerHandler("GSAT", {}, sourceToolsMsg);
   registerHandler("DISF", {S255, BOOL, LONG, SHRT, BOOL, LONG, BOOL, BOOL, DATA, LONG, IDNT, LONG},
                   displayFileMsg);

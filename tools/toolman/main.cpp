@@ -17,7 +17,7 @@
 #include "handlers.h"
 #include "print.h"
 #include "shared/globals.h"
-#include "shared/help.h"
+#include "shared/helpdefaults.h"
 #include "shared/messages.h"
 #include "shared/tcpxport.h"
 #include "shared/utils.h"
@@ -54,9 +54,9 @@ const char* usageText() {
          "given back by UWIN and handed out by GWIN, the file picker's last\n"
          "directory, and the search path of RSLV (the project, each --search DIR,\n"
          "$OWB/help where the installation keeps its help documents, then each\n"
-         "ADGP directory).  HGDM is answered by the help manager with\n"
-         "HDTM (the help viewer, default netscape) and one HMEM per help item:\n"
-         "the four default documents, then each --help-item.\n"
+         "ADGP directory).  HGDM is answered with HDTM (the help viewer, default\n"
+         "netscape) and one HMEM per help item: the four default documents, then\n"
+         "each --help-item.\n"
          "\n"
          "Command lines are read from standard input; the end of standard input\n"
          "does not end toolman (use `exit`, SIGTERM or SIGHUP).  --send LINE\n"
@@ -130,8 +130,6 @@ int runToolManager(int port, const std::string& projectDirectory, bool quiet) {
   gMessageCenter->thisToolInfo.toolType = kToolManType;
   gToolManToolInfo.listenerPort = listening;
   registerToolManHandlers();
-  gHelpManager = new HelpManager(TRUE, gToolManState.helpViewer.c_str());
-  for (const auto& item : gToolManState.helpItems) gHelpManager->addHelpMItem(item.first.c_str(), item.second.c_str());
   if (!quiet) gMessageCenter->setMessageObserver(printReceived, nullptr);
 
   gToolManState.projectDirectory = projectDirectory;
@@ -215,6 +213,9 @@ int main(int argc, char** argv) {
   std::string project = ".";
   bool quiet = false;
   std::vector<std::string> sends;
+  // The help menu's documents: the defaults, then each --help-item.
+  gToolManState.helpViewer = kDefaultHelpViewer;
+  for (const HelpDocument& d : kDefaultHelpDocuments) gToolManState.helpItems.emplace_back(d.label, d.document);
   for (int i = 1; i < argc; ++i) {
     std::string option = argv[i];
     bool hasValue = i + 1 < argc;

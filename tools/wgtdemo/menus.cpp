@@ -4,7 +4,7 @@
 #include <cstdio>
 #include <cstring>
 
-#include "shared/help.h"
+#include "shared/ui/help.h"
 #include "shared/messages.h"
 #include "shared/tcpxport.h"
 #include "toolkit/dsply.h"

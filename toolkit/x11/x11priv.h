@@ -1,0 +1,50 @@
+// Private to the X11 display layer (toolkit/x11*.cpp): the connection and
+// the helpers that turn toolkit attributes into X resources.  Nothing
+// outside the x11*.cpp files includes this header.
+#ifndef OWB_TOOLKIT_X11_X11PRIV_H
+#define OWB_TOOLKIT_X11_X11PRIV_H
+
+// The toolkit's FontPtr is its own; Xlib's internal type of that name is
+// never used.
+#define _XTYPEDEF_FONTPTR
+
+#include <X11/Xlib.h>
+#include <X11/Xft/Xft.h>
+#include <X11/Xutil.h>
+
+#include "toolkit/color.h"
+#include "toolkit/curs.h"
+#include "toolkit/font.h"
+
+struct X11State {
+  Display* dpy = nullptr;
+  int screen = 0;
+  Window root = 0;
+  Visual* visual = nullptr;
+  Colormap colormap = 0;
+  int depth = 0;
+  int dpi = 96;
+  Atom wmProtocols = 0, wmDeleteWindow = 0, wmTakeFocus = 0, netWmName = 0, netWmIconName = 0,
+       netWmIcon = 0, utf8String = 0;
+  GC gc = nullptr;  // one graphics context for all drawing
+  Pixmap grayStipple = 0;  // every other pixel, for the gray pattern
+};
+
+X11State& X11();
+
+// The pixel of a colour (allocated once per colour).
+unsigned long X11Pixel(ColorPtr color);
+// The Xft colour of a colour, made once per colour.
+XftColor* X11XftColor(ColorPtr color);
+// Opens the face of a font if needed; null when the display is closed.
+XftFont* X11XftFont(FontPtr font);
+// The X cursor of a cursor, made once.
+Cursor X11Cursor(CursPtr cursor);
+// Frees what the display layer made for stock attributes, before closing.
+void X11ReleaseAttributes();
+// Forgets the per-window drawing state of a window that goes away.
+void X11ForgetWinDraw(Window win);
+// True for a window the toolkit made.
+bool X11IsOurWin(Window win);
+
+#endif  // OWB_TOOLKIT_X11_X11PRIV_H
