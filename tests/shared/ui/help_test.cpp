@@ -218,6 +218,13 @@ TEST_F(HelpTest, AModalWindowGetsF1ThroughItsHiddenButton) {
   std::vector<std::string> runs = viewerRuns(1);
   ASSERT_EQ(runs.size(), 1u);
   EXPECT_EQ(runs[0], gSuite->docs + "/user.html#OWBWin:AlertWindow");
+
+  // The button's end frees what it held.
+  WgtPtr button = PANEL_GetNthWgt(WIN_Panel(win), 0);
+  ASSERT_NE(WGT_Res(button)->ClientData, nullptr);
+  PANEL_RemoveWgt(WIN_Panel(win), button);
+  EXPECT_EQ(WGT_Res(button)->ClientData, nullptr);
+  RES_Release(WGT_Res(button));
 }
 
 TEST_F(HelpTest, AFullPathNeedsNoToolManagerAndAMissingAnswerCostsTheWait) {
