@@ -41,12 +41,15 @@ BackupFleetArgs::BackupFleetArgs() {
   backupTag[0] = '\0';
 }
 
+bool refusedWhileRunning(const char* fleetDir, const char* title) {
+  if (!fleetIsRunning(fleetDir)) return false;
+  reportFatalError(title, "One or more fleet processes are running.  You must stop the fleet first.");
+  return true;
+}
+
 OWBboolean backupFleet(BackupFleetArgs* args) {
   const char* fleetDir = args->fleetDir;
-  if (fleetIsRunning(fleetDir)) {
-    reportFatalError(kCannotBackup, "One or more fleet processes are running.  You must stop the fleet first.");
-    return OWB_FALSE;
-  }
+  if (refusedWhileRunning(fleetDir, kCannotBackup)) return OWB_FALSE;
   List engList(kStandardChunkSize, TRUE, EqualCompare);
   if (!readEngineList(fleetDir, &engList)) {
     reportFatalError(kCannotBackup, "It appears that the fleet has not yet been (properly) set up..");

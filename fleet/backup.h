@@ -19,6 +19,11 @@ struct BackupFleetArgs {
   processLabelType backupTag;  // the backup's directory name within the fleet directory
 };
 
+// Backup and restore open alike: when a process of the fleet runs, the user
+// is told under `title` that the fleet must be stopped first, and the
+// answer is true (the operation is refused).
+bool refusedWhileRunning(const char* fleetDir, const char* title);
+
 OWBboolean backupFleet(BackupFleetArgs* args);
 
 // The mode given to copied definition files.

@@ -31,10 +31,7 @@ RestoreFleetArgs::RestoreFleetArgs() {
 
 OWBboolean restoreFleet(RestoreFleetArgs* args) {
   const char* fleetDir = args->fleetDir;
-  if (fleetIsRunning(fleetDir)) {
-    reportFatalError(kCannotRestore, "One or more fleet processes are running.  You must stop the fleet first.");
-    return OWB_FALSE;
-  }
+  if (refusedWhileRunning(fleetDir, kCannotRestore)) return OWB_FALSE;
   std::string backupDir = pathIn(fleetDir, args->backupTag);
   List oldEngList(kStandardChunkSize, TRUE, EqualCompare);
   if (!readEngineList(fleetDir, &oldEngList)) oldEngList.removeAll();

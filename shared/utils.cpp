@@ -231,7 +231,3 @@ FILE* openRegularFile(const char* fileName) {
   if (!file) close(descriptor);
   return file;
 }
-
-void joinPath(char* target, size_t size, const char* directory, const char* name) {
-  std::snprintf(target, size, "%s%c%s", directory ? directory : "", '/', name ? name : "");
-}

@@ -61,7 +61,4 @@ FILE* openRegularFile(const char* fileName);
 // at the field's size; nothing for a size of 0.
 void copyIntoField(char* field, size_t size, const char* text);
 
-// Formats "%s%c%s" into a fixed buffer, truncating at size.
-void joinPath(char* target, size_t size, const char* directory, const char* name);
-
 #endif  // OWB_SHARED_UTILS_H

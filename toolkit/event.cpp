@@ -4,6 +4,7 @@
 // work lists are in evwork.cpp.
 #include "toolkit/event.h"
 
+#include <cctype>
 #include <cstdlib>
 #include <ctime>
 #include <memory>
