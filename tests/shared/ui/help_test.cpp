@@ -278,3 +278,29 @@ TEST(HelpDocuments, TheUserGuideHoldsEveryAnchorOfTheToolsWindows) {
 }
 
 }  // namespace
+
+namespace {
+
+// The Tool Manager's side: the default viewer and documents, and the HGDM
+// handler that hands them out.
+TEST(HelpManagerOfTheToolManager, HoldsTheDefaultsAndAnswersHgdm) {
+  MessageCenter* savedCenter = gMessageCenter;
+  HelpManager* savedHelp = gHelpManager;
+  gMessageCenter = new MessageCenter();
+  gHelpManager = new HelpManager(TRUE, nullptr);
+  EXPECT_STREQ(gHelpManager->viewerName, "netscape");
+  ASSERT_EQ(gHelpManager->menuNames->totalElements, 4);
+  EXPECT_STREQ(static_cast<StringItem*>(gHelpManager->menuNames->get(1))->string, "&Programmng Guide");
+  EXPECT_STREQ(static_cast<StringItem*>(gHelpManager->docPaths->get(3))->string, "userGuide.html");
+  MessageTemplate none = makeMessageTemplate({});
+  gMessageCenter->registerMessageHandler(OWB_TYPE("HGDM"), &none, nullptr);
+  EXPECT_EQ(gMessageCenter->lastError, -4);  // registered already, by the manager
+  delete gHelpManager;
+  HelpManager named(TRUE, "myviewer");
+  EXPECT_STREQ(named.viewerName, "myviewer");
+  delete gMessageCenter;
+  gMessageCenter = savedCenter;
+  gHelpManager = savedHelp;
+}
+
+}  // namespace
