@@ -155,6 +155,11 @@ void pointerMove(const Hit& hit, _Point16Rec abs) {
     _Rect16Rec box = MenuScreenBox(m);
     if (abs.Y < box.Origin.Y + MenuPx(8)) MenuScroll(m, -1);
     else if (abs.Y >= box.Origin.Y + box.Extent.Y - MenuPx(8)) MenuScroll(m, 1);
+    if (hit.item == kMenuPinRow) {
+      MenuSetHilite(m, kMenuPinRow);
+      closeFrom(level + 1);
+      return;
+    }
     MItemPtr item = MENU_GetNthItem(m, hit.item);
     MenuSetHilite(m, MITEM_IsChoosable(item) ? hit.item : -1);
     if (MITEM_IsChoosable(item) && MITEM_GetSubMenu(item)) openSub(level, hit.item, false);
@@ -190,7 +195,15 @@ void pointerRelease(const Hit& hit) {
   bool dragged = sT.buttonDown;
   sT.buttonDown = false;
   if (hit.level >= 0) {
-    if (hit.item >= 0 && dragged) take(static_cast<size_t>(hit.level), hit.item, false);
+    if (hit.item == kMenuPinRow && dragged) {
+      MBarPtr bar = sT.bar;
+      Int barItem = sT.barItem;
+      MenuPtr menu = sT.open[static_cast<size_t>(hit.level)];
+      MBarTrackClose();
+      MenuTearOff(menu, bar, barItem);
+    } else if (hit.item >= 0 && dragged) {
+      take(static_cast<size_t>(hit.level), hit.item, false);
+    }
     return;
   }
   if (hit.onBar) return;  // a click on the bar leaves the menu open
@@ -314,6 +327,10 @@ void grab() {
 }  // namespace
 
 BoolEnum MBarTrackActive(MBarPtr bar) { return bar && sT.bar == bar; }
+
+void MBarTrackChoose(MBarPtr bar, Int barItem, MenuPtr menu, Int index) {
+  if (bar && menu) choose(bar, barItem, menu, index);
+}
 
 void MBarTrackOpen(MBarPtr bar, Int index, BoolEnum keyboard, BoolEnum buttonDown) {
   if (!bar || !MBAR_Wgt(bar)->Win) return;

@@ -27,6 +27,9 @@ int checkColumn() { return MenuPx(26); }
 int arrowColumn() { return MenuPx(22); }
 int accelGap() { return MenuPx(36); }
 int padTop() { return MenuPx(4); }
+// The pin row of a menu that can be torn off, above its items.
+int pinRow(MenuPtr menu) { return menu->UsePin ? MenuPx(12) : 0; }
+int firstTop(MenuPtr menu) { return padTop() + pinRow(menu); }
 
 MItemPtr itemAt(MenuPtr menu, Int index) {
   return menu ? reinterpret_cast<MItemPtr>(ARRAY_GetNthPtr(menu->Choices, index)) : nullptr;
@@ -76,8 +79,14 @@ void S_Redraw(MenuPtr menu) {
   _Rect16Rec all = RECT16_Make(0, 0, w->Box.Extent.X, w->Box.Extent.Y);
   DRAW_FillRect(d, all, COLOR_Face());
   Int n = MENU_GetNumElts(menu);
-  int y = padTop();
+  int y = firstTop(menu);
   int right = w->Box.Extent.X;
+  if (menu->UsePin) {
+    // The pin: a dashed line across, to tear the menu off.
+    int pinY = padTop() + pinRow(menu) / 2;
+    ColorPtr pinColor = menu->Hilite == kMenuPinRow ? COLOR_Accent() : COLOR_Gray();
+    DRAW_Line(d, MenuPx(8), pinY, right - MenuPx(8), pinY, pinColor, PEN_Dash());
+  }
   for (Int i = menu->ScrollTop; i < n && y < w->Box.Extent.Y; i++) {
     MItemPtr item = itemAt(menu, i);
     int h = MenuRowHeight(item);
@@ -334,7 +343,7 @@ int MenuRowHeight(MItemPtr item) {
 
 _Point16Rec MenuQueryExtent(MenuPtr menu) {
   FontPtr font = fontOf(menu);
-  int width = 0, height = 2 * padTop();
+  int width = 0, height = 2 * padTop() + pinRow(menu);
   bool arrows = false;
   for (Int i = 0; i < MENU_GetNumElts(menu); i++) {
     MItemPtr item = itemAt(menu, i);
@@ -353,14 +362,15 @@ _Point16Rec MenuQueryExtent(MenuPtr menu) {
 }
 
 int MenuItemTop(MenuPtr menu, Int index) {
-  int y = padTop();
+  int y = firstTop(menu);
   for (Int i = menu->ScrollTop; i < index && i < MENU_GetNumElts(menu); i++) y += MenuRowHeight(itemAt(menu, i));
   return y;
 }
 
 Int MenuItemAt(MenuPtr menu, int y) {
   if (!menu || y < 0) return -1;
-  int top = padTop();
+  if (menu->UsePin && y >= padTop() && y < firstTop(menu)) return kMenuPinRow;
+  int top = firstTop(menu);
   for (Int i = menu->ScrollTop; i < MENU_GetNumElts(menu); i++) {
     int h = MenuRowHeight(itemAt(menu, i));
     if (y >= top && y < top + h) return i;
@@ -379,7 +389,7 @@ void MenuShowNear(MenuPtr menu, const _Rect16Rec& anchor, BoolEnum beside, BoolE
   if (beside) {
     x = anchor.Origin.X + anchor.Extent.X - MenuPx(2);
     if (x + w > sw) x = anchor.Origin.X - w + MenuPx(2);
-    y = anchor.Origin.Y - padTop();
+    y = anchor.Origin.Y - firstTop(menu);
     if (y + h > sh) y = sh - h;
   } else {
     x = alignRight ? anchor.Origin.X + anchor.Extent.X - w : anchor.Origin.X;
@@ -418,7 +428,8 @@ void MenuHide(MenuPtr menu) {
   WGT_Send(MENU_Wgt(menu), MENU_NFYENDMENU);
 }
 
-BoolEnum MenuIsShown(MenuPtr menu) { return menu && menu->Shell && WIN_IsOpen(menu->Shell); }
+// A menu is on show in its pop-up window or, torn off, in a window of its own.
+BoolEnum MenuIsShown(MenuPtr menu) { return menu && MENU_Wgt(menu)->Win && WIN_IsOpen(MENU_Wgt(menu)->Win); }
 
 _Rect16Rec MenuScreenBox(MenuPtr menu) {
   return menu && menu->Shell ? WIN_Wgt(menu->Shell)->Box : RECT16_Make(0, 0, 0, 0);
@@ -428,7 +439,7 @@ void MenuSetHilite(MenuPtr menu, Int index) {
   if (!menu || menu->Hilite == index) return;
   menu->Hilite = index;
   WgtPtr w = MENU_Wgt(menu);
-  if (index >= 0) {
+  if (index >= 0 && menu->Shell) {
     // Scrolled into view when the menu is cut by the screen.
     if (index < menu->ScrollTop) menu->ScrollTop = index;
     while (menu->ScrollTop < index &&

@@ -8,6 +8,10 @@
 
 // Pixels of the look at the screen's resolution.
 int MenuPx(int n);
+// The index MenuItemAt gives for the pin row of a menu that tears off, and
+// the highlight of that row.
+constexpr Int kMenuPinRow = -2;
+
 // Rows of a menu: their height, the whole natural extent.
 int MenuRowHeight(MItemPtr item);
 _Point16Rec MenuQueryExtent(MenuPtr menu);
@@ -34,6 +38,11 @@ Int MenuNextChoosable(MenuPtr menu, Int from, Int direction);
 // A choice's effect on the item's check mark.
 void MenuApplyCheck(MenuPtr menu, Int index);
 
+// Tears a menu off: a window of its own shows a copy of it (the menu's
+// mirror), whose items are chosen as the menu's own under the bar item.
+// The copy and its window go when the window is closed.
+void MenuTearOff(MenuPtr menu, MBarPtr bar, Int barItem);
+
 // Whether a bar item is aligned to the right end of the bar.
 BoolEnum MBarItemIsRightAligned(MBarPtr bar, Int index);
 
@@ -45,6 +54,8 @@ void MBarTrackMenuGone(MenuPtr menu);
 BoolEnum MBarTrackWinInput(MBarPtr bar, Int message);
 BoolEnum MBarTrackIdleKey(MBarPtr bar);
 BoolEnum MBarTrackActive(MBarPtr bar);
+// The choice of an item of a bar's menu (the menus close first).
+void MBarTrackChoose(MBarPtr bar, Int barItem, MenuPtr menu, Int index);
 void MBarTrackOpen(MBarPtr bar, Int index, BoolEnum keyboard, BoolEnum buttonDown);
 void MBarTrackClose();
 

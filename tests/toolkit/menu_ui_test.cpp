@@ -229,6 +229,40 @@ TEST_F(MenuUiTest, AcceleratorsActWithTheMenusClosed) {
   EXPECT_EQ(choices_.labels[1], "&Deep");
 }
 
+TEST_F(MenuUiTest, APinnedMenuTearsOffIntoAWindowThatChoosesAndFollowsCheckMarks) {
+  edit_->UsePin = 1;
+  clickAt(barItemCentre(1));
+  ASSERT_TRUE(MenuIsShown(edit_));
+  _Rect16Rec box = MenuScreenBox(edit_);
+  _Point16Rec firstItem = itemCentre(edit_, 0);
+  clickAt(_Point16Rec{firstItem.X, static_cast<int16_t>(box.Origin.Y + MenuPx(4) + MenuPx(6))});  // the pin
+  EXPECT_FALSE(MBAR_IsMenuOpen(bar_));
+  MenuPtr mirror = edit_->Mirror;
+  ASSERT_NE(mirror, nullptr);
+  WinPtr torn = MENU_Wgt(mirror)->Win;
+  ASSERT_TRUE(tktest::runUntil([&] { return WIN_IsOpen(torn) && !EVENT_IsInvalPending(); }));
+  EXPECT_STREQ(WIN_GetLabel(torn), "Edit");
+  EXPECT_EQ(MENU_GetNumElts(mirror), 2);
+  EXPECT_FALSE(MENU_GetNthItem(mirror, 1)->Activity == MITEM_ACTIVE);  // its sub-menu stays behind
+
+  // An item chosen in the window is the menu's own.
+  _Point16Rec wrap = tktest::absOf(MENU_Wgt(mirror), 20, MenuItemTop(mirror, 0) + 4);
+  clickAt(wrap);
+  ASSERT_EQ(choices_.labels.size(), 1u);
+  EXPECT_EQ(choices_.labels[0], "&Wrap");
+  EXPECT_EQ(choices_.barLabels[0], "&Edit");
+  EXPECT_TRUE(MENU_GetNthItem(edit_, 0)->Checked);
+  EXPECT_TRUE(MENU_GetNthItem(mirror, 0)->Checked);
+  MENU_GoFirst(edit_);
+  MENU_CurSetChecked(edit_, 0);
+  EXPECT_FALSE(MENU_GetNthItem(mirror, 0)->Checked);
+
+  // Closing the window ends the copy; the menu tears off again later.
+  WIN_TerminateGetStatus(torn);
+  settle();
+  EXPECT_EQ(edit_->Mirror, nullptr);
+}
+
 TEST_F(MenuUiTest, AMenuTallerThanTheScreenIsCutAndScrolls) {
   MenuPtr tall = MENU_Create();
   for (int i = 0; i < 200; i++) MENU_AddItem(tall, ("Item " + std::to_string(i)).c_str());

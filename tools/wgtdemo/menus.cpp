@@ -53,6 +53,7 @@ void addDemoMenus(WinPtr win) {
 
   MBAR_AddItem(bar, "&Edit");
   MenuPtr edit = MENU_Create();
+  edit->UsePin = 1;  // the dashed line at its top tears it off
   MENU_AddItem(edit, "Show &Grid");
   MENU_CurSetCheckedMode(edit, MITEM_CHECKTOGGLE);
   MENU_CurSetChecked(edit, 1);
