@@ -115,12 +115,12 @@ OWBboolean createDir(const char* dirName) {
 }
 
 OWBboolean copyFile(const char* sourceFN, const char* targetFN, int itsModes) {
-  int source = open(sourceFN, O_RDONLY);
+  int source = open(sourceFN, O_RDONLY | O_CLOEXEC);
   if (source < 0) {
     alertFormatted(reportFatalError, "Cannot Copy File", "Unable to open %s to make a copy", sourceFN);
     return OWB_FALSE;
   }
-  int target = open(targetFN, O_WRONLY | O_CREAT | O_TRUNC, itsModes);
+  int target = open(targetFN, O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, itsModes);
   if (target < 0) {
     close(source);
     alertFormatted(reportFatalError, "Cannot Copy File", "Unable to create or write %s", targetFN);

@@ -1,6 +1,10 @@
 // Start-up and clean-up of the globals every tool rests on.
 #include "shared/globals.h"
 
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
@@ -15,7 +19,29 @@ fileNameType gOwbDirectory = "";
 fileNameType gResourcesDirectory = "";
 
 namespace {
+
 void (*gWindowSideCleanUp)() = nullptr;
+
+// The log is opened early, among the first descriptors; the scan for it
+// stops here.
+constexpr long kHighestDescriptorScanned = 4096;
+
+// The log stream gives no access to its descriptor: every descriptor open
+// on the log file is marked close-on-exec, so that the programs a tool
+// starts (a fleet's engines among them) do not inherit the log.
+void closeLogOnExec(const char* logPath) {
+  struct stat logInfo;
+  if (stat(logPath, &logInfo) != 0) return;
+  long highest = sysconf(_SC_OPEN_MAX);
+  if (highest < 0 || highest > kHighestDescriptorScanned) highest = kHighestDescriptorScanned;
+  for (int descriptor = 0; descriptor < highest; ++descriptor) {
+    struct stat info;
+    if (fstat(descriptor, &info) != 0 || info.st_dev != logInfo.st_dev || info.st_ino != logInfo.st_ino) continue;
+    int flags = fcntl(descriptor, F_GETFD);
+    if (flags >= 0) fcntl(descriptor, F_SETFD, flags | FD_CLOEXEC);
+  }
+}
+
 }  // namespace
 
 void setWindowSideCleanUp(void (*cleanUp)()) { gWindowSideCleanUp = cleanUp; }
@@ -37,6 +63,7 @@ void openToolLog(bool mayTrim) {
     emptied.close();
     gOWBLogStream->open(logPath, std::ios::app);
   }
+  closeLogOnExec(logPath);
 }
 
 void seedRandomNumbers() {

@@ -64,6 +64,10 @@ bool connectToPort(int socketNumber, uint32_t hostAddr, int port) {
   return connect(socketNumber, reinterpret_cast<struct sockaddr*>(&address), sizeof address) == 0;
 }
 
+// The Tool Manager answers only on the loopback address unless told
+// otherwise; every peer is on this host.
+bool sToolManagerListensOnAnyAddress = false;
+
 }  // namespace
 
 unsigned long getCurrentMilliseconds() {
@@ -91,7 +95,7 @@ void setToolManagerPort(int listenerPort) {
   gToolManagerPort = listenerPort;
   PortFilePath path;
   portFilePath(path);
-  FILE* file = std::fopen(path, "w");
+  FILE* file = std::fopen(path, "we");
   if (!file) {
     OWB_LOG("Failed opening " << path);
     return;
@@ -101,6 +105,8 @@ void setToolManagerPort(int listenerPort) {
 }
 
 void forgetToolManagerPort() { gToolManagerPort = 0; }
+
+void setToolManagerListensOnAnyAddress(bool anyAddress) { sToolManagerListensOnAnyAddress = anyAddress; }
 
 // ------------------------------------------------------------- transport
 
@@ -130,7 +136,8 @@ TCPTransport::TCPTransport(int listenerPort)
       struct sockaddr_in address;
       std::memset(&address, 0, sizeof address);
       address.sin_family = AF_INET;
-      address.sin_addr.s_addr = htonl(INADDR_ANY);
+      address.sin_addr.s_addr =
+          htonl(isToolManager && !sToolManagerListensOnAnyAddress ? INADDR_LOOPBACK : INADDR_ANY);
       address.sin_port = htons(static_cast<uint16_t>(listenerPort));
       if (bind(listenSocket, reinterpret_cast<struct sockaddr*>(&address), sizeof address) == 0) {
         bound = true;

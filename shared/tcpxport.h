@@ -40,6 +40,11 @@ void setToolManagerPort(int listenerPort);
 // Forgets the cached port, for a process that changes HOME or reads a new
 // file on purpose.
 void forgetToolManagerPort();
+// Where the Tool Manager's listener binds: the loopback address, since every
+// peer is on this host, unless anyAddress is set before the transport is
+// made (for peers that reach this host by another of its addresses).  A
+// tool's listener binds any address.
+void setToolManagerListensOnAnyAddress(bool anyAddress);
 
 class TCPTransport : public MessageTransport {
  public:

@@ -92,6 +92,58 @@ TEST(ResourceCompiler, MistakesNameTheLineAndLeaveNoFile) {
   }
 }
 
+// Resources or lists nested 20 000 deep are refused at the line that went
+// too deep; as deep as a library can hold still compiles.
+TEST(ResourceCompiler, DeepNestingIsRefusedAtItsLine) {
+  owbtest::TempDir dir;
+  auto nested = [](int levels) {
+    std::string source = "library \"x\"\nmodule M {\n";
+    for (int i = 0; i < levels; ++i) source += "StrL a" + std::to_string(i) + " {\n";
+    for (int i = 0; i < levels; ++i) source += "}\n";
+    return source + "}\n";
+  };
+  std::string out;
+  owbtest::writeWholeFile(dir.file("deep.rsrc"), nested(20000));
+  EXPECT_EQ(tktest::runRescomp("-o " + dir.file("deep.dat") + " " + dir.file("deep.rsrc"), &out), 1);
+  EXPECT_NE(out.find("deep.rsrc:66: resources nested deeper than 63 levels"), std::string::npos) << out.substr(0, 300);
+  owbtest::writeWholeFile(dir.file("list.rsrc"), "library \"x\"\nmodule M {\n StrL x {\n  Text = " +
+                                                     std::string(20000, '[') + std::string(20000, ']') + "\n }\n}\n");
+  EXPECT_EQ(tktest::runRescomp("-o " + dir.file("list.dat") + " " + dir.file("list.rsrc"), &out), 1);
+  EXPECT_NE(out.find("list.rsrc:4: lists nested deeper than 63 levels"), std::string::npos) << out.substr(0, 300);
+  owbtest::writeWholeFile(dir.file("held.rsrc"), nested(63));
+  EXPECT_EQ(tktest::runRescomp("-o " + dir.file("held.dat") + " " + dir.file("held.rsrc"), &out), 0) << out;
+  EXPECT_EQ(tktest::runRescomp("--dump " + dir.file("held.dat"), &out), 0) << out.substr(0, 300);
+}
+
+// Without the message libraries loaded, failures are still worded, and
+// what a damaged file holds is shown as text.
+TEST(ResourceCompiler, FailuresAreWordedAndDamagedNamesPrintable) {
+  owbtest::TempDir dir;
+  owbtest::ScopedEnv searchPath("ND_PATH", dir.path());
+  owbtest::writeWholeFile(dir.file("ok.rsrc"), "library \"ok\"\nmodule M {\n StrL x {\n  Text = [\"a\"]\n }\n}\n");
+  std::string out;
+  ASSERT_EQ(tktest::runRescomp("-o " + dir.file("ok.dat") + " " + dir.file("ok.rsrc"), &out), 0) << out;
+  const std::string good = owbtest::readWholeFile(dir.file("ok.dat"));
+  ASSERT_GT(good.size(), 0x60u);
+
+  auto dumpFails = [&](const std::string& name) {
+    std::string said;
+    EXPECT_EQ(tktest::runRescomp("--dump " + dir.file(name), &said), 1) << name;
+    EXPECT_EQ(said.find("Unknown error"), std::string::npos) << said;
+    EXPECT_EQ(said.find('\x1b'), std::string::npos) << name;
+    return said;
+  };
+  EXPECT_NE(dumpFails("none.dat").find("Cannot open file \"" + dir.file("none.dat") + "\""), std::string::npos);
+  owbtest::writeWholeFile(dir.file("short.dat"), good.substr(0, 0x60));
+  EXPECT_NE(dumpFails("short.dat").find("Block at offset 64 lies outside the file"), std::string::npos);
+  std::string named = good;
+  named[4] = '\x1b';
+  named[5] = '\xff';
+  owbtest::writeWholeFile(dir.file("named.dat"), named);
+  EXPECT_NE(dumpFails("named.dat").find("File is a \\x1b\\xffsource Database, expected a Resource Database"),
+            std::string::npos);
+}
+
 TEST(ResourceCompiler, TheInstalledLibrariesDumpToTheirSources) {
   std::string sources = owbtest::sourceDir() + "/resources/";
   for (const char* lib : {"nd", "ndcore", "ndres", "ndvgm", "ndtkit", "ndgw", "shared"}) {

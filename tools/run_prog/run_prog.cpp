@@ -68,10 +68,11 @@ std::string portLines() {
 }
 
 // Writes the pid file under a temporary name first, so that nobody reads
-// it half written.
-bool writePidFile(const std::string& pidFileName, const std::string& contents) {
-  std::string temporaryName = pidFileName + ".new";
-  FILE* file = std::fopen(temporaryName.c_str(), "w");
+// it half written.  The temporary name does not grow with the label, so
+// that every label whose pid file name fits also gets its pid file.
+bool writePidFile(const std::string& fleetDir, const std::string& pidFileName, const std::string& contents) {
+  std::string temporaryName = fleetDir + "/." + std::to_string(getpid()) + ".pid-new";
+  FILE* file = std::fopen(temporaryName.c_str(), "we");
   if (!file) return false;
   bool written = std::fputs(contents.c_str(), file) >= 0;
   written = (std::fclose(file) == 0) && written;
@@ -118,7 +119,7 @@ int main(int argc, char** argv) {
   }
   std::string pidFileName = base + ".pid";
   std::string contents = std::to_string(getpid()) + "\n" + commandLineOf(argc, argv, 4) + "\n" + portLines();
-  if (!writePidFile(pidFileName, contents)) {
+  if (!writePidFile(fleetDir, pidFileName, contents)) {
     std::fprintf(stderr, "run_prog: cannot write %s: %s\n", pidFileName.c_str(), std::strerror(errno));
     return 1;
   }

@@ -37,11 +37,13 @@ const char* usageText() {
   return "Usage:\n"
          "  toolman [--port N] [--project DIR] [--help-viewer PROGRAM]\n"
          "          [--help-item LABEL=DOCUMENT]... [--search DIR]... [--quiet]\n"
+         "          [--listen-any]\n"
          "  toolman [--port N] --send LINE [--send LINE]...\n"
          "  toolman --help\n"
          "\n"
          "The Tool Manager of the environment's tools.  It listens on port N\n"
-         "(default 4400, or the first free one of the 99 above), writes that port\n"
+         "(default 4400, or the first free one of the 99 above) of the loopback\n"
+         "address (of every address with --listen-any), writes that port\n"
          "to $HOME/.owb/owbport, where tools look for it, and serves the tools'\n"
          "messages: REGT ADDC ADDE REME ADDF REMF GCPP GCCP GFCP GCFP SCFP RSLV\n"
          "ADGP LOOK GWIN UWIN ASRC DSRC HGDM GSAT DISF.  Every message it receives\n"
@@ -56,7 +58,10 @@ const char* usageText() {
          "$OWB/help where the installation keeps its help documents, then each\n"
          "ADGP directory).  HGDM is answered with HDTM (the help viewer, default\n"
          "netscape) and one HMEM per help item: the four default documents, then\n"
-         "each --help-item.\n"
+         "each --help-item.  The tables are bounded (128 tools of 64 commands,\n"
+         "512 engines, 20000 files, 64 search directories, 32 places of each of\n"
+         "64 window types); a registration past a bound is refused, and of one\n"
+         "window type the oldest place goes.\n"
          "\n"
          "Command lines are read from standard input; the end of standard input\n"
          "does not end toolman (use `exit`, SIGTERM or SIGHUP).  --send LINE\n"
@@ -245,11 +250,16 @@ int main(int argc, char** argv) {
         std::cerr << "toolman: no directory " << argv[i] << " for --search\n";
         return 2;
       }
-      gToolManState.addSearchDirectory(directory);
+      if (!gToolManState.addSearchDirectory(directory)) {
+        std::cerr << "toolman: too many --search directories\n";
+        return 2;
+      }
     } else if (option == "--send" && hasValue) {
       sends.push_back(argv[++i]);
     } else if (option == "--quiet") {
       quiet = true;
+    } else if (option == "--listen-any") {
+      setToolManagerListensOnAnyAddress(true);
     } else {
       std::cerr << "toolman: unknown or incomplete option " << option << " (see --help)\n";
       return 2;
