@@ -255,7 +255,11 @@ void key() {
       return;
     case EVENT_KEYUP:
     case EVENT_KEYDOWN:
-      if (deepest) MenuSetHilite(deepest, MenuNextChoosable(deepest, deepest->Hilite < 0 && k == EVENT_KEYUP ? 0 : deepest->Hilite, k == EVENT_KEYDOWN ? 1 : -1));
+      if (deepest) {
+        // From no highlight, Down goes to the first item and Up to the last.
+        Int from = deepest->Hilite >= 0 ? deepest->Hilite : k == EVENT_KEYUP ? 0 : -1;
+        MenuSetHilite(deepest, MenuNextChoosable(deepest, from, k == EVENT_KEYDOWN ? 1 : -1));
+      }
       return;
     case EVENT_KEYHOME:
     case EVENT_KEYEND:

@@ -170,7 +170,8 @@ void HelpManager::addMenu(WinPtr win) {
     MBAR_GoLabel(bar, kHelpBarLabel);
   }
   Int16 id = 0;
-  for (long i = 0; i < menuNames->totalElements; i++) addItem(menu, stringAt(menuNames, i), id++, nullptr, 0, EVENT_KEYNONE, 0);
+  for (long i = 0; i < menuNames->totalElements; i++)
+    addItem(menu, stringAt(menuNames, i), id++, nullptr, 0, EVENT_KEYNONE, 0);
   addItem(menu, kMenuItemHelpLabel, id++, nullptr, 'H', EVENT_KEYNORMAL, EVENT_MODCONTROL);
   addItem(menu, kThisWindowHelpLabel, id++, "F1", ' ', EVENT_KEYF1, 0);
   MBAR_CurSetSubMenu(bar, menu);

@@ -86,9 +86,10 @@ class HelpTest : public ToolkitTest {
     setenv("HOME", gSuite->home.path().c_str(), 1);
     std::map<std::string, std::string> env{{"HOME", gSuite->home.path()}, {"OWB", owbtest::installTree()}};
     int wanted = 33000 + static_cast<int>(getpid() % 3000) * 3;
-    gSuite->toolman = owbtest::startProgram({owbtest::buildDir() + "/tools/toolman", "--port", std::to_string(wanted),
-                                             "--project", gSuite->home.file("proj"), "--help-viewer", viewer, "--quiet"},
-                                            gSuite->home.file("toolman.out"), &env);
+    gSuite->toolman =
+        owbtest::startProgram({owbtest::buildDir() + "/tools/toolman", "--port", std::to_string(wanted), "--project",
+                               gSuite->home.file("proj"), "--help-viewer", viewer, "--quiet"},
+                              gSuite->home.file("toolman.out"), &env);
     for (int waited = 0; waited < 5000 && gSuite->port == 0; waited += 10) {
       gSuite->port = std::atoi(owbtest::readWholeFile(gSuite->home.path() + "/.owb/owbport").c_str());
       if (gSuite->port == 0) std::this_thread::sleep_for(std::chrono::milliseconds(10));
