@@ -3,6 +3,9 @@
 // menus closed; a click outside; menus that must stay on the screen.
 #include <gtest/gtest.h>
 
+#include <sys/wait.h>
+
+#include <map>
 #include <string>
 #include <vector>
 
@@ -282,6 +285,84 @@ TEST_F(MenuUiTest, AMenuTallerThanTheScreenIsCutAndScrolls) {
   key(XK_Return);
   ASSERT_EQ(choices_.labels.size(), 1u);
   EXPECT_EQ(choices_.labels[0], "Item 199");
+}
+
+}  // namespace
+
+namespace {
+
+// A menu bar given by a window's template: compiled by the resource
+// compiler, loaded with the window, and opened from the keyboard.
+TEST_F(ToolkitTest, AMenuBarFromAWindowTemplateWorks) {
+  ASSERT_TRUE(tktest::loadTestLibrary());
+  owbtest::TempDir dir;
+  owbtest::writeWholeFile(dir.file("menutest.rsrc"), R"(library "menutest"
+import "Vgm" "ndvgm.dat"
+module menutest {
+  MItem open {
+    Label = "&Open"
+    Id = 7
+  }
+  MSep sep {
+  }
+  MItem quit {
+    Label = "&Quit"
+    AcceleratorLabel = "Ctrl+Q"
+  }
+  Menu fileMenu {
+    Choices = [ref "menutest.open", ref "menutest.sep", ref "menutest.quit"]
+  }
+  MItem file {
+    Label = "&File"
+    SubPopup = ref "menutest.fileMenu"
+  }
+  MBar bar export {
+    Choices = [ref "menutest.file"]
+  }
+  Win MenuWindow export {
+    X = 120
+    Y = 120
+    W = 300
+    H = 160
+    MenuBar = ref "menutest.bar"
+  }
+}
+)");
+  std::map<std::string, std::string> env{{"ND_PATH", owbtest::installTree() + "/bin/resource"}};
+  pid_t compiler = owbtest::startProgram({owbtest::buildDir() + "/tools/rescomp/rescomp", "-I",
+                                          owbtest::installTree() + "/bin/resource", "-o", dir.file("menutest.dat"),
+                                          dir.file("menutest.rsrc")},
+                                         dir.file("rescomp.out"), &env);
+  int status = -1;
+  waitpid(compiler, &status, 0);
+  ASSERT_EQ(status, 0) << owbtest::readWholeFile(dir.file("rescomp.out"));
+  RLIB_LoadLibFile("menutest", dir.file("menutest.dat").c_str());
+
+  WinPtr win = keep(WIN_Load("menutest", "MenuWindow"));
+  MBarPtr bar = WIN_GetMenuBar(win);
+  ASSERT_NE(bar, nullptr);
+  MBAR_GoFirst(bar);
+  EXPECT_STREQ(MBAR_CurGetLabel(bar), "&File");
+  MenuPtr file = MBAR_CurGetSubMenu(bar);
+  ASSERT_NE(file, nullptr);
+  ASSERT_EQ(MENU_GetNumElts(file), 3);
+  EXPECT_TRUE(MENU_GetNthItem(file, 1)->IsSeparator);
+  MENU_GoFirst(file);
+  EXPECT_EQ(MENU_CurGetId(file), 7);
+
+  WIN_Init(win);
+  ASSERT_TRUE(tktest::showAndWait(win));
+  ASSERT_TRUE(tktest::runUntil([&] { return WIN_HasFocus(win); }));
+  driver_->key(XK_F10);
+  settle();
+  ASSERT_TRUE(MenuIsShown(file));
+  driver_->key(XK_Down);
+  settle();
+  EXPECT_EQ(file->Hilite, 2);
+  EXPECT_EQ(MITEM_AccelText(MENU_GetNthItem(file, 2)), "Ctrl+Q");
+  driver_->key(XK_Escape);
+  settle();
+  EXPECT_FALSE(MBAR_IsMenuOpen(bar));
 }
 
 }  // namespace
