@@ -120,22 +120,29 @@ void S_Redraw(MenuPtr menu) {
 }
 
 // The procedure of a menu's window: the menu is drawn over the window's
-// background, and pointer input goes to the bar's interaction.
+// background, and pointer input goes to the bar's interaction.  The window
+// is held for the length of a message: a choice may end the menu, and the
+// menu its window.
 long S_ShellNfy(ResPtr res, Int message, ClientPtr data) {
   MenuPtr menu = static_cast<MenuPtr>(res->ClientData);
+  RES_Use(res);
+  long result = 0;
   switch (message) {
     case WGT_NFYREDRAW:
       WIN_DefNfy(res, message, data);
       if (menu) WGT_Send(MENU_Wgt(menu), WGT_NFYREDRAW);
-      return 0;
+      break;
     case WGT_NFYMOUSECLICK:
     case WGT_NFYMOUSEMOVE:
     case WGT_NFYMOUSEBUTTONRELEASE:
       if (menu) MBarTrackPointer(message);
-      return 0;
+      break;
     default:
-      return WIN_DefNfy(res, message, data);
+      result = WIN_DefNfy(res, message, data);
+      break;
   }
+  RES_Release(res);
+  return result;
 }
 
 WinPtr S_Shell(MenuPtr menu, const _Rect16Rec& box) {
@@ -165,9 +172,10 @@ void S_MenuDestruct(ResPtr res) {
     ResPtr sr = WGT_Res(WIN_Wgt(shell));
     sr->ClientData = nullptr;
     sr->Notify = WIN_DefNfy;
-    // The window's own reference goes when its end is processed, at the
-    // next recalculation.
-    WIN_SelfTerminate(shell);
+    // The window goes with the menu (unless a message of its own is being
+    // handled; then when that ends).
+    WIN_SelfMinimize(shell);
+    RES_Release(sr);
   }
   MENU_Wgt(menu)->Win = nullptr;
   MENU_Wgt(menu)->Panel = nullptr;
