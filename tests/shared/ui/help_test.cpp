@@ -208,6 +208,26 @@ TEST_F(HelpTest, TheHelpMenuShowsDocumentsWindowHelpAndHelpOnMenuItems) {
   EXPECT_EQ(runs[4], gSuite->docs + "/user.html#OWBWin:TestWindow");
 }
 
+TEST_F(HelpTest, AWindowsOwnHelpMenuKeepsItsItemsAheadOfASeparator) {
+  WinPtr win = keep(tktest::newWin(150, 150, 420, 200, "own help"));
+  MBarPtr bar = MBAR_Create();
+  MBAR_AddItem(bar, "&Help");
+  MenuPtr own = MENU_Create();
+  MENU_AddItem(own, "&About");
+  MBAR_CurSetSubMenu(bar, own);
+  RES_Release(MENU_Res(own));
+  WIN_SetMenuBar(win, bar);
+  RES_Release(MBAR_Res(bar));
+  gHelpManager->addMenu(win);
+  ASSERT_EQ(MBAR_GetNumItems(bar), 1);
+  MBAR_GoFirst(bar);
+  ASSERT_EQ(MBAR_CurGetSubMenu(bar), own);
+  std::string labels;
+  for (MENU_GoFirst(own); MENU_IsOk(own); MENU_GoNext(own)) labels += std::string(MENU_CurGetLabel(own)) + "|";
+  EXPECT_EQ(labels,
+            "&About||&Developer Library|&Programmng Guide|&Language Reference|&User Guide|&Menu Item|&This Window|");
+}
+
 TEST_F(HelpTest, AModalWindowGetsF1ThroughItsHiddenButton) {
   WinPtr win = keep(tktest::newWin(200, 200, 300, 120, "alert"));
   gHelpManager->addModalHelp(win, "AlertWindow", nullptr);
