@@ -20,6 +20,8 @@ fileNameType gResourcesDirectory = "";
 
 namespace {
 
+void (*sWindowSideStart)(int listenerPort) = nullptr;
+void (*sWindowSideEnd)() = nullptr;
 void (*gWindowSideCleanUp)() = nullptr;
 
 // The log is opened early, among the first descriptors; the scan for it
@@ -44,6 +46,10 @@ void closeLogOnExec(const char* logPath) {
 
 }  // namespace
 
+void setWindowSideHooks(void (*start)(int listenerPort), void (*end)()) {
+  sWindowSideStart = start;
+  sWindowSideEnd = end;
+}
 void setWindowSideCleanUp(void (*cleanUp)()) { gWindowSideCleanUp = cleanUp; }
 
 // Opens the log in the preferences directory.  Only the Tool Manager (a
@@ -111,7 +117,7 @@ void initializeToolGlobals(const char* toolName, int listenerPort) {
   gToolManToolInfo.listenerPort = getToolManagerPort();
   OWB_LOG("Got port of " << gToolManToolInfo.listenerPort << " for Tool Manager");
 
-  // The window manager comes with window bookkeeping.
+  if (sWindowSideStart) sWindowSideStart(listenerPort);
 
   readOwbDirectory();
 
@@ -119,6 +125,8 @@ void initializeToolGlobals(const char* toolName, int listenerPort) {
 }
 
 void cleanUpGlobals() {
+  // First: the window side still sends messages (UWIN) as it ends.
+  if (sWindowSideEnd) sWindowSideEnd();
   delete gMessageCenter;
   gMessageCenter = nullptr;
   delete[] gToolName;
