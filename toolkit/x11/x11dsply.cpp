@@ -108,6 +108,7 @@ void DSPLY_Exit() {
   X11ReleaseAttributes();
   for (Window w : gOurWins) {
     X11ForgetWinDraw(w);
+    X11ForgetWinEvents(w);
     XDestroyWindow(gX.dpy, w);
   }
   gOurWins.clear();
