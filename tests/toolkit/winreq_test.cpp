@@ -100,7 +100,11 @@ TEST_F(WinRequestTest, WithoutAWindowManagerTheWindowDoesItItself) {
   WIN_RegisterForRequest(a, listener);
   EXPECT_FALSE(WIN_Maximize(a));
   EXPECT_FALSE(WIN_IsMaximized(a));
+  // The listener hears the window's end too; it goes after that.
   RES_SetNfyProcDS(listener, nullptr, nullptr);
+  WIN_TerminateGetStatus(a);
+  EVENT_Update();
+  RES_Release(listener);
 }
 
 // The test is the window manager: it owns WM_S0, hears the requests sent
