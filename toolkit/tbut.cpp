@@ -8,6 +8,7 @@
 #include "toolkit/autom.h"
 #include "toolkit/draw.h"
 #include "toolkit/dsply.h"
+#include "toolkit/icon.h"
 #include "toolkit/kylst.h"
 #include "toolkit/pfld.h"
 #include "toolkit/winpub.h"
@@ -37,8 +38,13 @@ WgtPtr W(TButPtr b) { return TBUT_Wgt(b); }
 bool initialized(TButPtr b) { return WGT_Res(W(b))->ResInitialized; }
 bool windowOpen(TButPtr b) { return W(b)->Win && W(b)->Win->State == WIN_STATEOPEN; }
 
+ResPtr iconOf(TButPtr b) { return static_cast<ResPtr>(b->TButPrivate); }
+
+// Room between an icon and the label beside it.
+int iconGap(TButPtr b) { return iconOf(b) && b->Label && *b->Label ? px(6) : 0; }
+
 Int lookOf(TButPtr b) {
-  if (b->Style == TBUT_STYLEFACE) return TBUT_STYLEFACE;
+  if (b->Style == TBUT_STYLEFACE || b->Style == TBUT_STYLEICON) return b->Style;
   if (b->Style == TBUT_STYLECHECK || b->Style == TBUT_STYLERADIO) return b->Style;
   if (b->Mode == TBUT_MODETOGGLE) return TBUT_STYLECHECK;
   if (b->Mode == TBUT_MODERADIO) return TBUT_STYLERADIO;
@@ -132,27 +138,45 @@ void S_DrawMark(TButPtr b, DrawPtr d, Int look) {
   }
 }
 
+// A picture alone on the background: no face, no mark.
+void S_DrawIconOnly(TButPtr b, DrawPtr d) {
+  WgtPtr w = W(b);
+  DRAW_FillRect(d, RECT16_Make(0, 0, w->Box.Extent.X, w->Box.Extent.Y), WGT_GetBgColor(w));
+  b->TButPrivate2 = WGT_IsEnabled(w) ? WGT_GetFgColor(w) : COLOR_DisabledText();
+  WGT_Send(w, TBUT_NFYDRAWLABEL, d);
+}
+
 void S_Redraw(TButPtr b) {
   DrawPtr d = WGT_BeginDraw(W(b));
   Int look = lookOf(b);
   if (look == TBUT_STYLEFACE) S_DrawFace(b, d);
+  else if (look == TBUT_STYLEICON) S_DrawIconOnly(b, d);
   else S_DrawMark(b, d, look);
   WGT_EndDraw(d);
 }
 
+// The icon (if any) and the label beside it, centred on a face, at the
+// left beside a mark.
 void S_DrawLabel(TButPtr b, DrawPtr d) {
-  if (!d || !b->Label) return;
+  ResPtr icon = iconOf(b);
+  if (!d || (!b->Label && !icon)) return;
   WgtPtr w = W(b);
   FontPtr font = WGT_GetFont(w);
   _Rect16Rec box = TButQueryLabelBox(b);
-  _Point16Rec ext = TButQueryLabelExt(b);
+  _Point16Rec ext = TButQueryLabelExt(b);  // icon and text together
   int x = box.Origin.X;
-  if (lookOf(b) == TBUT_STYLEFACE) x += (box.Extent.X - ext.X) / 2;
-  int y = box.Origin.Y + (box.Extent.Y - ext.Y) / 2 + FONT_GetAscent(font);
+  if (lookOf(b) != TBUT_STYLECHECK && lookOf(b) != TBUT_STYLERADIO) x += (box.Extent.X - ext.X) / 2;
+  DRAW_ClipRect(d, box);
+  if (icon) {
+    _Point16Rec iconExt = ICON_GetScreenSize(icon);
+    ICON_Draw(d, icon, x, box.Origin.Y + (box.Extent.Y - iconExt.Y) / 2);
+    x += iconExt.X + iconGap(b);
+  }
+  if (!b->Label || !*b->Label) return;
+  _Point16Rec textExt = DRAW_QueryTextExt(font, b->Label, -1);
+  int y = box.Origin.Y + (box.Extent.Y - textExt.Y) / 2 + FONT_GetAscent(font);
   ColorPtr color = b->TButPrivate2 ? static_cast<ColorPtr>(b->TButPrivate2) : WGT_GetFgColor(w);
-  DrawPtr clipped = d;
-  DRAW_ClipRect(clipped, box);
-  DRAW_Text(clipped, font, color, x, y, b->Label, -1);
+  DRAW_Text(d, font, color, x, y, b->Label, -1);
 }
 
 // The mode's action after a press that ended inside, then the tool's event.
@@ -219,6 +243,8 @@ void S_TButDestruct(ResPtr res) {
   TButPtr b = reinterpret_cast<TButPtr>(res);
   WgtPtr w = W(b);
   if (w->Win && WIN_GetDefWgt(w->Win) == w) WIN_SetDefWgt(w->Win, nullptr);
+  if (ResPtr icon = iconOf(b)) RES_Release(icon);
+  b->TButPrivate = nullptr;
 }
 
 }  // namespace
@@ -349,6 +375,16 @@ void TBUT_SetLabel(TButPtr but, const char* text) {
 
 const char* TBUT_GetLabel(TButPtr but) { return but ? VSTR_Get(but->Label) : ""; }
 
+void TBUT_SetIcon(TButPtr but, ResPtr icon) {
+  if (!but || iconOf(but) == icon) return;
+  if (icon) RES_Use(icon);
+  if (ResPtr old = iconOf(but)) RES_Release(old);
+  but->TButPrivate = icon;
+  if (initialized(but)) WGT_Inval(W(but), nullptr);
+}
+
+ResPtr TBUT_GetIcon(TButPtr but) { return but ? iconOf(but) : nullptr; }
+
 void TBUT_SetMode(TButPtr but, Int16 mode) {
   if (!but) return;
   but->Mode = mode;
@@ -411,7 +447,13 @@ void TBUT_VisualEffect(TButPtr but, Int effect) {
 // --- Geometry of the look ------------------------------------------------------------------
 
 _Point16Rec TButQueryLabelExt(TButPtr but) {
-  return DRAW_QueryTextExt(WGT_GetFont(W(but)), but && but->Label ? but->Label : "", -1);
+  _Point16Rec ext = DRAW_QueryTextExt(WGT_GetFont(W(but)), but && but->Label ? but->Label : "", -1);
+  if (ResPtr icon = but ? iconOf(but) : nullptr) {
+    _Point16Rec iconExt = ICON_GetScreenSize(icon);
+    ext.X = static_cast<int16_t>(ext.X + iconExt.X + iconGap(but));
+    if (iconExt.Y > ext.Y) ext.Y = iconExt.Y;
+  }
+  return ext;
 }
 
 _Rect16Rec TButQueryCheckRadioBox(TButPtr but) {
@@ -423,6 +465,7 @@ _Rect16Rec TButQueryCheckRadioBox(TButPtr but) {
 
 _Rect16Rec TButQueryLabelBox(TButPtr but) {
   WgtPtr w = W(but);
+  if (lookOf(but) == TBUT_STYLEICON) return RECT16_Make(0, 0, w->Box.Extent.X, w->Box.Extent.Y);
   if (lookOf(but) == TBUT_STYLEFACE)
     return RECT16_Make(px(8), 0, w->Box.Extent.X - 2 * px(8), w->Box.Extent.Y);
   _Rect16Rec m = TButQueryCheckRadioBox(but);
@@ -432,6 +475,7 @@ _Rect16Rec TButQueryLabelBox(TButPtr but) {
 
 Int TButMinWidth(TButPtr but) {
   Int label = TButQueryLabelExt(but).X;
+  if (lookOf(but) == TBUT_STYLEICON) return label;
   if (lookOf(but) == TBUT_STYLEFACE) return label + 2 * px(8) > px(72) ? label + 2 * px(8) : px(72);
   return px(2) + px(16) + px(8) + label + px(2);
 }

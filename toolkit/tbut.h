@@ -24,12 +24,13 @@ enum ENUM_TButEffectEnum { TBUT_EFFECTPRESSED = 0, TBUT_EFFECTRELEASED = 1, TBUT
 enum { TBUT_MODEPUSH = 0, TBUT_MODETOGGLE = 1, TBUT_MODERADIO = 2 };
 // Style: the look.  Auto follows the mode: a push button's face, a check
 // box for a toggle, a round mark for a radio button; Face shows a toggle or
-// radio button as a face that stays pressed while selected.
-enum { TBUT_STYLEAUTO = 0, TBUT_STYLEFACE = 1, TBUT_STYLECHECK = 2, TBUT_STYLERADIO = 3 };
+// radio button as a face that stays pressed while selected; Icon shows the
+// icon and label alone on the background, with no face.
+enum { TBUT_STYLEAUTO = 0, TBUT_STYLEFACE = 1, TBUT_STYLECHECK = 2, TBUT_STYLERADIO = 3, TBUT_STYLEICON = 4 };
 
 struct _TButObj {
   _WgtObj Wgt;
-  ClientPtr TButPrivate;   // icon: not drawn by this look
+  ClientPtr TButPrivate;   // the icon (an Icon resource the button holds), or null
   VStrPtr Label;
   Int16 Mode;
   Int16 Style;
@@ -64,6 +65,10 @@ BoolEnum TBUT_GetSelected(TButPtr but);
 void TBUT_Toggle(TButPtr but);
 void TBUT_SetLabel(TButPtr but, const char* text);
 const char* TBUT_GetLabel(TButPtr but);
+// Shows an Icon resource (toolkit/icon.h) before the label; null removes
+// it.  The button takes its own reference and releases it when it goes.
+void TBUT_SetIcon(TButPtr but, ResPtr icon);
+ResPtr TBUT_GetIcon(TButPtr but);
 void TBUT_SetMode(TButPtr but, Int16 mode);
 Int16 TBUT_GetMode(TButPtr but);
 void TBUT_SetStyle(TButPtr but, Int16 style);

@@ -424,9 +424,10 @@ BoolEnum WIN_Minimize(WinPtr win) {
   return S_Request(win, WIN_NFYMINIMIZE);
 }
 
-void WIN_SelfMinimize(WinPtr win) {
-  if (win && win->State == WIN_STATEOPEN) S_Hide(win, WIN_STATECLOSED);
-}
+// Minimising iconifies through the window manager's protocol: the window
+// manager is asked to change the window to its iconic state, and shows it
+// in its task bar or as an icon; WIN_Show brings it back.
+void WIN_SelfMinimize(WinPtr win) { WIN_SelfIconify(win); }
 
 BoolEnum WIN_Iconify(WinPtr win) {
   if (!win || win->Closing || win->State != WIN_STATEOPEN) return 0;
@@ -636,7 +637,9 @@ long modalRun(WinPtr win, bool showAndHide, BoolEnum permissive) {
   win->InModal = 1;
   EVENT_ModalProcess(win, 0, permissive);
   win->InModal = outer;
-  if (showAndHide) WIN_Minimize(win);
+  // The dialog is put away, not iconified: it is no window of its own to
+  // the user once its run has ended.
+  if (showAndHide && win->State == WIN_STATEOPEN && !win->Closing) S_Hide(win, WIN_STATECLOSED);
   long value = sModalReturn;
   RES_Release(res);
   return value;
