@@ -45,11 +45,28 @@ int64_t DSPLY_Now();
 
 // Top-level windows.  The box is the client area in screen coordinates.
 NatWinId DSPLY_NewWin(const _Rect16Rec& box, const char* label, ColorPtr background);
+// A pop-up window (a menu): not decorated or placed by the window manager.
+NatWinId DSPLY_NewPopupWin(const _Rect16Rec& box, ColorPtr background);
 void DSPLY_DisposeWin(NatWinId win);
 void DSPLY_ShowWin(NatWinId win);
 void DSPLY_HideWin(NatWinId win);
 void DSPLY_RaiseWin(NatWinId win);
+// Iconifies: through the window manager (ICCCM WM_CHANGE_STATE) when one
+// runs, else by unmapping; the state change comes back as an event.
 void DSPLY_IconifyWin(NatWinId win);
+// Maps an iconified window again (ICCCM: map to NormalState).
+void DSPLY_DeiconifyWin(NatWinId win);
+// Puts the window below all others (a window manager restacks its frame).
+void DSPLY_LowerWin(NatWinId win);
+// Asks the window manager to maximize or restore the window (EWMH
+// _NET_WM_STATE); false when no window manager runs, and the caller sizes
+// the window itself.
+bool DSPLY_SetWinMaximized(NatWinId win, bool maximized);
+// Whether a window manager runs on the screen (it owns WM_S<screen>).
+bool DSPLY_HasWinMgr();
+// The part of the screen for windows: the window manager's work area, or
+// the whole screen.
+_Rect16Rec DSPLY_GetWorkArea();
 void DSPLY_MoveResizeWin(NatWinId win, const _Rect16Rec& box);
 void DSPLY_SetWinLabel(NatWinId win, const char* label);
 void DSPLY_SetWinIconLabel(NatWinId win, const char* label);
@@ -59,6 +76,11 @@ void DSPLY_SetWinMinMax(NatWinId win, _Point16Rec minExt, _Point16Rec maxExt);
 void DSPLY_SetWinTransientFor(NatWinId win, NatWinId owner);
 void DSPLY_SetWinCursor(NatWinId win, CursPtr cursor);
 void DSPLY_FocusWin(NatWinId win);
+// A text property (type UTF8_STRING) of the window, replaced whole; a text
+// too long for one request is written in parts.  Errors of a window that
+// is gone meanwhile are recorded, not fatal.
+void DSPLY_SetWinTextProperty(NatWinId win, const char* property, const std::string& text);
+void DSPLY_DeleteWinProperty(NatWinId win, const char* property);
 // Marks a part of the window for an expose event.
 void DSPLY_InvalWinRect(NatWinId win, const _Rect16Rec& rect);
 // The window's client box in screen coordinates as the server has it.
@@ -68,6 +90,9 @@ bool DSPLY_QueryWinBox(NatWinId win, _Rect16Rec* box);
 bool DSPLY_QueryPointer(_Point16Rec* abs, NatWinId* win, _Point16Rec* winLoc, unsigned* mods);
 void DSPLY_GrabPointer(NatWinId win);
 void DSPLY_UngrabPointer();
+// Every key goes to the window until the grab ends (an open menu's keys).
+void DSPLY_GrabKeyboard(NatWinId win);
+void DSPLY_UngrabKeyboard();
 
 // Input.
 enum DsplyEvKindEnum {
@@ -86,8 +111,13 @@ enum DsplyEvKindEnum {
   DSPLY_EVDELETE,     // the window manager's close box
   DSPLY_EVFOCUSIN,
   DSPLY_EVFOCUSOUT,
-  DSPLY_EVTAKEFOCUS
+  DSPLY_EVTAKEFOCUS,
+  DSPLY_EVRESTACK,    // the window moved in the stacking order only
+  DSPLY_EVWMSTATE     // the window manager's state of the window: WmState
 };
+
+// WmState bits of DSPLY_EVWMSTATE: how the window manager shows the window.
+enum { DSPLY_WMSTATEICONIC = 1, DSPLY_WMSTATEMAXIMIZED = 2 };
 
 struct _DsplyEventRec {
   int Kind;
@@ -103,6 +133,7 @@ struct _DsplyEventRec {
   char KbAsciiStr[256];  // its ASCII part
   bool InNumKeyPad;
   _Rect16Rec Box;        // configure
+  unsigned WmState;      // DSPLY_EVWMSTATE: DSPLY_WMSTATE... bits
   RegionPtr Rgn;         // expose: the merged exposed region, owned by the record
 };
 

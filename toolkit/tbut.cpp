@@ -3,15 +3,13 @@
 // flat look.
 #include "toolkit/tbut.h"
 
-#include <cctype>
-#include <cstdlib>
 #include <cstring>
-#include <sstream>
-#include <string>
 
+#include "toolkit/autom.h"
 #include "toolkit/draw.h"
 #include "toolkit/dsply.h"
 #include "toolkit/icon.h"
+#include "toolkit/kylst.h"
 #include "toolkit/pfld.h"
 #include "toolkit/winpub.h"
 
@@ -53,7 +51,10 @@ Int lookOf(TButPtr b) {
   return TBUT_STYLEFACE;
 }
 
+// Also what the automation surface shows of it may have changed, open
+// window or not.
 void redraw(TButPtr b) {
+  AUTOM_Touch();
   if (initialized(b) && windowOpen(b)) WGT_Inval(W(b), nullptr);
 }
 
@@ -63,16 +64,6 @@ void S_SetPressedSelected(TButPtr b, BoolEnum pressed, BoolEnum selected) {
   b->Pressed = pressed ? 1 : 0;
   b->Sel = selected ? 1 : 0;
   redraw(b);
-}
-
-void drawCheckMark(DrawPtr d, const _Rect16Rec& box, ColorPtr color) {
-  int x = box.Origin.X, y = box.Origin.Y, s = box.Extent.X;
-  PenPtr pen = PEN_New(px(2) < 2 ? 2 : px(2), PEN_STYLESOLID);
-  _Point16Rec pts[3] = {{static_cast<int16_t>(x + s * 3 / 14), static_cast<int16_t>(y + s * 7 / 14)},
-                        {static_cast<int16_t>(x + s * 6 / 14), static_cast<int16_t>(y + s * 10 / 14)},
-                        {static_cast<int16_t>(x + s * 11 / 14), static_cast<int16_t>(y + s * 4 / 14)}};
-  DRAW_Lines(d, pts, 3, color, pen);
-  PEN_Dispose(pen);
 }
 
 void S_DrawFace(TButPtr b, DrawPtr d) {
@@ -119,7 +110,7 @@ void S_DrawMark(TButPtr b, DrawPtr d, Int look) {
   if (look == TBUT_STYLECHECK) {
     DRAW_FillRect(d, m, on && enabled ? COLOR_Accent() : on ? COLOR_LightGray() : pressed ? COLOR_Pressed() : COLOR_Face());
     DRAW_FrameRect(d, m, on && enabled ? COLOR_Accent() : edge, PEN_Solid());
-    if (on) drawCheckMark(d, m, COLOR_White());
+    if (on) TButDrawCheckMark(d, m, COLOR_White());
   } else {
     DRAW_FillEllipse(d, m, pressed ? COLOR_Pressed() : COLOR_Face());
     PenPtr ring = PEN_New(on ? px(2) : px(1), PEN_STYLESOLID);
@@ -260,6 +251,12 @@ void TBUT_InitClass() {}
 
 TButPtr TBUT_Create() { return reinterpret_cast<TButPtr>(RES_Create(sTBut)); }
 
+void TBUT_Describe(WgtPtr wgt, AutomDesc* desc) {
+  TButPtr b = TBUT_FromWgt(wgt);
+  AUTOM_SetText(desc, b->Label);
+  AUTOM_SetSelected(desc, b->Mode != TBUT_MODEPUSH && b->Sel);
+}
+
 BoolEnum TBUT_IsTBut(WgtPtr wgt) { return wgt && sTBut && RCLAS_IsSubClassOf(WGT_Res(wgt)->ResClass, sTBut); }
 
 long TBUT_DefNfy(ResPtr res, Int message, ClientPtr data) {
@@ -362,6 +359,7 @@ void TBUT_Toggle(TButPtr but) {
 void TBUT_SetLabel(TButPtr but, const char* text) {
   if (!but) return;
   VSTR_Set(&but->Label, text);
+  AUTOM_Touch();
   if (initialized(but)) WGT_Inval(W(but), nullptr);
 }
 
@@ -394,46 +392,7 @@ void TBUT_SetAccelKeys(TButPtr but, const char* keys) {
 }
 const char* TBUT_GetAccelKeys(TButPtr but) { return but ? VSTR_Get(but->AccelKeys) : ""; }
 
-BoolEnum TBUT_MatchKeys(const char* keys) {
-  if (!keys) return 0;
-  Int key = EVENT_GetKeyCode();
-  UInt mods = EVENT_GetKbMods() & (EVENT_MODCONTROL | EVENT_MODALT | EVENT_MODSHIFT);
-  const char* ascii = EVENT_GetCurEvent()->KbAsciiStr;
-  std::istringstream in(keys);
-  for (std::string k; in >> k;) {
-    UInt want = 0;
-    for (;;) {
-      if (k.rfind("Ctrl+", 0) == 0) want |= EVENT_MODCONTROL, k.erase(0, 5);
-      else if (k.rfind("Alt+", 0) == 0) want |= EVENT_MODALT, k.erase(0, 4);
-      else if (k.rfind("Shift+", 0) == 0) want |= EVENT_MODSHIFT, k.erase(0, 6);
-      else break;
-    }
-    if (k.size() == 1) {
-      // A character: shift may be part of typing it.
-      char c = static_cast<char>(std::tolower(static_cast<unsigned char>(k[0])));
-      char typed = ascii[0];
-      if (key == EVENT_KEYCONTROL && typed > 0 && typed < 27) typed = static_cast<char>('a' + typed - 1);
-      if ((mods & ~EVENT_MODSHIFT) == (want & ~EVENT_MODSHIFT) &&
-          std::tolower(static_cast<unsigned char>(typed)) == c && typed != 0)
-        return 1;
-      continue;
-    }
-    Int named = EVENT_KEYNONE;
-    if (k == "Return") named = EVENT_KEYRETURN;
-    else if (k == "Enter") named = EVENT_KEYENTER;
-    else if (k == "Escape") named = EVENT_KEYESCAPE;
-    else if (k == "Tab") named = EVENT_KEYTAB;
-    else if (k == "Space") {
-      if (mods == want && ascii[0] == ' ' && ascii[1] == 0) return 1;
-      continue;
-    } else if (k.size() >= 2 && k[0] == 'F') {
-      int n = std::atoi(k.c_str() + 1);
-      if (n >= 1 && n <= 12) named = EVENT_KEYF1 + n - 1;
-    }
-    if (named != EVENT_KEYNONE && key == named && mods == want) return 1;
-  }
-  return 0;
-}
+BoolEnum TBUT_MatchKeys(const char* keys) { return KYLST_MatchKeys(keys); }
 
 void TBUT_SetDefButton(TButPtr but) {
   if (!but || TBUT_IsDefButton(but)) return;
@@ -473,6 +432,17 @@ void TBUT_VisualEffect(TButPtr but, Int effect) {
     default:
       break;
   }
+}
+
+// The check mark of the look, in a square box.
+void TButDrawCheckMark(DrawPtr d, const _Rect16Rec& box, ColorPtr color) {
+  int x = box.Origin.X, y = box.Origin.Y, s = box.Extent.X;
+  PenPtr pen = PEN_New(px(2) < 2 ? 2 : px(2), PEN_STYLESOLID);
+  _Point16Rec pts[3] = {{static_cast<int16_t>(x + s * 3 / 14), static_cast<int16_t>(y + s * 7 / 14)},
+                        {static_cast<int16_t>(x + s * 6 / 14), static_cast<int16_t>(y + s * 10 / 14)},
+                        {static_cast<int16_t>(x + s * 11 / 14), static_cast<int16_t>(y + s * 4 / 14)}};
+  DRAW_Lines(d, pts, 3, color, pen);
+  PEN_Dispose(pen);
 }
 
 // --- Geometry of the look ------------------------------------------------------------------

@@ -54,6 +54,9 @@ void TBUT_InitClass();
 TButPtr TBUT_Create();
 long TBUT_DefNfy(ResPtr res, Int message, ClientPtr data);
 BoolEnum TBUT_IsTBut(WgtPtr wgt);
+// The automation surface: the label, and selected for a toggle or radio
+// button that is on.
+void TBUT_Describe(WgtPtr wgt, struct AutomDesc* desc);
 
 void TBUT_Select(TButPtr but);
 void TBUT_Unselect(TButPtr but);
@@ -70,10 +73,8 @@ void TBUT_SetMode(TButPtr but, Int16 mode);
 Int16 TBUT_GetMode(TButPtr but);
 void TBUT_SetStyle(TButPtr but, Int16 style);
 Int16 TBUT_GetStyle(TButPtr but);
-// Keys that press the button, separated by blanks: a character ("x"), a
-// key name (Return, Enter, Escape, Space, Tab, F1 .. F12), each optionally
-// after "Ctrl+", "Alt+" or "Shift+".  Characters match without regard to
-// case.
+// Keys that press the button, named as in a key list (toolkit/kylst.h):
+// "Alt+o Ctrl+s F5 Escape".
 void TBUT_SetAccelKeys(TButPtr but, const char* keys);
 const char* TBUT_GetAccelKeys(TButPtr but);
 // True when the current key event matches one of the keys.
@@ -89,5 +90,7 @@ _Point16Rec TButQueryLabelExt(TButPtr but);
 _Rect16Rec TButQueryCheckRadioBox(TButPtr but);
 _Rect16Rec TButQueryLabelBox(TButPtr but);
 Int TButMinWidth(TButPtr but);
+// The look's check mark in a square box (check boxes, checked menu items).
+void TButDrawCheckMark(DrawPtr draw, const _Rect16Rec& box, ColorPtr color);
 
 #endif  // OWB_TOOLKIT_TBUT_H

@@ -6,10 +6,12 @@
 #include <map>
 #include <vector>
 
+#include "toolkit/autom.h"
 #include "toolkit/dsply.h"
 #include "toolkit/err.h"
 #include "toolkit/evctx.h"
 #include "toolkit/eventpriv.h"
+#include "toolkit/mbar.h"
 #include "toolkit/pfld.h"
 #include "toolkit/tarea.h"
 #include "toolkit/tbut.h"
@@ -29,6 +31,7 @@ _PFldRec sWinFields[] = {WIN_FIELD("Mode", Mode, PFLD_INT16, PFLD_KINDVALUE),
                          WIN_FIELD("MaxWidth", MaxWidth, PFLD_INT16, PFLD_KINDGEOMETRY),
                          WIN_FIELD("MaxHeight", MaxHeight, PFLD_INT16, PFLD_KINDGEOMETRY),
                          WIN_FIELD("IconLabel", IconLabel, PFLD_VSTR, PFLD_KINDTEXT),
+                         WIN_FIELD("MenuBar", MenuBar, PFLD_RES0, PFLD_KINDVALUE),
                          WIN_FIELD("FrameLeft", FrameLeft, PFLD_INT16, PFLD_KINDGEOMETRY),
                          WIN_FIELD("FrameRight", FrameRight, PFLD_INT16, PFLD_KINDGEOMETRY),
                          WIN_FIELD("FrameTop", FrameTop, PFLD_INT16, PFLD_KINDGEOMETRY),
@@ -49,6 +52,8 @@ long sModalReturn = 0;
 struct WinExtra {
   BoolEnum ActivateOnMap = 0;
   BoolEnum HidePending = 0;  // an unmap we asked for
+  BoolEnum Maximized = 0;
+  _Rect16Rec RestoreBox{};   // the box before it was maximized
 };
 std::map<WinPtr, WinExtra> sExtra;
 
@@ -85,7 +90,10 @@ void S_ClampExtent(WinPtr win, _Rect16Rec* box) {
 
 void ensureNative(WinPtr win) {
   if (win->NatWin || !DSPLY_IsOpen()) return;
-  win->NatWin = DSPLY_NewWin(W(win)->Box, PANEL_GetLabel(WIN_Panel(win)), WGT_GetBgColor(W(win)));
+  // A pop-up (a pull-down menu) is a window the window manager leaves alone.
+  win->NatWin = (win->OptFlags & WIN_OPTPOPUP)
+                    ? DSPLY_NewPopupWin(W(win)->Box, WGT_GetBgColor(W(win)))
+                    : DSPLY_NewWin(W(win)->Box, PANEL_GetLabel(WIN_Panel(win)), WGT_GetBgColor(W(win)));
   if (!win->NatWin) return;
   sByNatWin[win->NatWin] = win;
   DSPLY_SetWinMinMax(win->NatWin, _Point16Rec{win->MinWidth, win->MinHeight},
@@ -215,6 +223,34 @@ void S_ProcessWinMgr(WinPtr win, EventPtr ev) {
     if (resized) S_Relayout(win, old.Extent);
     WGT_Send(w, resized ? WIN_NFYMOVEDRESIZED : WIN_NFYMOVED);
   }
+  // The window manager's news of the window's state: each acts on a
+  // change only, since a report gives the whole state.
+  if ((bits & EVENT_WMICONIFIED) && win->State == WIN_STATEOPEN) {
+    win->State = WIN_STATEICONIFIED;
+    removeOpen(win);
+    WGT_Send(w, WIN_NFYICONIFIED);
+  }
+  if ((bits & EVENT_WMDEICONIFIED) && win->State == WIN_STATEICONIFIED) {
+    win->State = WIN_STATEOPEN;
+    pushOpen(win);
+    WGT_Send(w, WIN_NFYRESTORED);
+  }
+  if (bits & EVENT_WMMAXIMIZED) {
+    WinExtra& x = sExtra[win];
+    if (!x.Maximized) {
+      x.Maximized = 1;
+      if (RECT16_IsEmpty(x.RestoreBox)) x.RestoreBox = w->Box;
+    }
+  }
+  if (bits & EVENT_WMUNMAXIMIZED) {
+    WinExtra& x = sExtra[win];
+    if (x.Maximized) {
+      x.Maximized = 0;
+      x.RestoreBox = RECT16_Make(0, 0, 0, 0);
+      WGT_Send(w, WIN_NFYRESTORED);
+    }
+  }
+  if (bits & EVENT_WMRESTACKED) WGT_Send(w, WIN_NFYRESTACKED);
   if (bits & EVENT_WMACTIVATED) {
     win->HasFocus = 1;
     sActive = win;
@@ -288,7 +324,8 @@ void WIN_InstallClass() {
 
 void WIN_InitClass() {}
 
-long WIN_DefNfy(ResPtr res, Int message, ClientPtr data) {
+namespace {
+long S_WinDefNfy(ResPtr res, Int message, ClientPtr data) {
   WinPtr win = WIN_FromRes(res);
   switch (message) {
     case WGT_NFYINIT:
@@ -317,17 +354,41 @@ long WIN_DefNfy(ResPtr res, Int message, ClientPtr data) {
       if (!sRefused) WIN_SelfIconify(win);
       return 0;
     case WIN_NFYPOPTOFRONT:
-      if (!sRefused && win->State == WIN_STATEOPEN) S_Show(win);
+      if (!sRefused) WIN_SelfPopToFront(win);
+      return 0;
+    case WIN_NFYPUSHBEHIND:
+      if (!sRefused) WIN_SelfPushBehind(win);
+      return 0;
+    case WIN_NFYMAXIMIZE:
+      if (!sRefused) WIN_SelfMaximize(win);
+      return 0;
+    case WIN_NFYRESTORE:
+      if (!sRefused) WIN_SelfRestore(win);
       return 0;
     case WIN_NFYTERMINATE:
       if (!sRefused) WIN_SelfTerminate(win);
       return 0;
     case WIN_NFYCONFIGURING:
+    case WIN_NFYSELMENUBAR:
       return 0;
     default:
       return PANEL_DefNfy(res, message, data);
   }
 }
+}  // namespace
+
+// The menu bar, when the window has one, takes its part before and after
+// the window's own handling.
+long WIN_DefNfy(ResPtr res, Int message, ClientPtr data) {
+  WinPtr win = WIN_FromRes(res);
+  if (!win->MenuBar) return S_WinDefNfy(res, message, data);
+  if (MBarWinBefore(win, message, data)) return 0;
+  long result = S_WinDefNfy(res, message, data);
+  MBarWinAfter(win, message, data);
+  return result;
+}
+
+void WIN_Describe(WgtPtr wgt, AutomDesc* desc) { AUTOM_SetText(desc, WIN_GetLabel(WIN_FromRes(WGT_Res(wgt)))); }
 
 WinPtr WIN_Load(const char* moduleName, const char* name) {
   ErrTrace frame("Win", __FILE__, __LINE__);
@@ -392,16 +453,73 @@ BoolEnum WIN_Iconify(WinPtr win) {
   return S_Request(win, WIN_NFYICONIFY);
 }
 
+// The state changes when the display reports the window iconified.
 void WIN_SelfIconify(WinPtr win) {
-  if (!win || win->State != WIN_STATEOPEN) return;
-  if (win->NatWin) DSPLY_IconifyWin(win->NatWin);
-  removeOpen(win);
-  win->State = WIN_STATEICONIFIED;
+  if (win && win->State == WIN_STATEOPEN && win->NatWin) DSPLY_IconifyWin(win->NatWin);
 }
 
 BoolEnum WIN_PopToFront(WinPtr win) {
-  if (!win || win->State != WIN_STATEOPEN) return 0;
+  if (!win || win->Closing || win->State != WIN_STATEOPEN) return 0;
   return S_Request(win, WIN_NFYPOPTOFRONT);
+}
+
+void WIN_SelfPopToFront(WinPtr win) {
+  if (win && win->State == WIN_STATEOPEN) S_Show(win);
+}
+
+BoolEnum WIN_PushBehind(WinPtr win) {
+  if (!win || win->Closing || win->State != WIN_STATEOPEN) return 0;
+  return S_Request(win, WIN_NFYPUSHBEHIND);
+}
+
+void WIN_SelfPushBehind(WinPtr win) {
+  if (!win || win->State != WIN_STATEOPEN) return;
+  if (win->NatWin) DSPLY_LowerWin(win->NatWin);
+  removeOpen(win);
+  sOpen.insert(sOpen.begin(), win);
+}
+
+BoolEnum WIN_IsMaximized(WinPtr win) {
+  auto it = win ? sExtra.find(win) : sExtra.end();
+  return it != sExtra.end() && it->second.Maximized;
+}
+
+BoolEnum WIN_Maximize(WinPtr win) {
+  if (!win || win->Closing || win->State != WIN_STATEOPEN || WIN_IsMaximized(win)) return 0;
+  return S_Request(win, WIN_NFYMAXIMIZE);
+}
+
+// Under a window manager the manager maximizes and reports; without one
+// the window takes the work area itself.
+void WIN_SelfMaximize(WinPtr win) {
+  if (!win || win->State != WIN_STATEOPEN || WIN_IsMaximized(win)) return;
+  WinExtra& x = sExtra[win];
+  x.RestoreBox = W(win)->Box;
+  if (DSPLY_SetWinMaximized(win->NatWin, true)) return;
+  x.Maximized = 1;
+  WIN_SetBox(win, DSPLY_GetWorkArea());
+}
+
+BoolEnum WIN_Restore(WinPtr win) {
+  if (!win || win->Closing) return 0;
+  if (win->State != WIN_STATEICONIFIED && !(win->State == WIN_STATEOPEN && WIN_IsMaximized(win))) return 0;
+  return S_Request(win, WIN_NFYRESTORE);
+}
+
+void WIN_SelfRestore(WinPtr win) {
+  if (!win) return;
+  if (win->State == WIN_STATEICONIFIED) {
+    if (win->NatWin) DSPLY_DeiconifyWin(win->NatWin);  // reported back when mapped
+    return;
+  }
+  if (win->State != WIN_STATEOPEN || !WIN_IsMaximized(win)) return;
+  if (DSPLY_SetWinMaximized(win->NatWin, false)) return;
+  WinExtra& x = sExtra[win];
+  x.Maximized = 0;
+  _Rect16Rec box = x.RestoreBox;
+  x.RestoreBox = RECT16_Make(0, 0, 0, 0);
+  WIN_SetBox(win, box);
+  WGT_Send(W(win), WIN_NFYRESTORED);
 }
 
 BoolEnum WIN_TerminateGetStatus(WinPtr win) {
@@ -436,6 +554,7 @@ WinPtr WIN_GetNthOpen(Int n) { return n >= 0 && n < WIN_GetNumOpen() ? sOpen[sta
 
 void WIN_SetLabel(WinPtr win, const char* label) {
   if (!win) return;
+  AUTOM_Touch();
   VSTR_Set(&WIN_Panel(win)->Label, label);
   if (win->NatWin) DSPLY_SetWinLabel(win->NatWin, label);
 }
@@ -464,6 +583,7 @@ void WIN_SetIconLabel(WinPtr win, const char* label) {
 
 WgtPtr WIN_GetDefWgt(WinPtr win) { return win ? win->DefWgt : nullptr; }
 void WIN_SetDefWgt(WinPtr win, WgtPtr wgt) {
+  AUTOM_Touch();
   if (win) win->DefWgt = wgt;
 }
 void WIN_SetStatusStr(WinPtr win, const char* text) {
@@ -603,3 +723,7 @@ void WinDrawUpdate(WinPtr win) {
 }
 
 BoolEnum WinIsClosing(WinPtr win) { return win && win->Closing; }
+
+void WinForEachNative(void (*fn)(WinPtr win, ClientPtr data), ClientPtr data) {
+  for (auto& entry : sByNatWin) fn(entry.second, data);
+}

@@ -212,6 +212,16 @@ void DRAW_FrameEllipse(DrawPtr draw, const _Rect16Rec& rect, ColorPtr color, Pen
   });
 }
 
+namespace {
+DrawTextTapProc gTextTap = nullptr;
+void* gTextTapData = nullptr;
+}  // namespace
+
+void DRAW_SetTextTap(DrawTextTapProc proc, void* data) {
+  gTextTap = proc;
+  gTextTapData = data;
+}
+
 void DRAW_Image(DrawPtr draw, int x, int y, int w, int h, const uint32_t* argb) {
   if (!usable(draw) || !argb || w <= 0 || h <= 0 || w > 4096 || h > 4096) return;
   X11State& x11 = X11();
@@ -242,6 +252,7 @@ void DRAW_Image(DrawPtr draw, int x, int y, int w, int h, const uint32_t* argb) 
 }
 
 void DRAW_Text(DrawPtr draw, FontPtr font, ColorPtr color, int x, int y, const char* text, int len) {
+  if (gTextTap && text) gTextTap(text, len, gTextTapData);
   if (!usable(draw) || !text || !color || color->Kind != COLOR_KINDRGB) return;
   if (len < 0) len = static_cast<int>(std::strlen(text));
   if (len == 0) return;
