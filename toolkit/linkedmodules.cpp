@@ -14,6 +14,7 @@
 #include "toolkit/rgn.h"
 #include "toolkit/tarea.h"
 #include "toolkit/tbut.h"
+#include "toolkit/ted.h"
 #include "toolkit/wgtpub.h"
 #include "toolkit/winpub.h"
 
@@ -24,6 +25,7 @@ int TK_LinkedModuleCount() {
       WGT_InstallClass,  WGT_InitClass,     PANEL_InstallClass, PANEL_InitClass,
       WIN_InstallClass,  WIN_InitClass,     TBUT_InstallClass,  TBUT_InitClass,
       TAREA_InstallClass, TAREA_InitClass,  DSPLY_UpdateLook,   ERRW_Init,
+      TED_InstallClass,  TED_InitClass,
   };
   using DisplayEntry = void (*)(int);
   static volatile DisplayEntry const kDisplayInit = DSPLY_Init;

@@ -97,6 +97,8 @@ void DSPLY_Init(int) { DSPLY_Init(static_cast<const char*>(nullptr)); }
 
 void DSPLY_Exit() {
   if (!gX.dpy) return;
+  X11SelReset();
+  X11ImReset();
   X11ReleaseAttributes();
   for (Window w : gOurWins) {
     X11ForgetWinDraw(w);
@@ -195,6 +197,7 @@ NatWinId DSPLY_NewWin(const _Rect16Rec& box, const char* label, ColorPtr backgro
 void DSPLY_DisposeWin(NatWinId win) {
   if (!gX.dpy || !gOurWins.count(win)) return;
   X11ForgetWinDraw(win);
+  X11ImForget(win);
   gOurWins.erase(win);
   XDestroyWindow(gX.dpy, win);
   XFlush(gX.dpy);
