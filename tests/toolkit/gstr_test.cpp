@@ -34,7 +34,9 @@ TEST(GStr, EditsAnywhereMatchAPlainStringAndClosingTheGapGivesTheText) {
       model.erase(static_cast<size_t>(pos), static_cast<size_t>(n));
     }
     ASSERT_EQ(GSTR_GetLen(s), static_cast<Int32>(model.size()));
-    if (i % 97 == 0) ASSERT_EQ(all(s), model);
+    if (i % 97 == 0) {
+      ASSERT_EQ(all(s), model);
+    }
   }
   Int32 mid = GSTR_GetLen(s) / 2;
   GSTR_MoveGap(s, mid);
