@@ -1,6 +1,8 @@
 // Backing up a fleet, keeping a previous backup of the same tag safe.
 #include "fleet/backup.h"
 
+#include <strings.h>
+
 #include <cstdio>
 #include <string>
 
@@ -34,22 +36,56 @@ bool copyFleetInto(const char* fleetDir, const std::string& backupDir, List& eng
   return good;
 }
 
+// The name of a pid or output file: a label and ".pid" or ".out", in any case.
+bool isProcessFileName(const char* name) {
+  processLabelType label;
+  return labelOfEntry(name, ".pid", label, sizeof label) || labelOfEntry(name, ".out", label, sizeof label);
+}
+
 }  // namespace
+
+// The names are compared in any case, as engine labels are, so that no tag
+// meets a part of the fleet on a file system that ignores case either.
+std::string backupTagRefusal(const char* fleetDir, const char* backupTag, List& engList) {
+  std::string tag = backupTag ? backupTag : "";
+  if (tag.empty() || tag == "." || tag == ".." || tag.find('/') != std::string::npos)
+    return "The backup tag \"" + tag + "\" must name a directory within the fleet directory.";
+  std::string part;
+  fileNameType fleetName;
+  extractFilename(fleetDir, fleetName);
+  if (strcasecmp(backupTag, "region") == 0) part = "the region directory";
+  else if (strcasecmp(backupTag, (std::string(fleetName) + ".flt").c_str()) == 0) part = "the fleet's definition";
+  else if (isProcessFileName(backupTag)) part = "a process's pid or output file";
+  for (long i = 0; part.empty() && i < engList.totalElements; ++i) {
+    auto* engine = static_cast<StringItem*>(engList.get(i));
+    if (engine && strcasecmp(engine->string, backupTag) == 0) part = std::string("the engine ") + engine->string;
+  }
+  if (part.empty()) return std::string();
+  return "The backup tag \"" + tag + "\" names " + part + ".  Choose another tag.";
+}
 
 BackupFleetArgs::BackupFleetArgs() {
   fleetDir[0] = '\0';
   backupTag[0] = '\0';
 }
 
+bool refusedWhileRunning(const char* fleetDir, const char* title) {
+  if (!fleetIsRunning(fleetDir)) return false;
+  reportFatalError(title, "One or more fleet processes are running.  You must stop the fleet first.");
+  return true;
+}
+
 OWBboolean backupFleet(BackupFleetArgs* args) {
   const char* fleetDir = args->fleetDir;
-  if (fleetIsRunning(fleetDir)) {
-    reportFatalError(kCannotBackup, "One or more fleet processes are running.  You must stop the fleet first.");
-    return OWB_FALSE;
-  }
+  if (refusedWhileRunning(fleetDir, kCannotBackup)) return OWB_FALSE;
   List engList(kStandardChunkSize, TRUE, EqualCompare);
   if (!readEngineList(fleetDir, &engList)) {
     reportFatalError(kCannotBackup, "It appears that the fleet has not yet been (properly) set up..");
+    return OWB_FALSE;
+  }
+  std::string refusal = backupTagRefusal(fleetDir, args->backupTag, engList);
+  if (!refusal.empty()) {
+    reportFatalError(kCannotBackup, refusal.c_str());
     return OWB_FALSE;
   }
   std::string backupDir = pathIn(fleetDir, args->backupTag);

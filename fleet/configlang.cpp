@@ -2,12 +2,14 @@
 #include "fleet/configlang.h"
 
 #include <strings.h>
+#include <sys/stat.h>
 
 #include <cctype>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "fleet/configmacro.h"
@@ -138,23 +140,51 @@ class ConfigReader {
     }
   }
 
-  // Reads configFN, nested depth files deep (the first file is depth 1).
-  bool readFile(const char* configFN, int depth) {
-    FILE* file = depth <= kMaxIncludeDepth ? openConfigFile(configFN, autoLoadPaths_) : nullptr;
+  // Reads configFN, nested depth files deep (the first file is depth 1),
+  // included by includer (null for the first file).  A file that cannot be
+  // opened is named in the alert.  An include of a file already being read
+  // (a cycle) or past the depth limit would never end; its alert, under the
+  // same title, says which include it was.
+  bool readFile(const char* configFN, int depth, const char* includer) {
+    if (depth > kMaxIncludeDepth) {
+      alertUser(kCannotReadTitle, includeDetail(configFN, includer, "passes the limit of " +
+                                                                        std::to_string(kMaxIncludeDepth) +
+                                                                        " nested configuration files").c_str());
+      return false;
+    }
+    FILE* file = openConfigFile(configFN, autoLoadPaths_);
     if (!file) {
       alertUser(kCannotReadTitle, configFN);
       return false;
     }
+    struct stat info;
+    FileIdentity identity{0, 0};
+    if (fstat(fileno(file), &info) == 0) identity = FileIdentity{info.st_dev, info.st_ino};
+    for (const FileIdentity& open : openFiles_) {
+      if (open != identity) continue;
+      std::fclose(file);
+      alertUser(kCannotReadTitle,
+                includeDetail(configFN, includer, "closes a cycle: that file is already being read").c_str());
+      return false;
+    }
+    openFiles_.push_back(identity);
     append(configFile, configFN);
     char line[kConfigLineSize];
     bool good = true;
     while (good && readALine(line, sizeof line, file)) good = readLine(configFN, line, depth);
     std::fclose(file);
+    openFiles_.pop_back();
     return good;
   }
 
  private:
+  using FileIdentity = std::pair<dev_t, ino_t>;
+
   configItem* append(int kind, const char* label) { return allocConfigItem(kind, label, listHead_, &tail_); }
+
+  static std::string includeDetail(const char* configFN, const char* includer, const std::string& what) {
+    return std::string("The include of ") + configFN + " in " + (includer ? includer : "?") + " " + what;
+  }
 
   // False only for an include that can't be read.
   bool readLine(const char* configFN, char* line, int depth) {
@@ -166,14 +196,17 @@ class ConfigReader {
     } else if (*text == '!' || *text == '&') {
       externalLine(configFN, line, text + 1, *text == '&');
     } else if (char* included = includedFileName(text)) {
-      bool good = readFile(included, depth + 1);
+      bool good = readFile(included, depth + 1, configFN);
       while (tail_ && tail_->next) tail_ = tail_->next;
       return good;
     } else {
       char stripped[kStrippedLineSize];
       removeComments(text, stripped, sizeof stripped);
       if (*firstNonWhiteSpace(stripped) == '\0') return true;
-      settingLine(configFN, line, stripped, configString);
+      // Comment removal works on the line in place, so an illegal line is
+      // shown as it left it: "// note" alone shows as "/".
+      std::string leftLine = std::string(line, static_cast<size_t>(text - line)) + stripped;
+      settingLine(configFN, leftLine.c_str(), stripped, configString);
     }
     return true;
   }
@@ -252,6 +285,7 @@ class ConfigReader {
   configItem* tail_ = nullptr;
   MacroIndex macros_;
   std::vector<const configItem*> autoLoadPaths_;  // in list order
+  std::vector<FileIdentity> openFiles_;           // the files being read, outermost first
   long* nextPort_;
   configItem** portHead_;
   const char* engLabel_;
@@ -277,7 +311,7 @@ OWBboolean isTSInteger(const char* theValue) {
 OWBboolean readNestedConfigFile(const char* configFN, configItem** listHead, long* nextPort, configItem** portHead,
                                 const char* engLabel) {
   ConfigReader reader(listHead, nextPort, portHead, engLabel);
-  return reader.readFile(configFN, 1) ? OWB_TRUE : OWB_FALSE;
+  return reader.readFile(configFN, 1, nullptr) ? OWB_TRUE : OWB_FALSE;
 }
 
 OWBboolean readConfigFile(const char* fleetDir, const char* engLabel, configItem** listHead, long* nextPort,
@@ -296,8 +330,12 @@ OWBboolean readExternalList(const char* fleetDir, List* engList, configItem** ex
   for (long i = 0; i < engList->totalElements; ++i) {
     Item* engine = engList->get(i);
     if (!engine) continue;
-    char label[kItemPrintBufferSize + 1] = "";
-    engine->printToString(label);
+    // The whole label of a StringItem: a print would cut it one short of
+    // the field, so that the engine's configuration would not be found.
+    char label[sizeof(processLabelType)] = "";
+    if (engine->getItemType() == kFileItemType)
+      copyIntoField(label, sizeof label, static_cast<StringItem*>(engine)->string);
+    else engine->printToString(label);
     configItem* records;
     if (!readConfigFile(fleetDir, label, &records, nullptr, nullptr)) {
       freeConfigList(externalList);

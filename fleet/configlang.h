@@ -33,8 +33,9 @@
 #include "shared/list.h"
 
 // The most files a read has open at once: the first file and the includes
-// nested in it.  A deeper include fails the read as an unreadable one does,
-// so a file that includes itself ends the read instead of the stack.
+// nested in it.  A deeper include, and an include of a file that is being
+// read already (a cycle, such as a file that includes itself), fail the
+// read as an unreadable one does, with an alert that names the include.
 constexpr int kMaxIncludeDepth = 64;
 
 // Reads <fleetDir>/<engLabel>/startup.cfg into *listHead (set to null

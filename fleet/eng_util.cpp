@@ -93,7 +93,7 @@ OWBboolean coldBootEngine(const char* fleetDir, const char* engOptions, const ch
     reportFormatted(kEngineNotStarted, "Failed to create the engine's database directory %s", dbDirectory.c_str());
     return OWB_FALSE;
   }
-  std::string bootArgument = "-b " + pathIn(OWKInstallDir, "lib/boot.s");
+  std::string bootArgument = "-b " + shellWord(pathIn(OWKInstallDir, "lib/boot.s"));
   return doBootEngine(fleetDir, engOptions, engLabel, bootArgument.c_str(), programEnv);
 }
 
@@ -102,7 +102,7 @@ OWBboolean warmBootEngine(const char* fleetDir, const char* engOptions, const ch
     reportFormatted(kEngineNotStarted, "Cannot warm boot because there is no old database for engine %s", engLabel);
     return OWB_FALSE;
   }
-  std::string bootArgument = pathIn(OWKInstallDir, "lib/restart.s");
+  std::string bootArgument = shellWord(pathIn(OWKInstallDir, "lib/restart.s"));
   return doBootEngine(fleetDir, engOptions, engLabel, bootArgument.c_str(), programEnv);
 }
 
@@ -125,7 +125,9 @@ OWBboolean doBootEngine(const char* fleetDir, const char* engOptions, const char
       environment.push_back(record);
   environment.push_back(nullptr);
 
-  std::string command = pathIn(OWKInstallDir, "bin/eng") + " -s db -f " + engOptions + " -o - " + bootScript;
+  // The installation's paths are quoted for the shell line when they need
+  // it; the engine options are the user's text and go as they stand.
+  std::string command = shellWord(pathIn(OWKInstallDir, "bin/eng")) + " -s db -f " + engOptions + " -o - " + bootScript;
   std::string workingDirectory = pathIn(fleetDir, engLabel);
   OWBboolean started = runCommandWithPid(fleetDir, engLabel, command.c_str(), workingDirectory.c_str(),
                                          environment.data(), programEnv, OWB_TRUE);

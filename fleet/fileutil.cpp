@@ -15,6 +15,7 @@
 #include <ctime>
 #include <string>
 
+#include "fleet/fleetpath.h"
 #include "fleet/output.h"
 #include "shared/utils.h"
 
@@ -27,13 +28,6 @@ namespace {
 
 constexpr size_t kCopyBlockSize = 1024;
 constexpr size_t kAlertTextSize = 2 * sizeof(fileNameType) + 128;
-
-std::string joined(const char* directory, const char* name) {
-  std::string path(directory);
-  path += '/';
-  path += name;
-  return path;
-}
 
 bool isDotEntry(const char* name) {
   return std::strcmp(name, ".") == 0 || std::strcmp(name, "..") == 0;
@@ -121,12 +115,12 @@ OWBboolean createDir(const char* dirName) {
 }
 
 OWBboolean copyFile(const char* sourceFN, const char* targetFN, int itsModes) {
-  int source = open(sourceFN, O_RDONLY);
+  int source = open(sourceFN, O_RDONLY | O_CLOEXEC);
   if (source < 0) {
     alertFormatted(reportFatalError, "Cannot Copy File", "Unable to open %s to make a copy", sourceFN);
     return OWB_FALSE;
   }
-  int target = open(targetFN, O_WRONLY | O_CREAT | O_TRUNC, itsModes);
+  int target = open(targetFN, O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, itsModes);
   if (target < 0) {
     close(source);
     alertFormatted(reportFatalError, "Cannot Copy File", "Unable to create or write %s", targetFN);
@@ -152,8 +146,8 @@ OWBboolean copyFile(const char* sourceFN, const char* targetFN, int itsModes) {
 
 OWBboolean ensureCopy(const char* targetDir, const char* sourceDir, const char* relativePath, int itsModes) {
   const char* lastSlash = std::strrchr(relativePath, '/');
-  std::string target = joined(targetDir, lastSlash ? lastSlash + 1 : relativePath);
-  std::string source = joined(sourceDir, relativePath);
+  std::string target = pathIn(targetDir, lastSlash ? lastSlash + 1 : relativePath);
+  std::string source = pathIn(sourceDir, relativePath);
   struct stat targetInfo;
   if (stat(target.c_str(), &targetInfo) == 0) {
     struct stat sourceInfo;
@@ -177,7 +171,7 @@ OWBboolean removeDir(const char* dirName) {
   }
   while (struct dirent* entry = readdir(directory)) {
     if (isDotEntry(entry->d_name)) continue;
-    std::string path = joined(dirName, entry->d_name);
+    std::string path = pathIn(dirName, entry->d_name);
     struct stat info;
     if (stat(path.c_str(), &info) != 0) {
       closedir(directory);
@@ -226,8 +220,8 @@ OWBboolean copyDir(const char* sourceDir, const char* destDir) {
   }
   while (struct dirent* entry = readdir(directory)) {
     if (isDotEntry(entry->d_name)) continue;
-    std::string source = joined(sourceDir, entry->d_name);
-    std::string dest = joined(destDir, entry->d_name);
+    std::string source = pathIn(sourceDir, entry->d_name);
+    std::string dest = pathIn(destDir, entry->d_name);
     struct stat info;
     if (stat(source.c_str(), &info) != 0) {
       closedir(directory);
@@ -255,6 +249,6 @@ OWBboolean readALine(char* aLine, int lineSize, FILE* openFile) {
 
 void padWithDir(char* fileName, const char* dirName, size_t size) {
   if (fileName[0] == '/') return;
-  std::string padded = joined(dirName, fileName);
+  std::string padded = pathIn(dirName, fileName);
   copyIntoField(fileName, size, padded.c_str());
 }

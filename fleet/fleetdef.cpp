@@ -280,7 +280,7 @@ OWBboolean readFleetDefinition(const char* fleetDir, FleetFileContent* content) 
 
 OWBboolean writeFleetDefinition(const char* fleetDir, FleetFileContent* content) {
   fileNameType fileName;
-  FILE* file = definitionFileName(fileName, fleetDir, content->fleetName) ? std::fopen(fileName, "w") : nullptr;
+  FILE* file = definitionFileName(fileName, fleetDir, content->fleetName) ? std::fopen(fileName, "we") : nullptr;
   if (!file) {
     alertUser(kWriteAlertTitle, fileName);
     return OWB_FALSE;

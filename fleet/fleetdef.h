@@ -19,6 +19,13 @@ constexpr size_t kAuthorityLength = 34;
 // The lowest base port a definition accepts.
 constexpr long kLowestBasePort = 1025;
 
+// The longest engine name a fleet can be made with: the name is a file
+// name of its own (the engine's directory) and, with ".pid" or ".out"
+// behind it, of the engine's pid and output files, and a file name holds
+// at most 255 bytes.  The reader keeps names up to the field's 255
+// characters; making a fleet refuses longer ones than this.
+constexpr size_t kMaxEngineNameLength = 251;
+
 // One engine of a fleet; item type FLTE.  Values longer than their field
 // are truncated at the field's size.
 class EngineConfiguration : public Item {

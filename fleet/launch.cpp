@@ -1,12 +1,14 @@
 // Forking the shell line that starts a process through bin/run_prog.
 #include "fleet/launch.h"
 
+#include <fcntl.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
 #include <cerrno>
 #include <cstdio>
 #include <cstdlib>
+#include <cstring>
 #include <string>
 
 #include "fleet/fileutil.h"
@@ -35,18 +37,35 @@ std::string composeShellLine(const char* fleetDir, const char* cmdLabel, const c
     line += (*setting)->value.asEnviron ? (*setting)->value.asEnviron : "";
     line += ' ';
   }
-  std::string runProg = pathIn(OWKInstallDir, "bin/run_prog");
+  std::string runProg = shellWord(pathIn(OWKInstallDir, "bin/run_prog"));
+  std::string label = shellWord(cmdLabel);
   if (giveXterm) {
     char program[kTerminalSettingSize];
     char options[kTerminalSettingSize];
     readTerminalSettings(program, options);
-    line += std::string(program) + " -n " + cmdLabel + " -T " + cmdLabel + " " + options + " -e " + runProg +
-            " -f ";
+    line += std::string(program) + " -n " + label + " -T " + label + " " + options + " -e " + runProg + " -f ";
   } else {
     line += runProg + " -b ";
   }
-  line += std::string(cmdLabel) + " " + fleetDir + " " + cmdLine + " &";
+  line += label + " " + shellWord(fleetDir) + " " + cmdLine + " &";
   return line;
+}
+
+// Marks every descriptor but standard input, output and error
+// close-on-exec, so that the shell and what it starts inherit none of the
+// tool's files, sockets or display connection, whoever opened them.
+void keepDescriptorsFromTheShell() {
+#ifdef CLOSE_RANGE_CLOEXEC
+  if (close_range(STDERR_FILENO + 1, ~0U, CLOSE_RANGE_CLOEXEC) == 0) return;
+#endif
+  // Without that call (or on a kernel that lacks it), one at a time.
+  constexpr long kHighestDescriptor = 65536;
+  long highest = sysconf(_SC_OPEN_MAX);
+  if (highest < 0 || highest > kHighestDescriptor) highest = kHighestDescriptor;
+  for (int descriptor = STDERR_FILENO + 1; descriptor < highest; ++descriptor) {
+    int flags = fcntl(descriptor, F_GETFD);
+    if (flags >= 0 && !(flags & FD_CLOEXEC)) fcntl(descriptor, F_SETFD, flags | FD_CLOEXEC);
+  }
 }
 
 // The forked child: never returns.  _exit rather than exit, so that the
@@ -54,6 +73,7 @@ std::string composeShellLine(const char* fleetDir, const char* cmdLabel, const c
 [[noreturn]] void runInChild(const char* fleetDir, const char* cmdLabel, const char* cmdLine,
                              const char* cmdDirectory, configItem** environValues, bool giveXterm) {
   std::string line = composeShellLine(fleetDir, cmdLabel, cmdLine, environValues, giveXterm);
+  keepDescriptorsFromTheShell();
   if (cmdDirectory && *cmdDirectory && chdir(cmdDirectory) != 0) {
     std::printf("**Command not run:  cannot connect to directory '%s'\n", cmdDirectory);
     std::fflush(stdout);
@@ -74,6 +94,19 @@ std::string composeShellLine(const char* fleetDir, const char* cmdLabel, const c
 
 }  // namespace
 
+std::string shellWord(const std::string& text) {
+  auto isPlain = [](char c) {
+    return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') || (c >= '0' && c <= '9') ||
+           std::strchr("_-./,:+=@%", c) != nullptr;
+  };
+  bool plain = !text.empty();
+  for (char c : text) plain = plain && c != '\0' && isPlain(c);
+  if (plain) return text;
+  std::string quoted = "'";
+  for (char c : text) quoted += c == '\'' ? std::string("'\\''") : std::string(1, c);
+  return quoted + "'";
+}
+
 void readTerminalSettings(char* program, char* options) {
   useDefaultTerminal(program, options);
   const char* home = std::getenv("HOME");
@@ -89,7 +122,7 @@ void readTerminalSettings(char* program, char* options) {
     std::fclose(settings);
     return;
   }
-  if (FILE* created = std::fopen(settingsName.c_str(), "w")) {
+  if (FILE* created = std::fopen(settingsName.c_str(), "we")) {
     std::fprintf(created, "%s\n%s\n", kDefaultTerminalProgram, kDefaultTerminalOptions);
     std::fclose(created);
   }

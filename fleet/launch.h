@@ -4,6 +4,8 @@
 //   [NAME=value ...] <terminal> -n L -T L <options> -e $OWB/bin/run_prog -f L <fleetDir> <command> &
 // or, in the background,
 //   [NAME=value ...] $OWB/bin/run_prog -b L <fleetDir> <command> &
+// where the label L, the fleet directory and the installation directory
+// are quoted for the shell when they hold anything special to it.
 // runs it with system() and ends; the shell returns at once because of the
 // `&`.  The parent only waits the start delay (fleet/timing.h).  Whether
 // the process really started shows only through its pid file, which
@@ -12,6 +14,7 @@
 #define OWB_FLEET_LAUNCH_H
 
 #include <cstddef>
+#include <string>
 
 #include "fleet/configitem.h"
 #include "owbtypes.h"
@@ -21,6 +24,13 @@ extern const char* const kDefaultTerminalProgram;  // "/usr/bin/X11/xterm"
 extern const char* const kDefaultTerminalOptions;  // "-sb -j +ls -bg rgbi:0.125/0.33/0.99 -fg black"
 // Each line of the settings file holds at most this many characters.
 constexpr size_t kTerminalSettingSize = 256;
+
+// text as one word of a shell line: unchanged when it holds only letters,
+// digits and `_ - . / , : + = @ %`, otherwise in single quotes (a quote
+// within written as '\''), so that a blank, `$(...)` or `;` in a path of
+// ours stays part of that path.  The user's own configuration text (the
+// command, the `@` settings, the terminal settings) is never passed here.
+std::string shellWord(const std::string& text);
 
 // Fills program and options (kTerminalSettingSize bytes each) from
 // $HOME/.owb/xterm_settings: its first line is the terminal program, its

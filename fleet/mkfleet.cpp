@@ -114,6 +114,17 @@ OWBboolean makeFleet(MakeFleetArgs* args, List* debuggerPorts) {
                      "(re-)configured.");
     return OWB_FALSE;
   }
+  for (long i = 0; i < fleetDefn->engines.totalElements; ++i) {
+    EngineConfiguration* engine = engineAt(fleetDefn, i);
+    if (!engine || std::strlen(engine->engineLabel) <= kMaxEngineNameLength) continue;
+    char text[sizeof(processLabelType) + 160];
+    std::snprintf(text, sizeof text,
+                  "The engine name %s is too long to name the engine's files: an engine name has at most %zu "
+                  "characters.",
+                  engine->engineLabel, kMaxEngineNameLength);
+    reportFatalError(kCannotConfigure, text);
+    return OWB_FALSE;
+  }
   if (!ensureDir(fleetDir)) return OWB_FALSE;
   std::string regionDir = pathIn(fleetDir, "region");
   // The obsolete engines are found from the old definition, so they go
@@ -140,7 +151,7 @@ OWBboolean makeFleet(MakeFleetArgs* args, List* debuggerPorts) {
   configItem* portHead = nullptr;
   if (!allocatePorts(fleetDir, fleetDefn, debuggerPorts, &portHead)) return OWB_FALSE;
   if (!portHead) return OWB_TRUE;
-  FILE* portsFile = std::fopen(pathIn(regionDir.c_str(), "ports.cfg").c_str(), "w");
+  FILE* portsFile = std::fopen(pathIn(regionDir.c_str(), "ports.cfg").c_str(), "we");
   if (!portsFile) {
     freeConfigList(&portHead);
     reportFatalError(kCouldNotReconfigure, "Failed to open the port number configuration file");
@@ -156,14 +167,14 @@ OWBboolean makeFleet(MakeFleetArgs* args, List* debuggerPorts) {
 
 OWBboolean makeRegionConfig(const char* regionDir, FleetFileContent* fleetDef) {
   std::string portsName = pathIn(regionDir, "ports.cfg");
-  FILE* portsFile = std::fopen(portsName.c_str(), "w");
+  FILE* portsFile = std::fopen(portsName.c_str(), "we");
   if (!portsFile) {
     reportFormatted("Making a Fleet", "Unable to open %s", portsName.c_str());
     return OWB_FALSE;
   }
   std::fclose(portsFile);
   std::string regionName = pathIn(regionDir, "region.cfg");
-  FILE* file = std::fopen(regionName.c_str(), "w");
+  FILE* file = std::fopen(regionName.c_str(), "we");
   if (!file) {
     reportFormatted("Making a Fleet", "Unable to open %s", regionName.c_str());
     return OWB_FALSE;
@@ -201,7 +212,7 @@ OWBboolean deleteObsoleteEngines(const char* fleetDir, FleetFileContent* newCont
 OWBboolean makeMasterConfig(const char* fleetDir, const char* engDir, EngineConfiguration* engInfo,
                             OWBboolean isFirst) {
   std::string startupName = pathIn(engDir, "startup.cfg");
-  FILE* file = std::fopen(startupName.c_str(), "w");
+  FILE* file = std::fopen(startupName.c_str(), "we");
   if (!file) {
     reportFormatted("Cannot (Re-)Configure the Fleet", "Failed to open configuration file %s", startupName.c_str());
     return OWB_FALSE;

@@ -88,9 +88,10 @@ void readPidFile(const char* fleetDir, const char* entryName, fleetProcessInfo* 
   for (int lineNumber = 1; lineNumber <= 5 && readALine(line, sizeof line, file); ++lineNumber) {
     switch (lineNumber) {
       case 1:
-        record->processID = static_cast<pid_t>(std::atol(line));
-        // A pid of 0 or below would probe this process's own group.
-        record->isRunning = record->processID > 0 && processOrGroupExists(record->processID) ? 1 : 0;
+        // Only a plain decimal above 1 names a process; anything else
+        // stays 0 and is not probed.
+        record->processID = processIDFromText(line);
+        record->isRunning = processOrGroupExists(record->processID) ? 1 : 0;
         break;
       case 2:
         std::free(record->commandLine);

@@ -31,13 +31,15 @@ RestoreFleetArgs::RestoreFleetArgs() {
 
 OWBboolean restoreFleet(RestoreFleetArgs* args) {
   const char* fleetDir = args->fleetDir;
-  if (fleetIsRunning(fleetDir)) {
-    reportFatalError(kCannotRestore, "One or more fleet processes are running.  You must stop the fleet first.");
-    return OWB_FALSE;
-  }
+  if (refusedWhileRunning(fleetDir, kCannotRestore)) return OWB_FALSE;
   std::string backupDir = pathIn(fleetDir, args->backupTag);
   List oldEngList(kStandardChunkSize, TRUE, EqualCompare);
   if (!readEngineList(fleetDir, &oldEngList)) oldEngList.removeAll();
+  std::string refusal = backupTagRefusal(fleetDir, args->backupTag, oldEngList);
+  if (!refusal.empty()) {
+    reportFatalError(kCannotRestore, refusal.c_str());
+    return OWB_FALSE;
+  }
 
   fileNameType fleetName;
   extractFilename(fleetDir, fleetName);
@@ -53,6 +55,12 @@ OWBboolean restoreFleet(RestoreFleetArgs* args) {
   if (!copyFile(savedDefinition.c_str(), liveDefinition.c_str(), kDefinitionCopyMode) ||
       !readEngineList(fleetDir, &engList)) {
     reportFatalError(kCannotRestore, "Unable to restore the list of engines in the fleet.");
+    return OWB_FALSE;
+  }
+  // The restored definition may name an engine after the tag itself.
+  refusal = backupTagRefusal(fleetDir, args->backupTag, engList);
+  if (!refusal.empty()) {
+    reportFatalError(kCannotRestore, refusal.c_str());
     return OWB_FALSE;
   }
 

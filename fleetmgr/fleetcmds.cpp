@@ -3,6 +3,7 @@
 
 #include <cstdio>
 
+#include "fleetmgr/fleetops.h"
 #include "fleetmgr/fleetwindows.h"
 #include "fleetmgr/registry.h"
 #include "shared/alert.h"

@@ -16,8 +16,9 @@
 #include "fleetmgr/toolmsgs.h"
 #include "fleetmgr/toolservices.h"
 #include "shared/globals.h"
+#include "shared/ui/uiglobals.h"
 #include "shared/log.h"
-#include "shared/resources.h"
+#include "shared/ui/resources.h"
 #include "shared/utils.h"
 #include "toolkit/app.h"
 #include "toolkit/err.h"
@@ -53,36 +54,25 @@ constexpr size_t kFleetFileSuffixLength = 4;
 const char* const kFleetFileLabel = "fleet";
 const char* const kFleetFileDescription = "Fleet definition files contain information about a fleet";
 
+// The tool's eight commands: what the Tool Manager lists (in this order)
+// and the handler a selected command goes to.
 struct ToolCommand {
   const char* text;
   int length;
   int32_t requires;  // 1: acts on a selected file of workType
   TypeIdent workType;
-};
-
-// The commands as the Tool Manager lists them, in the order installed.
-const ToolCommand kToolCommands[] = {
-    {gNewFleetCmdStr, gNewFleetCmdStrLen, 0, kWildTypeIdent},
-    {gBackupFleetCmdStr, gBackupFleetCmdStrLen, 1, kFleetFileType},
-    {gFleetSettingsCmdStr, gFleetSettingsCmdStrLen, 1, kFleetFileType},
-    {gFleetStatusCmdStr, gFleetStatusCmdStrLen, 1, kFleetFileType},
-    {gRemoveFleetCmdStr, gRemoveFleetCmdStrLen, 1, kFleetFileType},
-    {gKillFleetCmdStr, gKillFleetCmdStrLen, 1, kFleetFileType},
-    {gRestoreFleetCmdStr, gRestoreFleetCmdStrLen, 1, kFleetFileType},
-    {gRunFleetCmdStr, gRunFleetCmdStrLen, 1, kFleetFileType},
-};
-
-struct CommandRoute {
-  const char* text;
   CallbackProcPtr handler;
 };
 
-// The order in which a selected command's text is compared.
-const CommandRoute kCommandRoutes[] = {
-    {gNewFleetCmdStr, newFleetCommand},         {gRunFleetCmdStr, runFleetCommand},
-    {gFleetSettingsCmdStr, fleetSettingsCommand}, {gFleetStatusCmdStr, fleetStatusCommand},
-    {gKillFleetCmdStr, killFleetCommand},       {gBackupFleetCmdStr, backupFleetCommand},
-    {gRestoreFleetCmdStr, restoreFleetCommand}, {gRemoveFleetCmdStr, removeFleetCommand},
+const ToolCommand kToolCommands[] = {
+    {gNewFleetCmdStr, gNewFleetCmdStrLen, 0, kWildTypeIdent, newFleetCommand},
+    {gBackupFleetCmdStr, gBackupFleetCmdStrLen, 1, kFleetFileType, backupFleetCommand},
+    {gFleetSettingsCmdStr, gFleetSettingsCmdStrLen, 1, kFleetFileType, fleetSettingsCommand},
+    {gFleetStatusCmdStr, gFleetStatusCmdStrLen, 1, kFleetFileType, fleetStatusCommand},
+    {gRemoveFleetCmdStr, gRemoveFleetCmdStrLen, 1, kFleetFileType, removeFleetCommand},
+    {gKillFleetCmdStr, gKillFleetCmdStrLen, 1, kFleetFileType, killFleetCommand},
+    {gRestoreFleetCmdStr, gRestoreFleetCmdStrLen, 1, kFleetFileType, restoreFleetCommand},
+    {gRunFleetCmdStr, gRunFleetCmdStrLen, 1, kFleetFileType, runFleetCommand},
 };
 
 void fillToolInfo(ToolInfo* info) {
@@ -200,8 +190,9 @@ ErrorCode handleCommandSelected(Message* message, Message* reply) {
   if (!message || !message->getParam(0) ||
       !message->getStringParam(0, commandSelected, sizeof commandSelected))
     return kNoError;
-  for (const CommandRoute& route : kCommandRoutes)
-    if (std::strcmp(commandSelected, route.text) == 0) return route.handler(message, reply);
+  // The texts differ, so at most one command matches.
+  for (const ToolCommand& command : kToolCommands)
+    if (std::strcmp(commandSelected, command.text) == 0) return command.handler(message, reply);
   return kNoError;  // not one of ours
 }
 

@@ -1,5 +1,7 @@
 // The fleet's commands: each fills in its argument record from the fleet,
 // reports it and calls the operation.
+#include "fleetmgr/fleetops.h"
+
 #include <cstdio>
 #include <cstring>
 

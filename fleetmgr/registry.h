@@ -75,9 +75,8 @@ class FleetObject : public Item {
   // Of like-named engines, the one nearest the start; null when none.
   EngineObject* findEngine(const char* name);
 
-  // The fleet's commands (fleetops.cpp).  Each returns 0, or -2000 when
-  // the operation failed (it has told the user why).  A null record means
-  // the operation's defaults.
+  // The fleet's commands, defined in fleetops.cpp; callers include
+  // fleetops.h, which states their contract.
   ErrorCode doMakeFleetCmd(MakeFleetArgs* args);
   ErrorCode doRunFleetCmd(RunFleetArgs* args);
   ErrorCode doKillFleetCmd(KillFleetArgs* args);
@@ -90,7 +89,8 @@ class FleetObject : public Item {
   void makeRunFleetArgs(RunFleetArgs* args);
   void makeKillFleetArgs(KillFleetArgs* args);
 
-  // The windows (fleetwindows.h).
+  // The windows: each is defined in the file of its window (fleetwindows.cpp
+  // until the windows are built); a window file adds its own create... here.
   void createFleetSettingsDialog();
   void createFleetStatusWindow();
 
@@ -131,7 +131,7 @@ class FleetMgr {
   // Both look-ups search gFleetMgr whatever this is.
   FleetObject* findFleet(const char* fleetFileName);
   // Deletes the fleet directory of fleetFileName and, when that worked,
-  // tells the Tool Manager and forgets the fleet (fleetops.cpp).
+  // tells the Tool Manager and forgets the fleet (fleetops.h).
   ErrorCode doRemoveFleetCmd(const char* fleetFileName);
 
   List fleetList;            // FleetObjects, oldest first, owned

@@ -6,7 +6,7 @@
 
 #include "shared/globals.h"
 #include "shared/messages.h"
-#include "shared/resources.h"
+#include "shared/ui/resources.h"
 #include "toolkit/dsply.h"
 #include "toolkit/event.h"
 

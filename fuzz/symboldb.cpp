@@ -4,7 +4,7 @@
 #include <cstdio>
 
 #include "fuzzfile.h"
-#include "shared/symboldb.h"
+#include "symbols/symboldb.h"
 
 namespace {
 

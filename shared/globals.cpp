@@ -1,106 +1,54 @@
 // Start-up and clean-up of the globals every tool rests on.
 #include "shared/globals.h"
 
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
 
 #include "shared/messages.h"
-#include "shared/resources.h"
 #include "shared/tcpxport.h"
 #include "shared/utils.h"
-#include "toolkit/err.h"
-#include "toolkit/pfld.h"
-#include "toolkit/rclas.h"
-#include "toolkit/res.h"
 
 char* gToolName = nullptr;
 long gMaxOWBLogSize = kDefaultMaxLogSize;
 fileNameType gOwbDirectory = "";
 fileNameType gResourcesDirectory = "";
 
-ColorPtr gHiliteColor = nullptr, gHiliteLighterColor = nullptr, gHiliteDarkerColor = nullptr;
-ColorPtr gBlackColor = nullptr, gGrayColor = nullptr, gLightGrayColor = nullptr, gRedColor = nullptr,
-         gYellowColor = nullptr, gGreenColor = nullptr;
-ColorPtr gLightYellowColor = nullptr, gLightRedColor = nullptr, gLightGreenColor = nullptr,
-         gGrayTextColor = nullptr;
-ColorPtr gTransparentColor = nullptr, gInvisibleColor = nullptr;
-FontPtr gTextFont = nullptr, gLabelFont = nullptr;
-PenPtr gSolidPen = nullptr, gInvisiblePen = nullptr;
-PattPtr gEmptyPattern = nullptr;
-
 namespace {
 
-const char* const kSharedLibrary = "shared";
-const char* const kSharedResourceFile = "shared.dat";
-// Font weights from this one up are drawn bold.
-constexpr long kBoldWeight = 600;
+void (*sWindowSideStart)(int listenerPort) = nullptr;
+void (*sWindowSideEnd)() = nullptr;
 
-// An integer field of a resource; a resource of another class than the one
-// asked for lacks it, and that is the toolkit's failure.
-long intField(ResPtr res, const char* field) {
-  PFldPtr descriptor = RCLAS_FindField(res->ResClass, field);
-  if (!descriptor) ERR_FailStr("Resource %s has no field %s", RES_GetName(res), field);
-  return PFLD_GetInt(res, descriptor);
-}
+// The log is opened early, among the first descriptors; the scan for it
+// stops here.
+constexpr long kHighestDescriptorScanned = 4096;
 
-// A colour of the shared library (16-bit red, green, blue) as the toolkit's
-// colour of the same value, kept by the toolkit for the program's life.
-ColorPtr loadSharedColor(const char* name) {
-  ResPtr res = RES_LoadInit(kSharedLibrary, name);
-  char description[8];
-  std::snprintf(description, sizeof description, "#%02x%02x%02x", static_cast<unsigned>(intField(res, "Red") >> 8 & 0xff),
-                static_cast<unsigned>(intField(res, "Green") >> 8 & 0xff),
-                static_cast<unsigned>(intField(res, "Blue") >> 8 & 0xff));
-  RES_Release(res);
-  return COLOR_LoadByText(description);
-}
-
-// A font of the shared library (family, size in points, weight) as the
-// toolkit's font of that description, kept for the program's life.
-FontPtr loadSharedFont(const char* name) {
-  ResPtr res = RES_LoadInit(kSharedLibrary, name);
-  PFldPtr familyField = RCLAS_FindField(res->ResClass, "Family");
-  if (!familyField) ERR_FailStr("Resource %s has no field Family", name);
-  char description[128];
-  long points = intField(res, "Size");
-  std::snprintf(description, sizeof description, "%.63s %ld%s", PFLD_GetStr(res, familyField),
-                points > 0 ? points : static_cast<long>(FONT_DEFPOINTS),
-                intField(res, "Weight") >= kBoldWeight ? " bold" : "");
-  RES_Release(res);
-  return FONT_LoadByText(description);
-}
-
-// The shared resource library and the colours, pens, pattern and fonts
-// every tool draws with.
-void loadSharedDrawingObjects() {
-  ndLoadResourceLibary(kSharedLibrary, kSharedResourceFile);
-
-  gBlackColor = COLOR_Black();
-  gGrayColor = COLOR_Gray();
-  gLightGrayColor = COLOR_LightGray();
-  gYellowColor = COLOR_Yellow();
-  gRedColor = COLOR_Red();
-  gGreenColor = COLOR_Green();
-  gTransparentColor = COLOR_Transparent();
-  gInvisibleColor = COLOR_LoadById(0);
-  gHiliteColor = loadSharedColor("hiliteColor");
-  gHiliteLighterColor = loadSharedColor("hiliteLighterColor");
-  gHiliteDarkerColor = loadSharedColor("hiliteDarkerColor");
-  gLightYellowColor = loadSharedColor("lightYellowColor");
-  gLightRedColor = loadSharedColor("lightRedColor");
-  gLightGreenColor = loadSharedColor("lightGreenColor");
-  gGrayTextColor = loadSharedColor("grayTextColor");
-
-  gSolidPen = PEN_Solid();
-  gInvisiblePen = PEN_Invisible();
-  gEmptyPattern = PATT_Empty();
-
-  gTextFont = loadSharedFont("TextFont");
-  gLabelFont = loadSharedFont("LabelFont");
+// The log stream gives no access to its descriptor: every descriptor open
+// on the log file is marked close-on-exec, so that the programs a tool
+// starts (a fleet's engines among them) do not inherit the log.
+void closeLogOnExec(const char* logPath) {
+  struct stat logInfo;
+  if (stat(logPath, &logInfo) != 0) return;
+  long highest = sysconf(_SC_OPEN_MAX);
+  if (highest < 0 || highest > kHighestDescriptorScanned) highest = kHighestDescriptorScanned;
+  for (int descriptor = 0; descriptor < highest; ++descriptor) {
+    struct stat info;
+    if (fstat(descriptor, &info) != 0 || info.st_dev != logInfo.st_dev || info.st_ino != logInfo.st_ino) continue;
+    int flags = fcntl(descriptor, F_GETFD);
+    if (flags >= 0) fcntl(descriptor, F_SETFD, flags | FD_CLOEXEC);
+  }
 }
 
 }  // namespace
+
+void setWindowSideHooks(void (*start)(int listenerPort), void (*end)()) {
+  sWindowSideStart = start;
+  sWindowSideEnd = end;
+}
 
 // Opens the log in the preferences directory.  Only the Tool Manager (a
 // listener port other than 0) empties a log grown past gMaxOWBLogSize; no
@@ -119,6 +67,7 @@ void openToolLog(bool mayTrim) {
     emptied.close();
     gOWBLogStream->open(logPath, std::ios::app);
   }
+  closeLogOnExec(logPath);
 }
 
 void seedRandomNumbers() {
@@ -153,7 +102,7 @@ void readLogSettings() {
   if (size && *size) gMaxOWBLogSize = std::atoi(size);
 }
 
-void initializeGlobals(const char* toolName, int listenerPort) {
+void initializeToolGlobals(const char* toolName, int listenerPort) {
   gToolName = newStringCopy(toolName);
   openToolLog(listenerPort != 0);
 
@@ -166,15 +115,16 @@ void initializeGlobals(const char* toolName, int listenerPort) {
   gToolManToolInfo.listenerPort = getToolManagerPort();
   OWB_LOG("Got port of " << gToolManToolInfo.listenerPort << " for Tool Manager");
 
-  // The window manager comes with window bookkeeping.
+  if (sWindowSideStart) sWindowSideStart(listenerPort);
 
   readOwbDirectory();
-  loadSharedDrawingObjects();
 
   readLogSettings();
 }
 
 void cleanUpGlobals() {
+  // First: the window side still sends messages (UWIN) as it ends.
+  if (sWindowSideEnd) sWindowSideEnd();
   delete gMessageCenter;
   gMessageCenter = nullptr;
   delete[] gToolName;

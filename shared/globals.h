@@ -4,37 +4,24 @@
 
 #include "owbtypes.h"
 #include "shared/log.h"
-#include "toolkit/color.h"
-#include "toolkit/font.h"
 
 extern char* gToolName;       // heap copy of the tool's name
 extern long gMaxOWBLogSize;   // bytes; 409600 until OWB_LOG_SIZE says otherwise
 extern fileNameType gOwbDirectory;        // $OWB with a trailing "/"
 extern fileNameType gResourcesDirectory;  // $OWB/bin/resource/
 
-// The colours, pens, pattern and fonts that all tools share.  Stock
-// objects of the toolkit or kept by it for the program's life: never
-// disposed.  Null until initializeGlobals has loaded them.
-extern ColorPtr gHiliteColor, gHiliteLighterColor, gHiliteDarkerColor;
-extern ColorPtr gBlackColor, gGrayColor, gLightGrayColor, gRedColor, gYellowColor, gGreenColor;
-extern ColorPtr gLightYellowColor, gLightRedColor, gLightGreenColor, gGrayTextColor;
-extern ColorPtr gTransparentColor, gInvisibleColor;
-extern FontPtr gTextFont, gLabelFont;
-extern PenPtr gSolidPen, gInvisiblePen;
-extern PattPtr gEmptyPattern;
-
 constexpr long kDefaultMaxLogSize = 409600;
 
-// Sets up what the shared library rests on.  A tool passes listenerPort 0;
-// the Tool Manager passes its port, and only then is an oversized log
-// emptied.  Ends the process with exit(-1) when OWB is unset or empty.
-// The toolkit must be started (GW_LibInstall, GW_LibLoadInit): the shared
-// resource library "shared" is loaded from the installation, and a
-// failure to load it, or one of its colours and fonts, is the toolkit's
-// failure.
-void initializeGlobals(const char* toolName, int listenerPort);
+// Sets up what the shared library rests on, without a window: the tool's
+// name, the log, the random numbers, the message center, the Tool
+// Manager's port, the installation's directories and the log settings.  A
+// tool passes listenerPort 0; the Tool Manager passes its port, and only
+// then is an oversized log emptied.  Ends the process with exit(-1) when
+// OWB is unset or empty.  A tool with windows calls initializeGlobals
+// (shared/ui/uiglobals.h), which also loads the shared drawing objects.
+void initializeToolGlobals(const char* toolName, int listenerPort);
 
-// The parts of initializeGlobals that a program without windows or an
+// The parts of initializeToolGlobals that a program without windows or an
 // installation (the Tool Manager) uses alone.  openToolLog opens owblog in
 // the preferences directory, emptying it first when mayTrim and it has
 // grown past gMaxOWBLogSize; seedRandomNumbers seeds rand from the time and
@@ -48,7 +35,14 @@ void readLogSettings();
 // call it early.
 void readOwbDirectory();
 
-// Deletes what initializeGlobals made, in reverse dependence order.
+// The window side's start and end (its window manager), run by
+// initializeToolGlobals right after the message center is made and by
+// cleanUpGlobals before anything else goes, so that the window manager can
+// register its handlers and still send its last messages.  A tool with
+// windows installs them through initializeGlobals; null by default.
+void setWindowSideHooks(void (*start)(int listenerPort), void (*end)());
+
+// Deletes what initializeToolGlobals made, in reverse dependence order.
 void cleanUpGlobals();
 
 #endif  // OWB_SHARED_GLOBALS_H

@@ -1,6 +1,7 @@
-// Typed messages between the tools and the Tool Manager, and the per-process
-// MessageCenter that registers handlers, queues what arrives, dispatches,
-// sends and waits for replies.
+// The per-process MessageCenter between the tools and the Tool Manager: it
+// registers handlers, queues what arrives, dispatches, sends through its
+// transport and waits for replies.  The message itself and its bytes are in
+// shared/wiremessage.h, the transport's interface in shared/transport.h.
 //
 // Ownership: a Message handed to sendMessage or dispatchMessage belongs to the
 // center from then on; a reply they return belongs to the caller.  A handler
@@ -19,143 +20,8 @@
 #include "owbtypes.h"
 #include "shared/errors.h"
 #include "shared/list.h"
-
-class TCPTransport;
-
-constexpr int kMaxMessageParams = 32;
-constexpr unsigned long kDefaultReplyTimeout = 5000;  // milliseconds
-
-// Item types of messages and handlers.
-constexpr TypeIdent kMessageItemType = OWB_TYPE("MSGI");
-constexpr TypeIdent kHandlerItemType = OWB_TYPE("HNDL");
-
-// Message types with a meaning of their own.
-constexpr TypeIdent kUnsetMessageType = OWB_TYPE("----");  // default-constructed
-constexpr TypeIdent kReplyMessageType = OWB_TYPE("RPLY");
-constexpr TypeIdent kTickleBytes = OWB_TYPE("TIKL");  // a tickle, never a message
-
-// Parameter type codes.
-constexpr TypeIdent kParamStr255 = OWB_TYPE("S255");
-constexpr TypeIdent kParamStr31 = OWB_TYPE("ST31");
-constexpr TypeIdent kParamLong = OWB_TYPE("LONG");
-constexpr TypeIdent kParamShort = OWB_TYPE("SHRT");
-constexpr TypeIdent kParamBoolean = OWB_TYPE("BOOL");
-constexpr TypeIdent kParamIdent = OWB_TYPE("IDNT");
-constexpr TypeIdent kParamData = OWB_TYPE("DATA");
-constexpr TypeIdent kParamError = OWB_TYPE("EROR");
-
-// The value sent for "no type" in an IDNT parameter.
-constexpr TypeIdent gNilMessageParam = 0;
-
-// A tool's identity on the bus: 84 bytes on the wire.  Equal listenerPorts
-// mean one and the same tool.
-struct ToolInfo {
-  Str31 name;
-  Str31 publisherInfo;
-  int32_t maxVersion;
-  int32_t minVersion;
-  Boolean canDisplaySource;
-  TypeIdent toolType;
-  int32_t listenerPort;
-};
-constexpr size_t kToolInfoWireSize = 84;
-
-// An engine's host and port.
-struct EngineStruct {
-  Str31 machine;
-  int32_t port;
-};
-
-// The language's primitive kinds, for the tools; messaging uses none.
-enum ObjectType {
-  kNonPrimitiveObject = 0,
-  kBoolean = 3,
-  kCharacter = 4,
-  kIdentifier = 5,
-  kInteger = 6,
-  kNil = 9,
-  kOctet = 10,
-  kOctetString = 11,
-  kQualifiedIdentifier = 13,
-  kReal = 14,
-  kString = 16,
-  kObject = 58
-};
-
-struct MessageTemplate {
-  int16_t numberOfParams;
-  TypeIdent paramType[kMaxMessageParams];
-  int32_t paramLength[kMaxMessageParams];
-};
-
-struct MessageHeader {
-  TypeIdent msgType;
-  MessageTemplate msgTemplate;
-  ToolInfo senderInfo;
-  ToolInfo receiverInfo;
-  Boolean needsReply;
-  uint32_t replyTimeout;  // milliseconds
-  uint32_t msgFlags;      // always 0
-};
-
-class Message : public Item {
- public:
-  // Type "----", no destination.
-  Message();
-  // destTool may be null; then receiverInfo must be filled before sending.
-  Message(TypeIdent initMsgType, const ToolInfo* destTool);
-  // Deep copy: the copy owns its own parameter blocks; msgFlags is 0.
-  Message(const Message& other);
-  Message& operator=(const Message&) = delete;
-  ~Message() override;
-
-  // Resets type, count, needsReply (false), replyTimeout (5000), msgFlags;
-  // the rest of the header is left as it is.
-  void init(TypeIdent initMsgType);
-
-  // Copies paramLength bytes of paramData (null means zeros) as the next
-  // parameter.  A 33rd parameter, or a negative length, is refused and
-  // logged: the arrays hold 32.
-  void addParam(TypeIdent paramType, const void* paramData, long paramLength);
-  // Replaces parameter paramNumber; out of range it does nothing.
-  void changeParam(short paramNumber, TypeIdent paramType, const void* paramData,
-                   long paramLength);
-  // Null, 0 and "****" out of range.
-  char* getParam(short paramNumber) const;
-  long getParamLength(short paramNumber) const;
-  TypeIdent getParamType(short paramNumber) const;
-  short getParamCount() const { return header.msgTemplate.numberOfParams; }
-  TypeIdent getType() const { return header.msgType; }
-
-  // Typed parameters, in wire order.  Text is sent with its NUL (strlen + 1)
-  // and cut at 255 characters for S255, 31 for ST31; other types keep it.
-  void addStringParam(TypeIdent paramType, const char* text);
-  void addLongParam(int32_t value);
-  void addShortParam(int16_t value);
-  void addBooleanParam(bool value);
-  void addIdentParam(TypeIdent value);
-  void addErrorParam(ErrorCode value);
-  void addToolInfoParam(const ToolInfo& info);  // DATA, 84 bytes
-
-  // Typed reading.  Each returns false, leaving *value alone, when the
-  // parameter is missing or too short for the value.
-  bool getLongParam(short paramNumber, int32_t* value) const;
-  bool getShortParam(short paramNumber, int16_t* value) const;
-  bool getBooleanParam(short paramNumber, bool* value) const;  // any non-zero byte is true
-  bool getIdentParam(short paramNumber, TypeIdent* value) const;
-  bool getErrorParam(short paramNumber, ErrorCode* value) const;
-  bool getToolInfoParam(short paramNumber, ToolInfo* value) const;
-  // Copies the text of a parameter into buffer (size bytes, NUL-terminated),
-  // stopping at its first NUL or its length, truncating to fit.  False when
-  // the parameter is missing; buffer then holds "".
-  bool getStringParam(short paramNumber, char* buffer, size_t size) const;
-
-  // True when the types are equal or either is "****".
-  Boolean isEqual(ItemPtr other) override;
-
-  MessageHeader header;
-  char* data[kMaxMessageParams];
-};
+#include "shared/transport.h"
+#include "shared/wiremessage.h"
 
 typedef ErrorCode (*CallbackProcPtr)(Message* message, Message* reply);
 
@@ -216,9 +82,13 @@ ModalAlarmProc setModalAlarmProc(ModalAlarmProc proc);
 
 class MessageCenter : public HasErrorReporting {
  public:
+  // A center over a TCP transport (shared/tcpxport.h): a tool's listener.
   MessageCenter();
   // listenerPort above 0 makes this center the Tool Manager's.
   explicit MessageCenter(int listenerPort);
+  // A center over the given transport, which it owns from then on (for a
+  // transport without sockets, as in tests).  transport must not be null.
+  explicit MessageCenter(MessageTransport* transport);
   ~MessageCenter() override;
   MessageCenter(const MessageCenter&) = delete;
   MessageCenter& operator=(const MessageCenter&) = delete;
@@ -250,12 +120,12 @@ class MessageCenter : public HasErrorReporting {
   List* messageHandlers;
   MessageQueue* queue;
   ToolInfo thisToolInfo;
-  TCPTransport* transport;
+  MessageTransport* transport;  // owned
   Boolean modal;
   ErrorCode messageCenterError;
 
  private:
-  void init(int listenerPort);
+  void init(MessageTransport* transport);
   Message* receive();
 
   MessageObserverProc observer_ = nullptr;

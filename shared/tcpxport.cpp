@@ -1,5 +1,5 @@
-// The TCP transport: listener, one connection per message, the tickle, the
-// port file, and the wire codec of the message header.
+// The TCP transport: listener, one connection per message, the tickle and
+// the port file.  Messages go to and from bytes through shared/wiremessage.h.
 #include "shared/tcpxport.h"
 
 #include <arpa/inet.h>
@@ -64,39 +64,9 @@ bool connectToPort(int socketNumber, uint32_t hostAddr, int port) {
   return connect(socketNumber, reinterpret_cast<struct sockaddr*>(&address), sizeof address) == 0;
 }
 
-// A text field in its fixed space: the text up to its NUL, then zeros, the
-// last byte always a NUL.
-void encodeTextField(owbcoding::ByteWriter& out, const char* text, size_t fieldSize) {
-  size_t length = strnlen(text, fieldSize - 1);
-  out.bytes(text, length);
-  out.zeros(fieldSize - length);
-}
-
-void encodeToolInfoTo(owbcoding::ByteWriter& out, const ToolInfo& info) {
-  encodeTextField(out, info.name, sizeof info.name);
-  encodeTextField(out, info.publisherInfo, sizeof info.publisherInfo);
-  out.i32(info.maxVersion);
-  out.i32(info.minVersion);
-  out.u8(info.canDisplaySource ? 1 : 0);
-  out.zeros(3);
-  out.u32(info.toolType);
-  out.i32(info.listenerPort);
-}
-
-void decodeToolInfoFrom(owbcoding::ByteReader& in, ToolInfo* info) {
-  uint8_t flag = 0;
-  in.bytes(info->name, sizeof info->name);
-  info->name[sizeof info->name - 1] = '\0';
-  in.bytes(info->publisherInfo, sizeof info->publisherInfo);
-  info->publisherInfo[sizeof info->publisherInfo - 1] = '\0';
-  in.i32(&info->maxVersion);
-  in.i32(&info->minVersion);
-  in.u8(&flag);
-  info->canDisplaySource = flag;
-  in.skip(3);
-  in.u32(&info->toolType);
-  in.i32(&info->listenerPort);
-}
+// The Tool Manager answers only on the loopback address unless told
+// otherwise; every peer is on this host.
+bool sToolManagerListensOnAnyAddress = false;
 
 }  // namespace
 
@@ -105,68 +75,6 @@ unsigned long getCurrentMilliseconds() {
   return static_cast<unsigned long>(
       duration_cast<milliseconds>(steady_clock::now().time_since_epoch()).count());
 }
-
-// ------------------------------------------------------------ wire codec
-
-void encodeToolInfo(const ToolInfo& info, uint8_t* out) {
-  std::vector<uint8_t> bytes;
-  bytes.reserve(kToolInfoWireSize);
-  owbcoding::ByteWriter writer(&bytes);
-  encodeToolInfoTo(writer, info);
-  std::memcpy(out, bytes.data(), kToolInfoWireSize);
-}
-
-void decodeToolInfo(const uint8_t* in, ToolInfo* info) {
-  owbcoding::ByteReader reader(in, kToolInfoWireSize);
-  decodeToolInfoFrom(reader, info);
-}
-
-void encodeMessageHeader(const MessageHeader& header, uint8_t* out) {
-  std::vector<uint8_t> bytes;
-  bytes.reserve(kMessageHeaderWireSize);
-  owbcoding::ByteWriter writer(&bytes);
-  const MessageTemplate& shape = header.msgTemplate;
-  int used = shape.numberOfParams < 0 ? 0 : std::min<int>(shape.numberOfParams, kMaxMessageParams);
-  writer.u32(header.msgType);
-  writer.i16(shape.numberOfParams);
-  writer.zeros(2);
-  for (int i = 0; i < kMaxMessageParams; ++i) writer.u32(i < used ? shape.paramType[i] : 0);
-  for (int i = 0; i < kMaxMessageParams; ++i) writer.i32(i < used ? shape.paramLength[i] : 0);
-  encodeToolInfoTo(writer, header.senderInfo);
-  encodeToolInfoTo(writer, header.receiverInfo);
-  writer.u8(header.needsReply ? 1 : 0);
-  writer.zeros(3);
-  writer.u32(header.replyTimeout);
-  writer.u32(header.msgFlags);
-  std::memcpy(out, bytes.data(), kMessageHeaderWireSize);
-}
-
-void decodeMessageHeader(const uint8_t* in, MessageHeader* header) {
-  owbcoding::ByteReader reader(in, kMessageHeaderWireSize);
-  uint8_t flag = 0;
-  reader.u32(&header->msgType);
-  reader.i16(&header->msgTemplate.numberOfParams);
-  reader.skip(2);
-  for (int i = 0; i < kMaxMessageParams; ++i) reader.u32(&header->msgTemplate.paramType[i]);
-  for (int i = 0; i < kMaxMessageParams; ++i) reader.i32(&header->msgTemplate.paramLength[i]);
-  decodeToolInfoFrom(reader, &header->senderInfo);
-  decodeToolInfoFrom(reader, &header->receiverInfo);
-  reader.u8(&flag);
-  header->needsReply = flag;
-  reader.skip(3);
-  reader.u32(&header->replyTimeout);
-  reader.u32(&header->msgFlags);
-}
-
-bool messageHeaderIsSane(const MessageHeader& header) {
-  const MessageTemplate& shape = header.msgTemplate;
-  if (shape.numberOfParams < 0 || shape.numberOfParams > kMaxMessageParams) return false;
-  for (int i = 0; i < shape.numberOfParams; ++i)
-    if (shape.paramLength[i] < 0 || shape.paramLength[i] > kMaxWireParamLength) return false;
-  return true;
-}
-
-// -------------------------------------------------------------- port file
 
 int getToolManagerPort() {
   if (gToolManagerPort != 0) return gToolManagerPort;
@@ -187,7 +95,7 @@ void setToolManagerPort(int listenerPort) {
   gToolManagerPort = listenerPort;
   PortFilePath path;
   portFilePath(path);
-  FILE* file = std::fopen(path, "w");
+  FILE* file = std::fopen(path, "we");
   if (!file) {
     OWB_LOG("Failed opening " << path);
     return;
@@ -197,6 +105,8 @@ void setToolManagerPort(int listenerPort) {
 }
 
 void forgetToolManagerPort() { gToolManagerPort = 0; }
+
+void setToolManagerListensOnAnyAddress(bool anyAddress) { sToolManagerListensOnAnyAddress = anyAddress; }
 
 // ------------------------------------------------------------- transport
 
@@ -226,7 +136,8 @@ TCPTransport::TCPTransport(int listenerPort)
       struct sockaddr_in address;
       std::memset(&address, 0, sizeof address);
       address.sin_family = AF_INET;
-      address.sin_addr.s_addr = htonl(INADDR_ANY);
+      address.sin_addr.s_addr =
+          htonl(isToolManager && !sToolManagerListensOnAnyAddress ? INADDR_LOOPBACK : INADDR_ANY);
       address.sin_port = htons(static_cast<uint16_t>(listenerPort));
       if (bind(listenSocket, reinterpret_cast<struct sockaddr*>(&address), sizeof address) == 0) {
         bound = true;

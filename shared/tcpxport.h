@@ -1,4 +1,4 @@
-// The TCP transport of tool messages, and the codec of their wire format.
+// The TCP transport of tool messages.
 //
 // Every peer is on this host.  A message is one connection: the 444-byte
 // header, then each parameter's bytes, then the close.  A tickle is the four
@@ -18,10 +18,9 @@
 
 #include "owbtypes.h"
 #include "shared/errors.h"
-#include "shared/messages.h"
+#include "shared/transport.h"
+#include "shared/wiremessage.h"
 
-constexpr size_t kMessageHeaderWireSize = 444;
-constexpr int32_t kMaxWireParamLength = 16 * 1024 * 1024;
 constexpr int kBindAttempts = 100;
 constexpr int kListenBacklog = 20;
 constexpr long kPollWaitMicroseconds = 50000;
@@ -33,16 +32,6 @@ constexpr unsigned long kDefaultTickleInterval = 60000;
 // tickles.
 unsigned long getCurrentMilliseconds();
 
-// Wire codec.  encode writes every byte of out (undefined bytes and unused
-// template entries as 0); decode reads every field and NUL-terminates the
-// text fields at their last byte.
-void encodeToolInfo(const ToolInfo& info, uint8_t* out /* kToolInfoWireSize */);
-void decodeToolInfo(const uint8_t* in /* kToolInfoWireSize */, ToolInfo* info);
-void encodeMessageHeader(const MessageHeader& header, uint8_t* out /* kMessageHeaderWireSize */);
-void decodeMessageHeader(const uint8_t* in /* kMessageHeaderWireSize */, MessageHeader* header);
-// True when a count and lengths read from the wire are within bounds.
-bool messageHeaderIsSane(const MessageHeader& header);
-
 // The Tool Manager's port, from $HOME/.owb/owbport; 0 when unknown (not
 // cached, so the file is read again next time).
 int getToolManagerPort();
@@ -51,8 +40,13 @@ void setToolManagerPort(int listenerPort);
 // Forgets the cached port, for a process that changes HOME or reads a new
 // file on purpose.
 void forgetToolManagerPort();
+// Where the Tool Manager's listener binds: the loopback address, since every
+// peer is on this host, unless anyAddress is set before the transport is
+// made (for peers that reach this host by another of its addresses).  A
+// tool's listener binds any address.
+void setToolManagerListensOnAnyAddress(bool anyAddress);
 
-class TCPTransport : public HasErrorReporting {
+class TCPTransport : public MessageTransport {
  public:
   // listenerPort above 0: the Tool Manager's listener, at that port or one of
   // the 99 above it, recorded in the port file.  0: a tool's listener, at a
@@ -65,12 +59,13 @@ class TCPTransport : public HasErrorReporting {
   // One wait of at most 50 ms: a new message (the caller's) or null.  A tool
   // tickles the Tool Manager here when one is due.  lastError -1401 (select)
   // or -1403 (accept) or the tickle's.
-  Message* poll();
+  Message* poll() override;
   // Writes message to receiverInfo.listenerPort; keeps nothing, reports
   // failures only in the log.
-  void sendMessage(const Message* message);
+  void sendMessage(const Message* message) override;
   // lastError 0, or -1402 when the tickle could not be sent.
-  void ticklePort(int ticklePort);
+  void ticklePort(int ticklePort) override;
+  int listenerPort() const override { return listenPort; }
   // Reads one message from a connected socket; null on any failure.
   Message* getMessage(int messageSocket);
 

@@ -52,20 +52,6 @@ void truncAtChar(char* targetString, const char* sourceString, char character,
 // caller; each line ends in a newline.  Null for null or an empty file.
 char* readFile(const char* file);
 
-// Rings the display's bell; nothing without a display.
-void owbBeep();
-
-// Fits workStr into `width` pixels in the widget's font: unchanged when
-// narrower than width; otherwise cut at the end and "..." appended (the
-// text before "..." no wider than width less the extent of "..."); empty
-// when "..." alone is wider.  reverseTruncToFit cuts the front and puts
-// "..." ahead of the tail.  The result is never longer in bytes than the
-// text given, so it always fits the caller's buffer, and a multi-byte
-// character is never cut in two.
-struct _WgtObj;
-void truncToFit(_WgtObj* referenceWgt, int width, char* workStr);
-void reverseTruncToFit(_WgtObj* referenceWgt, int width, char* workStr);
-
 // Opens fileName for reading ("rb", closed on exec) when it is a regular
 // file; devices, pipes and directories give null as a missing file does,
 // so that no reader can be made to block on a pipe or read forever.
@@ -74,8 +60,5 @@ FILE* openRegularFile(const char* fileName);
 // Copies text (null as "") into a fixed field of size bytes, truncating
 // at the field's size; nothing for a size of 0.
 void copyIntoField(char* field, size_t size, const char* text);
-
-// Formats "%s%c%s" into a fixed buffer, truncating at size.
-void joinPath(char* target, size_t size, const char* directory, const char* name);
 
 #endif  // OWB_SHARED_UTILS_H

@@ -8,10 +8,9 @@
 // Every entry returns the previous value of its counter and does its work
 // only the first time.
 //
-// The modules of the display, event and widget layers hook into these
-// chains by defining the entries the chains name (GRES_InstallClass,
-// DSPLY_Init(int), WGT_InitClass, ERRW_Init, ...) as plain `void f()`
-// functions; an entry that no module defines yet is skipped.
+// The classes and modules of the graphics, widget and generic window layers
+// are started from one table, toolkit/classes.cpp: adding a class is one row
+// there.
 #ifndef OWB_TOOLKIT_APP_H
 #define OWB_TOOLKIT_APP_H
 

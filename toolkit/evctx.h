@@ -1,5 +1,6 @@
-// The event contexts, shared by the modules of the event system
-// (event.cpp, evmodal.cpp, timer.cpp).  Not for use outside it.
+// The event contexts and the state the modules of the event system share
+// (event.cpp: the loop; evinput.cpp: input translation; evwork.cpp: the work
+// lists; evmodal.cpp, timer.cpp).  Not for use outside it.
 #ifndef OWB_TOOLKIT_EVCTX_H
 #define OWB_TOOLKIT_EVCTX_H
 
@@ -39,7 +40,31 @@ void EventProcess(EventPtr event);
 void EventActivateTimer();
 // Resets the timer queue (start-up).
 void TimerReset();
-// The input state: buttons held and modifiers as last seen.
+// The window a widget is in (null for none).
+WinPtr EventRootWin(WgtPtr wgt);
+// Whether the context lets an event of the type reach the widget.
+BoolEnum EventPassesFilter(const EventContext& ctx, Int type, WgtPtr wgt);
+
+// Input (evinput.cpp).  The input state: buttons held and modifiers as
+// last seen.
 UInt EventMouseMods();
+void EventUpdateInputState(const _EventRec& ev);
+// Forgets the input state (start-up), the type-ahead buffer and the
+// accelerator match (a context is pushed or popped).
+void EventResetInput();
+void EventResetKbBuf();
+// Translates one display event and processes it; the event is cleared
+// afterwards, also when a notification fails.
+struct _DsplyEventRec;
+void EventProcessDisplayEvent(_DsplyEventRec* d);
+// Translates and processes one display event; recalculation runs before
+// and after.  The caller clears the event.
+void X_ProcessXEvent(_DsplyEventRec* d);
+
+// The work lists (evwork.cpp), emptied at start-up.
+void EventResetWorkLists();
+// What is done each time before the loop may wait (after the work lists
+// were worked): the automation surface is brought up to date.
+void EventBeforeWait();
 
 #endif  // OWB_TOOLKIT_EVCTX_H

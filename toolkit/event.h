@@ -60,6 +60,8 @@ enum {
   EVENT_WMICONIFIED = 0x40,
   EVENT_WMDEICONIFIED = 0x80,
   EVENT_WMRESTACKED = 0x100,
+  EVENT_WMMAXIMIZED = 0x200,    // the window manager shows it maximized
+  EVENT_WMUNMAXIMIZED = 0x400,  // ... no longer maximized
   EVENT_WMREDRAW = 0x4000,
   EVENT_WMPINCHANGED = 0x8000,
   EVENT_WMTERMINATE = 0x10000,
@@ -89,6 +91,7 @@ struct _EventRec {
   Int AlignDummy;
   BoolEnum DestIsTopLevelWin;
   BoolEnum InNumKeyPad;
+  Int Wheel;               // a wheel press: EVENT_WHEEL..., else 0
 };
 typedef _EventRec* EventPtr;
 
@@ -198,6 +201,8 @@ Int EVENT_GetCurEventType();
 EventPtr EVENT_GetCurEvent();
 Int EVENT_GetButton();
 BoolEnum EVENT_IsDouble();
+// The wheel step of the current press (EVENT_WHEEL...), 0 for a button.
+Int EVENT_GetWheel();
 Int EVENT_GetKeyCode();
 const char* EVENT_GetKbStr();
 char EVENT_GetKbAsciiChar();

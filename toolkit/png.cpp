@@ -14,7 +14,7 @@ bool PNG_WriteRgb(const std::string& path, int width, int height, const std::vec
   };
   if (width <= 0 || height <= 0 || rgb.size() != static_cast<size_t>(width) * height * 3)
     return fail("picture size does not match its pixels");
-  std::unique_ptr<FILE, int (*)(FILE*)> file(std::fopen(path.c_str(), "wb"), std::fclose);
+  std::unique_ptr<FILE, int (*)(FILE*)> file(std::fopen(path.c_str(), "wbe"), std::fclose);
   if (!file) return fail("cannot create the file");
   png_structp png = png_create_write_struct(PNG_LIBPNG_VER_STRING, nullptr, nullptr, nullptr);
   if (!png) return fail("out of memory");

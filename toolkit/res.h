@@ -7,6 +7,17 @@
 // a library's tree, attached to that knot (shared by every RES_Load) or
 // detached (a private copy), and hears events through one notification
 // procedure, Notify(res, message, data).
+//
+// Contracts:
+// - Every RES_Load*, RES_Find*, RES_Create* and RES_Clone* returns a
+//   reference the caller owns: it ends it with RES_Release (or gives it to
+//   a parent, RES_AddChild).  RES_Use takes one more reference.
+// - A failure (no such resource, no file, nesting too deep, a failing
+//   constructor) unwinds through the toolkit's error frames; nothing is
+//   left half made and the caller owns nothing.  RES_Find* return null for
+//   a missing resource instead.
+// - Names are looked up in the loaded libraries: the library of the module
+//   must be loaded (RLIB_LoadLibFile) before a load by name.
 #ifndef OWB_TOOLKIT_RES_H
 #define OWB_TOOLKIT_RES_H
 
@@ -20,20 +31,22 @@ struct _RLibRec;
 typedef _RLibRec* RLibPtr;
 struct _BFileRec;
 
+// The private fields are the resource module's; other modules read them
+// through the RES_ calls named beside them.
 struct _ResObj {
   RClasPtr ResClass;
-  BKnotPtr ResPrivate;      // the knot; null for an unnamed resource
-  ResPtr ResPrivate1;       // parent
-  ArrayPtr ResPrivate2;     // child resources, or null
+  BKnotPtr ResPrivate;      // the knot naming it in a library's tree; null when unnamed (RES_GetName)
+  ResPtr ResPrivate1;       // the parent, not owned; null at the top (RES_GetParent)
+  ArrayPtr ResPrivate2;     // the children, one reference each, or null (RES_GetNthChild)
   UInt ResInitialized : 1;  // RES_NFYINIT seen
-  UInt ResPrivate3 : 1;     // modified since the last save
-  UInt ResPrivate4 : 14;    // flags, RES_FLAG...
-  UInt16 ResPrivate5;       // reference count
+  UInt ResPrivate3 : 1;     // modified since the last save (RES_SetModified)
+  UInt ResPrivate4 : 14;    // flags, RES_FLAG... below
+  UInt16 ResPrivate5;       // reference count; kResImmortal never changes, 0 while being destroyed (RES_GetRefCount)
   ClientPtr ClientData;
   ClientPtr NfyData;
   ResNfyCBack Notify;
-  ClientPtr ResPrivate6;
-  ClientPtr ResPrivate7;  // a module resource: its library
+  ClientPtr ResPrivate6;  // unused, always null; kept for the record's layout
+  ClientPtr ResPrivate7;  // a module resource: its library (an RLibPtr, not owned); otherwise null
 };
 
 // Resource flags (ResPrivate4).
@@ -93,14 +106,22 @@ ResPtr RES_NewSetNameClass(const char* name, RClasPtr cls);
 ResPtr RES_NewSetKnotClass(BKnotPtr knot, RClasPtr cls);
 
 // --- Loading by name -----------------------------------------------------------
-ResPtr RES_Load(const char* moduleName, const char* name);
-ResPtr RES_LoadInit(const char* moduleName, const char* name);
+// Each returns a new reference the caller releases (see Contracts above).
+// The attached forms share one object per knot: a second load of the same
+// name gives the same object with one more reference.  The detached forms
+// make a private copy each time, which the knot does not keep.
+ResPtr RES_Load(const char* moduleName, const char* name);      // attached
+ResPtr RES_LoadInit(const char* moduleName, const char* name);  // attached, RES_NFYINIT sent once
 ResPtr RES_LoadDetach(const char* moduleName, const char* name);
 ResPtr RES_LoadInitDetach(const char* moduleName, const char* name);
+// Detached, with every child loaded down the tree.
 ResPtr RES_LoadDeepDetach(const char* moduleName, const char* name);
+// "Module.Name" names; a module's own name gives its module resource.
 ResPtr RES_LoadByFullName(const char* fullName);
 ResPtr RES_LoadDetachByFullName(const char* fullName);
+// knot must have a file unless attach finds it already loaded.
 ResPtr RES_LoadFromKnot(BKnotPtr knot, BoolEnum attach);
+// The knot stored at offset of an open library file (owned by its library).
 ResPtr RES_LoadFromOffset(_BFileRec* file, UInt32 offset);
 // Like RES_Load, but null when there is no such resource.
 ResPtr RES_Find(const char* moduleName, const char* name);
@@ -137,8 +158,15 @@ UInt32 RES_GetResOffset(ResPtr res);
 void RES_SetModified(ResPtr res);  // marks it and its module for saving
 
 // --- Life ------------------------------------------------------------------------
+// res must not be null.  Takes one more reference.
 void RES_Use(ResPtr res);
+// Ends one reference; the last one destroys res (its end notification,
+// destructors, children released).  Null, an immortal resource and one
+// already being destroyed are left alone, so a release from inside an end
+// notification is safe.
 void RES_Release(ResPtr res);
+// Unlinks res from its parent (RES_SetParent null), then releases one
+// reference.
 void RES_Delete(ResPtr res);
 void RES_Attach(ResPtr res);
 void RES_Detach(ResPtr res);

@@ -18,6 +18,11 @@ void STR_SetStrRFindProcDS(StrRFindProc proc, ClientPtr data) {
   sFindData = data;
 }
 
+StrRFindProc STR_GetStrRFindProc(ClientPtr* data) {
+  if (data) *data = sFindData;
+  return sFindProc;
+}
+
 const char* STR_LoadStr(const char* module, const char* name) {
   return sLoadProc ? sLoadProc(module, name, sLoadData) : nullptr;
 }

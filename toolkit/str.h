@@ -14,6 +14,9 @@ typedef const char* (*StrRFindProc)(const char* module, const char* listName, In
 
 void STR_SetStrRLoadProcDS(StrRLoadProc proc, ClientPtr data);
 void STR_SetStrRFindProcDS(StrRFindProc proc, ClientPtr data);
+// The find procedure installed now (null if none) and its data, so that a
+// program can put its own in front of it.
+StrRFindProc STR_GetStrRFindProc(ClientPtr* data);
 
 // The returned text belongs to the resource; copy it to keep it.
 const char* STR_LoadStr(const char* module, const char* name);

@@ -10,6 +10,7 @@
 #include <cstring>
 #include <limits>
 
+#include "toolkit/autom.h"
 #include "toolkit/dsply.h"
 #include "toolkit/dsplysel.h"
 #include "toolkit/pfld.h"
@@ -970,6 +971,12 @@ long TED_DefNfy(ResPtr res, Int message, ClientPtr data) {
     default:
       return WGT_DefNfy(res, message, data);
   }
+}
+
+void TED_Describe(WgtPtr wgt, AutomDesc* desc) {
+  TEdPtr t = TED_FromWgt(wgt);
+  AUTOM_SetText(desc, TED_GetStr(t));
+  AUTOM_SetSelected(desc, t->Sel.End > t->Sel.Beg);
 }
 
 // --- Text -------------------------------------------------------------------------------------------

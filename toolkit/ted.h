@@ -125,6 +125,10 @@ void TED_InitClass();
 TEdPtr TED_Create();
 BoolEnum TED_IsTEd(WgtPtr wgt);
 long TED_DefNfy(ResPtr res, Int message, ClientPtr data);
+// The editor's part of the automation surface: its text, selected while
+// it has a selection.
+struct AutomDesc;
+void TED_Describe(WgtPtr wgt, AutomDesc* desc);
 
 // --- Text --------------------------------------------------------------------
 const char* TED_GetStr(TEdPtr ted);

@@ -102,22 +102,22 @@ struct _WgtObj {
   VStrPtr Help;
   ResPtr ClientRes;
   UInt16 WgtFlags;
-  ClientPtr WgtPrivate;
+  ClientPtr WgtPrivate;   // unused, always null; kept for the record's layout
   WinPtr Win;
   PanelPtr Panel;
   Int16 Index;
   _Rect16Rec Box;
   UInt Disabled : 1;
   UInt Invisible : 1;
-  UInt WgtPrivate1 : 1;  // modified
-  UInt WgtPrivate2 : 1;
+  UInt WgtPrivate1 : 1;  // the modified mark (WGT_SetModified, WGT_GetModified)
+  UInt WgtPrivate2 : 1;  // unused, always 0
   UInt NeedsRecal : 1;
-  UInt WgtPrivate3 : 1;  // the visible region is valid
-  UInt WgtPrivate4 : 1;
+  UInt WgtPrivate3 : 1;  // VisRgn is up to date; cleared when the geometry changes (WGT_IsVisRgnValid)
+  UInt WgtPrivate4 : 1;  // unused, always 0
   UInt InEditor : 1;
   UInt16 RecalFlag;
   RegionPtr VisRgn;
-  ClientPtr WgtPrivate5;
+  ClientPtr WgtPrivate5;  // unused, always null
   // Attribute names as the template gives them (resolved by WGT_DefInit).
   VStrPtr FgColorName;
   VStrPtr BgColorName;

@@ -106,8 +106,9 @@ TEST_F(ConfigFiles, CommentRemovalKeepsQuotesDoublesStarsAndLeavesASlash) {
       "// whole line\n");
   EXPECT_EQ(readStartup(), (Lines{"string Path a/b//c", "string Star a**b", "string Esc a\\/\\/b", "string Str/ing s"}));
   std::string path = file("eng/startup.cfg");
-  EXPECT_EQ(out_.alerts, (std::vector<Entry>{{"Illegal configuration line", "Illegal line in " + path + ":  /* whole line */"},
-                                             {"Illegal configuration line", "Illegal line in " + path + ":  // whole line"}}));
+  // A line of a comment alone is shown as comment removal left it.
+  EXPECT_EQ(out_.alerts, (std::vector<Entry>{{"Illegal configuration line", "Illegal line in " + path + ":  /"},
+                                             {"Illegal configuration line", "Illegal line in " + path + ":  /"}}));
 }
 
 TEST_F(ConfigFiles, FaultyLinesAlertAndTheReadGoesOn) {
@@ -193,7 +194,19 @@ TEST_F(ConfigFiles, AFileThatIncludesItselfStopsAtTheDepthLimit) {
   write("loop.cfg", "Loop = 1\ninclude = " + file("loop.cfg") + "\nNever = 1\n");
   writeStartup("include = " + file("loop.cfg") + "\n");
   EXPECT_EQ(readStartup(false), Lines{});
-  EXPECT_EQ(out_.alerts, (std::vector<Entry>{{"Cannot Read Configuration File", file("loop.cfg")}}));
+  EXPECT_EQ(out_.alerts,
+            (std::vector<Entry>{{"Cannot Read Configuration File",
+                                 "The include of " + file("loop.cfg") + " in " + file("loop.cfg") +
+                                     " closes a cycle: that file is already being read"}}));
+  // A cycle through two files names the include that closed it.
+  write("ping.cfg", "include = pong.cfg\n");
+  write("pong.cfg", "include = ping.cfg\n");
+  writeStartup("AutoLoadPath = \"" + fleetDir_ + "/\"\ninclude = ping.cfg\n");
+  out_.clear();
+  EXPECT_EQ(readStartup(false), Lines{});
+  EXPECT_EQ(out_.alerts, (std::vector<Entry>{{"Cannot Read Configuration File",
+                                              "The include of ping.cfg in pong.cfg closes a cycle: that file is "
+                                              "already being read"}}));
 
   // Exactly the limit is still read.
   for (int i = 1; i < kMaxIncludeDepth; ++i)
@@ -203,8 +216,13 @@ TEST_F(ConfigFiles, AFileThatIncludesItselfStopsAtTheDepthLimit) {
   out_.clear();
   EXPECT_EQ(readStartup(), (Lines{"string AutoLoadPath " + fleetDir_ + "/", "integer Deep 1"}));
   EXPECT_TRUE(out_.everything().empty());
-  write("d" + std::to_string(kMaxIncludeDepth) + ".cfg", "include = d1.cfg\n");
+  // One more is past the limit, and the alert says which include passed it.
+  write("d" + std::to_string(kMaxIncludeDepth) + ".cfg", "include = d" + std::to_string(kMaxIncludeDepth + 1) + ".cfg\n");
+  write("d" + std::to_string(kMaxIncludeDepth + 1) + ".cfg", "Deep = 1\n");
   EXPECT_EQ(readStartup(false), Lines{});
+  EXPECT_EQ(out_.alerts, (std::vector<Entry>{{"Cannot Read Configuration File",
+                                              "The include of d65.cfg in d64.cfg passes the limit of 64 nested "
+                                              "configuration files"}}));
 }
 
 TEST_F(ConfigFiles, MissingStartupFileFailsWithAnAlert) {

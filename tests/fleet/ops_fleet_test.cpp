@@ -4,12 +4,17 @@
 // kill and status.
 #include <arpa/inet.h>
 #include <gtest/gtest.h>
+#include <fcntl.h>
 #include <sys/stat.h>
 
+#include <algorithm>
+#include <map>
 #include <string>
+#include <vector>
 
 #include "fleet/backup.h"
 #include "fleet/eng_util.h"
+#include "fleet/fleetdef.h"
 #include "fleet/kilfleet.h"
 #include "fleet/mkfleet.h"
 #include "fleet/ops_support.h"
@@ -18,6 +23,8 @@
 #include "fleet/restore.h"
 #include "fleet/rmfleet.h"
 #include "fleet/runfleet.h"
+#include "shared/globals.h"
+#include "shared/log.h"
 
 namespace {
 
@@ -76,6 +83,22 @@ bool allGone(const std::string& fleet, std::initializer_list<const char*> labels
   for (const char* label : labels)
     if (fileExistsNow(fleet + "/" + label + ".pid")) return false;
   return true;
+}
+
+// Makes the fleet with a free base port for its engines and boots it.
+void makeAndRun(const std::string& fleetDir, std::initializer_list<const char*> labels, long* basePort) {
+  *basePort = opstest::freeBasePort(4);
+  ASSERT_NE(*basePort, 0);
+  makeDefinedFleet(fleetDir, labels, *basePort);
+  RunFleetArgs run;
+  std::snprintf(run.fleetDir, sizeof run.fleetDir, "%s", fleetDir.c_str());
+  ASSERT_TRUE(runFleet(&run, nullptr));
+}
+
+bool killAll(const std::string& fleetDir) {
+  KillFleetArgs kill;
+  std::snprintf(kill.fleetDir, sizeof kill.fleetDir, "%s", fleetDir.c_str());
+  return killFleet(&kill) != 0;
 }
 
 TEST(FleetLife, MadeBootedKilledBackedUpRestoredRemoved) {
@@ -247,6 +270,226 @@ TEST(BootEngine, UndefinedNameInAnExternalFailsTheBoot) {
   KillFleetArgs kill;
   std::snprintf(kill.fleetDir, sizeof kill.fleetDir, "%s", fleet.c_str());
   EXPECT_TRUE(killFleet(&kill));
+}
+
+// True when a file of that name lies anywhere below directory.
+bool foundBelow(const std::string& directory, const std::string& name) {
+  DIR* dir = opendir(directory.c_str());
+  if (!dir) return false;
+  bool found = false;
+  while (struct dirent* entry = readdir(dir)) {
+    std::string entryName = entry->d_name;
+    if (entryName == "." || entryName == "..") continue;
+    if (entryName == name) found = true;
+    else if (entry->d_type == DT_DIR) found = found || foundBelow(directory + "/" + entryName, name);
+  }
+  closedir(dir);
+  return found;
+}
+
+// A fleet below a folder whose name holds a blank, a command substitution
+// and a quote runs its engine (in a terminal) and its external (in the
+// background) in place, and the shell runs nothing of the folder's name.
+TEST(RunFleet, FolderNamesSpecialToTheShellStayPaths) {
+  opstest::ChildReaper reaper;
+  opstest::FleetSandbox sandbox;
+  const std::string folder = sandbox.root() + "/My fleets $(touch pwned) it's;";
+  ASSERT_EQ(mkdir(folder.c_str(), 0777), 0);
+  const std::string fleet = folder + "/demo";
+  long base = 0;
+  makeAndRun(fleet, {"alpha"}, &base);
+  EXPECT_TRUE(statusSays(base + 2, "alpha up"));
+  ASSERT_TRUE(eventually([&] { return isRunning(fleet.c_str(), "placemon") != 0; }));
+  EXPECT_TRUE(isRunning(fleet.c_str(), "alpha"));
+  EXPECT_NE(readWholeFile(fleet + "/alpha.pid").find("\n" + sandbox.installTree() + "/bin/eng -s db -f -d1 -o - -b " +
+                                                     sandbox.installTree() + "/lib/boot.s\n"),
+            std::string::npos);
+
+  EXPECT_FALSE(foundBelow(sandbox.root(), "pwned"));
+  EXPECT_FALSE(fileExistsNow("pwned"));
+  std::vector<std::string> top;
+  DIR* dir = opendir(sandbox.root().c_str());
+  while (struct dirent* entry = readdir(dir)) top.push_back(entry->d_name);
+  closedir(dir);
+  std::sort(top.begin(), top.end());
+  EXPECT_EQ(top, (std::vector<std::string>{".", "..", "My fleets $(touch pwned) it's;", "home"}));
+
+  EXPECT_TRUE(killAll(fleet));
+  EXPECT_TRUE(allGone(fleet, {"alpha", "placemon"}));
+}
+
+// The names and contents of every file below directory, one per line.
+std::string treeOf(const std::string& directory) {
+  std::string listing;
+  std::vector<std::string> names;
+  if (DIR* dir = opendir(directory.c_str())) {
+    while (struct dirent* entry = readdir(dir))
+      if (std::strcmp(entry->d_name, ".") != 0 && std::strcmp(entry->d_name, "..") != 0) names.push_back(entry->d_name);
+    closedir(dir);
+  }
+  std::sort(names.begin(), names.end());
+  for (const std::string& name : names) {
+    std::string path = directory + "/" + name;
+    struct stat info;
+    if (lstat(path.c_str(), &info) == 0 && S_ISDIR(info.st_mode)) listing += name + "/\n" + treeOf(path);
+    else listing += name + ": " + readWholeFile(path) + "\n";
+  }
+  return listing;
+}
+
+// A tag that names a part of the fleet, or leaves its directory, is refused
+// by backup and restore with an alert, and the fleet stays as it was.
+TEST(BackupFleet, TagsNamingThePartsOfTheFleetAreRefused) {
+  opstest::ChildReaper reaper;
+  opstest::FleetSandbox sandbox;
+  const std::string fleet = sandbox.fleetDir("demo");
+  makeDefinedFleet(fleet, {"alpha", "beta"}, 9300);
+  writeWholeFile(fleet + "/alpha.out", "earlier output\n");
+  const std::string before = treeOf(fleet);
+
+  const char* const forbidden[] = {"alpha", "Beta", "region", "demo.flt", "alpha.pid", "alpha.out", "x.PID",
+                                   "",      ".",    "..",     "../demo",  "a/b"};
+  for (const char* tag : forbidden) {
+    SCOPED_TRACE(tag);
+    sandbox.output.clear();
+    BackupFleetArgs backup;
+    std::snprintf(backup.fleetDir, sizeof backup.fleetDir, "%s", fleet.c_str());
+    std::snprintf(backup.backupTag, sizeof backup.backupTag, "%s", tag);
+    EXPECT_FALSE(backupFleet(&backup));
+    RestoreFleetArgs restore;
+    std::snprintf(restore.fleetDir, sizeof restore.fleetDir, "%s", fleet.c_str());
+    std::snprintf(restore.backupTag, sizeof restore.backupTag, "%s", tag);
+    EXPECT_FALSE(restoreFleet(&restore));
+    ASSERT_EQ(sandbox.output.fatals.size(), 2u);
+    EXPECT_EQ(sandbox.output.fatals[0].first, "Cannot Backup the Fleet");
+    EXPECT_EQ(sandbox.output.fatals[1].first, "Cannot Restore the Fleet");
+    EXPECT_NE(sandbox.output.fatals[0].second.find(std::string("\"") + tag + "\""), std::string::npos);
+    EXPECT_EQ(treeOf(fleet), before);
+  }
+  EXPECT_EQ(sandbox.output.fatals[0].second,
+            "The backup tag \"a/b\" must name a directory within the fleet directory.");
+  sandbox.output.clear();
+  BackupFleetArgs backup;
+  std::snprintf(backup.fleetDir, sizeof backup.fleetDir, "%s", fleet.c_str());
+  std::snprintf(backup.backupTag, sizeof backup.backupTag, "alpha");
+  EXPECT_FALSE(backupFleet(&backup));
+  EXPECT_EQ(sandbox.output.fatals.at(0).second, "The backup tag \"alpha\" names the engine alpha.  Choose another tag.");
+
+  // An ordinary tag still backs up, and restores.
+  std::snprintf(backup.backupTag, sizeof backup.backupTag, "monday");
+  EXPECT_TRUE(backupFleet(&backup));
+  EXPECT_TRUE(fileExistsNow(fleet + "/monday/alpha/startup.cfg"));
+}
+
+// One limit for engine names: the longest that can be made runs with its
+// pid file and shows in status; a longer one is refused when the fleet is
+// made; status of a name up to the field's size finds its configuration.
+TEST(EngineNames, LongNamesHaveOneLimit) {
+  opstest::ChildReaper reaper;
+  opstest::FleetSandbox sandbox;
+
+  MakeFleetArgs tooLong;
+  const std::string refusedFleet = sandbox.fleetDir("refused");
+  std::snprintf(tooLong.fleetDir, sizeof tooLong.fleetDir, "%s", refusedFleet.c_str());
+  std::snprintf(tooLong.fleetDefn.fleetName, sizeof tooLong.fleetDefn.fleetName, "refused");
+  tooLong.fleetDefn.basePort = 9400;
+  const std::string longest(kMaxEngineNameLength, 'e');
+  tooLong.fleetDefn.engines.include(new EngineConfiguration((longest + "x").c_str()));
+  List ports(kStandardChunkSize, TRUE, EqualCompare);
+  EXPECT_FALSE(makeFleet(&tooLong, &ports));
+  ASSERT_EQ(sandbox.output.fatals.size(), 1u);
+  EXPECT_EQ(sandbox.output.fatals[0].first, "Cannot Configure a Fleet");
+  EXPECT_NE(sandbox.output.fatals[0].second.find("at most 251 characters"), std::string::npos);
+  EXPECT_FALSE(fileExistsNow(refusedFleet));
+
+  const std::string fleet = sandbox.fleetDir("long");
+  long base = 0;
+  makeAndRun(fleet, {longest.c_str()}, &base);
+  EXPECT_TRUE(eventually([&] { return isRunning(fleet.c_str(), longest.c_str()) != 0; }));
+  PsFleetArgs ps;
+  std::snprintf(ps.fleetDir, sizeof ps.fleetDir, "%s", fleet.c_str());
+  fleetProcessInfo* status = nullptr;
+  ASSERT_TRUE(psFleet(&ps, &status));
+  ASSERT_NE(recordOf(status, longest.c_str()), nullptr);
+  EXPECT_EQ(recordOf(status, longest.c_str())->isRunning, 1);
+  EXPECT_NE(recordOf(status, "placemon"), nullptr);
+  freeFleetProcessInfo(&status);
+  EXPECT_TRUE(killAll(fleet));
+
+  // A definition written by hand with a name of the field's full size.
+  const std::string full(sizeof(processLabelType) - 1, 'f');
+  const std::string handMade = sandbox.fleetDir("hand");
+  ASSERT_EQ(mkdir(handMade.c_str(), 0777), 0);
+  ASSERT_EQ(mkdir((handMade + "/" + full).c_str(), 0777), 0);
+  writeWholeFile(handMade + "/hand.flt", "[ Common ]\nBasePort = 9500\n[ Engine ]\nEngineName = " + full +
+                                             "\nEnginePlaceConfig = place.cfg\n");
+  writeWholeFile(handMade + "/" + full + "/startup.cfg", "&helper = /bin/true\n");
+  sandbox.output.clear();
+  std::snprintf(ps.fleetDir, sizeof ps.fleetDir, "%s", handMade.c_str());
+  ASSERT_TRUE(psFleet(&ps, &status));
+  EXPECT_NE(recordOf(status, full.c_str()), nullptr);
+  EXPECT_NE(recordOf(status, "helper"), nullptr);
+  EXPECT_TRUE(sandbox.output.everything().empty()) << testing::PrintToString(sandbox.output.everything());
+  freeFleetProcessInfo(&status);
+}
+
+// Where each open descriptor of process pid leads, by number.
+std::map<int, std::string> descriptorsOf(pid_t pid) {
+  std::map<int, std::string> targets;
+  std::string directory = "/proc/" + std::to_string(pid) + "/fd";
+  if (DIR* dir = opendir(directory.c_str())) {
+    while (struct dirent* entry = readdir(dir)) {
+      if (entry->d_name[0] == '.') continue;
+      char target[4096];
+      ssize_t length = readlink((directory + "/" + entry->d_name).c_str(), target, sizeof target - 1);
+      if (length >= 0) targets[std::atoi(entry->d_name)] = std::string(target, static_cast<size_t>(length));
+    }
+    closedir(dir);
+  }
+  return targets;
+}
+
+// An engine started by a tool whose log is open, beside a descriptor that
+// some library opened without close-on-exec, holds none of them: only its
+// standard descriptors and the sockets it makes itself.
+TEST(Descriptors, AnEngineInheritsNothingOfTheTool) {
+  opstest::ChildReaper reaper;
+  opstest::FleetSandbox sandbox;
+  openToolLog(false);
+  const std::string logPath = sandbox.homeDir() + "/.owb/owblog";
+  int logDescriptor = -1;
+  for (const auto& open : descriptorsOf(getpid()))
+    if (open.second == logPath) logDescriptor = open.first;
+  ASSERT_GE(logDescriptor, 0);
+  EXPECT_TRUE(fcntl(logDescriptor, F_GETFD) & FD_CLOEXEC);
+  const std::string strayPath = sandbox.root() + "/stray";
+  writeWholeFile(strayPath, "");
+  int stray = open(strayPath.c_str(), O_RDONLY);
+  ASSERT_GE(stray, 0);
+
+  const std::string fleet = sandbox.fleetDir("plain");
+  long base = 0;
+  makeAndRun(fleet, {"alpha"}, &base);
+  ASSERT_TRUE(statusSays(base + 2, "alpha up"));
+  for (const char* label : {"alpha", "placemon"}) {
+    pid_t pid = getProcessID(fleet.c_str(), label);
+    ASSERT_GT(pid, 1) << label;
+    std::map<int, std::string> open = descriptorsOf(pid);
+    EXPECT_EQ(open.count(0) + open.count(1) + open.count(2), 3u) << label;
+    for (const auto& descriptor : open) {
+      EXPECT_NE(descriptor.second, logPath) << label;
+      EXPECT_NE(descriptor.second, strayPath) << label;
+      // The engine holds nothing but its own sockets; placemon, a shell
+      // script, also holds its script.
+      if (descriptor.first <= 2 || std::string(label) != "alpha") continue;
+      EXPECT_EQ(descriptor.second.compare(0, 7, "socket:"), 0)
+          << label << " " << descriptor.first << " -> " << descriptor.second;
+    }
+  }
+  close(stray);
+  delete gOWBLogStream;
+  gOWBLogStream = nullptr;
+  EXPECT_TRUE(killAll(fleet));
 }
 
 TEST(KillFleet, CanIgnoreFollowsChosenThenExternalThenEngineFlags) {

@@ -111,6 +111,34 @@ TEST(StopProcess, StopsPoliteProcessesAndKillsStubbornOnes) {
   EXPECT_FALSE(fileExistsNow(fleet + "/stubborn.pid"));
 }
 
+// A start of the same label while a stop waits out its patience: the new
+// process's pid file survives the stop, so it stays tracked and in reach.
+TEST(StopProcess, LeavesThePidFileOfAProcessStartedDuringTheStop) {
+  opstest::ChildReaper reaper;
+  opstest::FleetSandbox sandbox;
+  owbtest::ScopedEnv patience("OWB_STOP_PATIENCE", std::string("2"));
+  const std::string fleet = sandbox.root();
+  pid_t old = startRecorded(fleet, "worker", "trap '' INT; exec sleep 60");
+  ASSERT_TRUE(eventually([&] { return readWholeFile("/proc/" + std::to_string(old) + "/cmdline").find("sleep") == 0; }));
+
+  std::thread stopper([&] { EXPECT_TRUE(stopProcess(fleet.c_str(), "worker")); });
+  std::this_thread::sleep_for(std::chrono::milliseconds(300));
+  ASSERT_TRUE(runCommandWithPid(fleet.c_str(), "worker", "sleep 60", "", nullptr, nullptr, OWB_FALSE));
+  ASSERT_TRUE(eventually([&] {
+    pid_t now = getProcessID(fleet.c_str(), "worker");
+    return now > 0 && now != old;
+  }));
+  stopper.join();
+
+  EXPECT_NE(reaper.waitFor(old, 10), -1);
+  pid_t fresh = getProcessID(fleet.c_str(), "worker");
+  EXPECT_GT(fresh, 1);
+  EXPECT_NE(fresh, old);
+  EXPECT_EQ(isRunning(fleet.c_str(), "worker"), 1);
+  EXPECT_TRUE(stopProcess(fleet.c_str(), "worker"));
+  EXPECT_NE(reaper.waitFor(fresh, 10), -1);
+}
+
 // A configEnviron record, as the configuration reader makes them.
 struct EnvironRecord {
   EnvironRecord(const char* name, const char* value) {

@@ -9,11 +9,9 @@
 #include <utility>
 #include <vector>
 
-#include "fleet/kilfleet.h"
-#include "fleet/mkfleet.h"
-#include "fleet/runfleet.h"
 #include "fleetmgr/fleetcmds.h"
 #include "fleetmgr/fleetmgr_support.h"
+#include "fleetmgr/fleetops.h"
 #include "fleetmgr/fleetreports.h"
 #include "fleetmgr/fleetwindows.h"
 #include "fleetmgr/toolmsgs.h"

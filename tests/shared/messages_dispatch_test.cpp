@@ -10,6 +10,7 @@
 namespace {
 
 using msgtest::MessagingTest;
+using msgtest::MemoryTransport;
 
 constexpr TypeIdent kTest = OWB_TYPE("TEST");
 constexpr TypeIdent kOther = OWB_TYPE("OTHR");
@@ -127,15 +128,23 @@ TEST(MessageQueueTest, OrderCodesAndFlushing) {
   EXPECT_EQ(queue.messagesAvailable(kWildTypeIdent), 0);
 }
 
+// A center over a transport without sockets: no port is bound.
 class DispatchTest : public MessagingTest {
  protected:
   void SetUp() override {
     MessagingTest::SetUp();
     gCalls.clear();
-    center = new MessageCenter();
+    center = makeCenter();
     gMessageCenter = center;
   }
+  virtual MessageCenter* makeCenter() { return new MessageCenter(new MemoryTransport(4321)); }
   MessageCenter* center = nullptr;
+};
+
+// A center over the real TCP transport, for what only sockets show.
+class SocketDispatchTest : public DispatchTest {
+ protected:
+  MessageCenter* makeCenter() override { return new MessageCenter(); }
 };
 
 TEST_F(DispatchTest, RegistrationKeepsTheFirstHandler) {
@@ -228,7 +237,7 @@ TEST_F(DispatchTest, MessageToOwnPortIsDispatchedAtOnce) {
   EXPECT_FALSE(logHas("sendMessage: sent message"));  // no socket was used
 }
 
-TEST_F(DispatchTest, ZeroTimeoutReturnsAtOnceAfterSending) {
+TEST_F(SocketDispatchTest, ZeroTimeoutReturnsAtOnceAfterSending) {
   ToolInfo nobody{};
   nobody.listenerPort = center->thisToolInfo.listenerPort + 1000;
   Message* request = new Message(kTest, &nobody);
@@ -239,7 +248,7 @@ TEST_F(DispatchTest, ZeroTimeoutReturnsAtOnceAfterSending) {
                      std::to_string(nobody.listenerPort) + " error "));
 }
 
-TEST_F(DispatchTest, ArrivalIsQueuedAndDispatchedOnTheNextTurn) {
+TEST_F(SocketDispatchTest, ArrivalIsQueuedAndDispatchedOnTheNextTurn) {
   MessageTemplate oneText = makeMessageTemplate({kParamStr255});
   center->registerMessageHandler(kTest, &oneText, echoHandler);
   Message* request = requestWithText(kTest, "later", false);

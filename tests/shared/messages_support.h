@@ -13,6 +13,7 @@
 #include <functional>
 #include <string>
 #include <thread>
+#include <vector>
 
 #include "shared/globals.h"
 #include "shared/log.h"
@@ -47,6 +48,39 @@ class MessagingTest : public ::testing::Test {
   std::string log() const { return owbtest::readWholeFile(home.path() + "/.owb/owblog"); }
   bool logHas(const std::string& text) const { return log().find(text) != std::string::npos; }
   std::string portFile() const { return home.path() + "/.owb/owbport"; }
+};
+
+// The TCP transport of a center made without one of its own.
+inline TCPTransport* tcpOf(MessageCenter& center) { return static_cast<TCPTransport*>(center.transport); }
+
+// A transport without sockets: what is sent to its own port comes back from
+// poll in the order sent; what is sent elsewhere is kept in `sent`.
+class MemoryTransport : public MessageTransport {
+ public:
+  explicit MemoryTransport(int port) : port_(port) {}
+  ~MemoryTransport() override {
+    for (Message* message : inbox_) delete message;
+    for (Message* message : sent) delete message;
+  }
+  int listenerPort() const override { return port_; }
+  Message* poll() override {
+    if (inbox_.empty()) return nullptr;
+    Message* message = inbox_.front();
+    inbox_.erase(inbox_.begin());
+    return message;
+  }
+  void sendMessage(const Message* message) override {
+    Message* copy = new Message(*message);
+    if (message->header.receiverInfo.listenerPort == port_) inbox_.push_back(copy);
+    else sent.push_back(copy);
+  }
+  void ticklePort(int) override { lastError = kNoError; }
+
+  std::vector<Message*> sent;
+
+ private:
+  int port_;
+  std::vector<Message*> inbox_;
 };
 
 // Runs body in a child process; the child's exit status is body's result.

@@ -17,6 +17,7 @@
 namespace {
 
 using msgtest::MessagingTest;
+using msgtest::tcpOf;
 
 constexpr TypeIdent kEcho = OWB_TYPE("ECHO");
 
@@ -203,7 +204,7 @@ TEST_F(TransportTest, BindTriesTheNextPortsAndGivesUpAfterAHundred) {
   std::vector<int> all = occupyConsecutivePorts(100, &first);
   ASSERT_EQ(all.size(), 100u);
   MessageCenter stranded(first);
-  EXPECT_EQ(stranded.transport->listenSocket, -1);
+  EXPECT_EQ(tcpOf(stranded)->listenSocket, -1);
   EXPECT_TRUE(logHas("tcptransport: bind retry 99 ("));
   EXPECT_TRUE(logHas("tcptransport: bind failed - Address already in use"));
   stranded.poll();
@@ -215,7 +216,7 @@ TEST_F(TransportTest, BindTriesTheNextPortsAndGivesUpAfterAHundred) {
 TEST_F(TransportTest, BrokenSendersAreDroppedWithALogLine) {
   MessageCenter manager(basePort() + 2);
   int port = manager.thisToolInfo.listenerPort;
-  TCPTransport* transport = manager.transport;
+  TCPTransport* transport = tcpOf(manager);
 
   sendRaw(port, {});  // closes before any byte
   EXPECT_EQ(transport->poll(), nullptr);
@@ -298,8 +299,8 @@ namespace {
 // its listening socket, or they would hold the port after the tool ends.
 TEST_F(TransportTest, ListenerIsNotInheritedByStartedPrograms) {
   MessageCenter manager(basePort() + 3);
-  ASSERT_GE(manager.transport->listenSocket, 0);
-  const std::string descriptor = "/proc/self/fd/" + std::to_string(manager.transport->listenSocket);
+  ASSERT_GE(tcpOf(manager)->listenSocket, 0);
+  const std::string descriptor = "/proc/self/fd/" + std::to_string(tcpOf(manager)->listenSocket);
   const std::string command = "test -e " + descriptor + " && echo inherited || echo closed";
   FILE* child = popen(command.c_str(), "r");
   ASSERT_NE(child, nullptr);

@@ -6,6 +6,8 @@
 #include "tests/testsupport.h"
 #include "tests/toolkit/tktest.h"
 #include "toolkit/app.h"
+#include "toolkit/classes.h"
+#include "toolkit/rclas.h"
 #include "toolkit/str.h"
 
 namespace {
@@ -44,6 +46,27 @@ TEST(Layers, TheChainsCountAndLoadTheLibrariesAndMessagesResolve) {
             std::string::npos);
   GW_LibExit();
   GW_LibExit();
+}
+
+// Every class row of the table is registered by the install chain, and a
+// class's parent is installed by an earlier row (or below the table).
+TEST(Layers, EveryClassOfTheTableIsInstalledAfterItsParent) {
+  GW_LibInstall();
+  const TkClassEntry* table = TK_ClassTable();
+  for (int i = 0; i < TK_ClassCount(); ++i) {
+    if (i > 0) {
+      EXPECT_GE(table[i].layer, table[i - 1].layer) << table[i].name << ": layers in order";
+    }
+    if (!table[i].install) continue;
+    RClasPtr cls = RCLAS_FindByName(table[i].name);
+    ASSERT_NE(cls, nullptr) << table[i].name;
+    RClasPtr parent = cls->ParentClass;
+    if (!parent) continue;
+    int parentRow = -1;
+    for (int j = 0; j < TK_ClassCount(); ++j)
+      if (table[j].install && RCLAS_FindByName(table[j].name) == parent) parentRow = j;
+    EXPECT_LT(parentRow, i) << table[i].name << " comes before its parent";
+  }
 }
 
 TEST(LayersDeath, AMissingLibraryIsAnnouncedAndEndsTheProcess) {

@@ -9,7 +9,9 @@
 #include <gtest/gtest.h>
 
 #include <chrono>
+#include <cstdio>
 #include <cstring>
+#include <fstream>
 #include <functional>
 #include <memory>
 #include <string>
@@ -392,7 +394,7 @@ TEST_F(ToolmanTest, HelpIsCompleteAndSendFailsFastWithoutToolman) {
   waitpid(helper, &status, 0);
   EXPECT_EQ(WEXITSTATUS(status), 0);
   std::string help = owbtest::readWholeFile(home.file("help.out"));
-  for (const char* word : {"--port", "--project", "--send", "--help-viewer", "--help-item",
+  for (const char* word : {"--port", "--project", "--send", "--help-viewer", "--help-item", "--listen-any",
                            "--quiet", "tools", "commands", "engines", "files", "types", "places",
                            "status", "rescan", "cmd TOOL", "idfl", "quit", "show", "hide", "cwin",
                            "tickle", "exit", "REGT", "DISF", "owbport"})
@@ -410,6 +412,90 @@ TEST_F(ToolmanTest, HelpIsCompleteAndSendFailsFastWithoutToolman) {
   EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::seconds(3));
   EXPECT_NE(lonely.second.find("no toolman answers at port 1"), std::string::npos)
       << lonely.second;
+}
+
+// The local address of the TCP socket listening at port, as /proc/net/tcp
+// gives it (hexadecimal, "0100007F" for 127.0.0.1), or "" when none.
+std::string listeningAddress(int port) {
+  std::ifstream table("/proc/net/tcp");
+  std::string line;
+  std::getline(table, line);
+  while (std::getline(table, line)) {
+    char local[64] = "";
+    char remote[64] = "";
+    unsigned state = 0;
+    if (std::sscanf(line.c_str(), " %*d: %63s %63s %x", local, remote, &state) != 3 || state != 0x0A) continue;
+    std::string address = local;
+    size_t colon = address.find(':');
+    if (colon != std::string::npos && std::stoi(address.substr(colon + 1), nullptr, 16) == port)
+      return address.substr(0, colon);
+  }
+  return "";
+}
+
+// toolman answers on the loopback address alone, and a flood of distinct
+// registrations, engines, search directories and window places leaves its
+// tables at their bounds.
+TEST_F(ToolmanTest, ListensOnLoopbackAndBoundsItsTables) {
+  EXPECT_EQ(listeningAddress(port), "0100007F");
+
+  registerTestTool();
+  ToolInfo stranger{};
+  for (int i = 0; i < 140; ++i) {
+    std::snprintf(stranger.name, sizeof stranger.name, "tool%d", i);
+    stranger.listenerPort = 40000 + i;
+    Message* regt = new Message(OWB_TYPE("REGT"), nullptr);
+    regt->addToolInfoParam(stranger);
+    regt->addStringParam(kParamStr255, "/bin/stranger");
+    tell(regt);
+  }
+  for (int i = 0; i < 80; ++i) {
+    Message* addc = new Message(OWB_TYPE("ADDC"), nullptr);
+    addc->addStringParam(kParamStr31, ("Command " + std::to_string(i)).c_str());
+    addc->addLongParam(0);
+    addc->addIdentParam(kWildTypeIdent);
+    tell(addc);
+  }
+  for (int i = 0; i < 530; ++i) {
+    Message* engine = new Message(OWB_TYPE("ADDE"), nullptr);
+    engine->addStringParam(kParamStr255, "floodhost");
+    engine->addLongParam(10000 + i);
+    tell(engine);
+  }
+  for (int i = 0; i < 70; ++i) {
+    Message* directory = new Message(OWB_TYPE("ADGP"), nullptr);
+    directory->addStringParam(kParamStr255, ("/flood/" + std::to_string(i)).c_str());
+    directory->addStringParam(kParamStr255, ("/flood/" + std::to_string(i)).c_str());
+    tell(directory);
+  }
+  uint8_t rect[8] = {0, 1, 0, 2, 0, 3, 0, 4};
+  for (int i = 0; i < 120; ++i) {
+    Message* place = new Message(OWB_TYPE("UWIN"), nullptr);
+    place->addIdentParam(i < 40 ? OWB_TYPE("WINA") : static_cast<TypeIdent>(OWB_TYPE("T000") + i));
+    place->addParam(kParamData, rect, sizeof rect);
+    place->addLongParam(1000 + i);
+    tell(place);
+  }
+
+  auto status = send({"status", "commands testtool", "places"});
+  EXPECT_EQ(status.first, 0);
+  EXPECT_NE(status.second.find("tools 128, engines 512,"), std::string::npos) << status.second.substr(0, 400);
+  EXPECT_NE(status.second.find(" /flood/63\n"), std::string::npos) << status.second.substr(0, 400);
+  EXPECT_EQ(status.second.find(" /flood/64"), std::string::npos);
+  size_t commands = 0, placesOfA = 0, places = 0;
+  for (size_t at = status.second.find("testtool: \""); at != std::string::npos;
+       at = status.second.find("testtool: \"", at + 1))
+    ++commands;
+  for (size_t at = status.second.find("  id "); at != std::string::npos; at = status.second.find("  id ", at + 1))
+    ++places;
+  for (size_t at = status.second.find("WINA  id "); at != std::string::npos;
+       at = status.second.find("WINA  id ", at + 1))
+    ++placesOfA;
+  EXPECT_EQ(commands, 64u);
+  EXPECT_EQ(placesOfA, 32u);
+  EXPECT_EQ(places, 32u + 63u);  // 64 window types in all
+  EXPECT_NE(status.second.find("WINA  id 1039 "), std::string::npos);  // the latest stay
+  EXPECT_EQ(status.second.find("WINA  id 1007 "), std::string::npos);
 }
 
 }  // namespace

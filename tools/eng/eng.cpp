@@ -143,7 +143,7 @@ long portFromEnvironment(const char* name) {
 }
 
 int openSocket(int type, long port) {
-  int descriptor = socket(AF_INET, type, 0);
+  int descriptor = socket(AF_INET, type | SOCK_CLOEXEC, 0);
   if (descriptor < 0) failStart(std::string("socket: ") + std::strerror(errno));
   int on = 1;
   setsockopt(descriptor, SOL_SOCKET, SO_REUSEADDR, &on, sizeof on);
@@ -232,7 +232,7 @@ int main(int argc, char** argv) {
         if (recvfrom(udpSocket, datagram, sizeof datagram, 0, reinterpret_cast<sockaddr*>(&sender), &senderSize) >= 0)
           sendto(udpSocket, status.data(), status.size(), 0, reinterpret_cast<sockaddr*>(&sender), senderSize);
       } else {
-        int connection = accept(entry.fd, nullptr, nullptr);
+        int connection = accept4(entry.fd, nullptr, nullptr, SOCK_CLOEXEC);
         if (connection < 0) continue;
         ssize_t sent = send(connection, status.data(), status.size(), MSG_NOSIGNAL);
         (void)sent;

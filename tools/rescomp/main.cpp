@@ -14,6 +14,7 @@
 
 #include "toolkit/app.h"
 #include "tools/rescomp/rsrc.h"
+#include "tools/rescomp/rsrcreport.h"
 
 namespace {
 
@@ -44,11 +45,12 @@ int main(int argc, char** argv) {
 
   ERR_SetStream(stderr);
   RES_LibInstall();
+  RSRC_InstallMessageTexts();
   std::string error;
   if (dump) {
     std::string text;
     if (!RSRC_Dump(input, &text, &error)) {
-      std::fprintf(stderr, "rescomp: %s\n", error.c_str());
+      std::fprintf(stderr, "rescomp: %s\n", RSRC_PrintableText(error).c_str());
       return 1;
     }
     if (output.empty()) {
@@ -71,7 +73,7 @@ int main(int argc, char** argv) {
   std::stringstream source;
   source << in.rdbuf();
   if (!RSRC_Compile(input, source.str(), output, &error)) {
-    std::fprintf(stderr, "rescomp: %s\n", error.c_str());
+    std::fprintf(stderr, "rescomp: %s\n", RSRC_PrintableText(error).c_str());
     return 1;
   }
   return 0;

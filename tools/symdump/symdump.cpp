@@ -4,7 +4,7 @@
 //   symdump FILE
 #include <cstdio>
 
-#include "shared/symboldb.h"
+#include "symbols/symboldb.h"
 
 namespace {
 

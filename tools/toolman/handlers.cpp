@@ -29,6 +29,7 @@ ErrorCode registerToolMsg(Message* message, Message*) {
   ToolInfo info;
   if (!message->getToolInfoParam(0, &info)) return kWrongParamType;
   if (info.listenerPort == 0) info.listenerPort = message->header.senderInfo.listenerPort;
+  if (!state().tools.count(info.listenerPort) && state().tools.size() >= kMaxTools) return kInsufficientMemory;
   RegisteredTool& tool = state().tools[info.listenerPort];
   tool = RegisteredTool();  // a tool registering again starts afresh
   tool.info = info;
@@ -42,14 +43,16 @@ ErrorCode addCommandMsg(Message* message, Message*) {
   if (!message->getLongParam(1, &command.requires) ||
       !message->getIdentParam(2, &command.fileType))
     return kWrongParamType;
-  RegisteredTool& tool = state().toolAt(message->header.senderInfo);
-  for (ToolCommand& known : tool.commands) {
+  RegisteredTool* tool = state().toolAt(message->header.senderInfo);
+  if (!tool) return kInsufficientMemory;
+  for (ToolCommand& known : tool->commands) {
     if (known.label == command.label) {
       known = command;
       return kNoError;
     }
   }
-  tool.commands.push_back(command);
+  if (tool->commands.size() >= kMaxCommandsPerTool) return kInsufficientMemory;
+  tool->commands.push_back(command);
   return kNoError;
 }
 
@@ -58,6 +61,7 @@ ErrorCode addEngineMsg(Message* message, Message*) {
   if (!message->getLongParam(1, &engine.port)) return kWrongParamType;
   for (const EngineEntry& known : state().engines)
     if (known.host == engine.host && known.port == engine.port) return kNoError;
+  if (state().engines.size() >= kMaxEngines) return kInsufficientMemory;
   state().engines.push_back(engine);
   return kNoError;
 }
@@ -79,8 +83,7 @@ ErrorCode removeEngineMsg(Message* message, Message*) {
 ErrorCode addFileMsg(Message* message, Message*) {
   std::string path = textParam(message, 0);
   if (path.empty()) return kWrongParamType;
-  state().addFile(path);
-  return kNoError;
+  return state().addFile(path) ? kNoError : kInsufficientMemory;
 }
 
 ErrorCode removeFileMsg(Message* message, Message*) {
@@ -142,8 +145,7 @@ ErrorCode resolvePathMsg(Message* message, Message* reply) {
 }
 
 ErrorCode addSearchPathMsg(Message* message, Message*) {
-  state().addSearchDirectory(textParam(message, 0));
-  return kNoError;
+  return state().addSearchDirectory(textParam(message, 0)) ? kNoError : kInsufficientMemory;
 }
 
 ErrorCode lookUpToolMsg(Message* message, Message* reply) {
@@ -162,12 +164,13 @@ ErrorCode lookUpToolMsg(Message* message, Message* reply) {
 ErrorCode getWindowPlaceMsg(Message* message, Message* reply) {
   TypeIdent windowType = 0;
   if (!message->getIdentParam(0, &windowType)) return kWrongParamType;
-  std::vector<WindowPlace>& places = state().windowPlaces[windowType];
+  // Asking makes no entry: only places given back are kept.
+  auto kept = state().windowPlaces.find(windowType);
   WindowPlace place;
-  bool found = !places.empty();
+  bool found = kept != state().windowPlaces.end() && !kept->second.empty();
   if (found) {
-    place = places.back();
-    places.pop_back();
+    place = kept->second.back();
+    kept->second.pop_back();
   } else {
     place.uniqueId = state().nextWindowId++;
   }
@@ -184,13 +187,16 @@ ErrorCode updateWindowPlaceMsg(Message* message, Message*) {
     return kWrongParamType;
   long length = std::min<long>(message->getParamLength(1), kWindowRectSize);
   std::memcpy(place.rect, message->getParam(1), static_cast<size_t>(length));
-  std::vector<WindowPlace>& places = state().windowPlaces[windowType];
+  auto& windowPlaces = state().windowPlaces;
+  if (!windowPlaces.count(windowType) && windowPlaces.size() >= kMaxWindowTypes) return kInsufficientMemory;
+  std::vector<WindowPlace>& places = windowPlaces[windowType];
   for (auto it = places.begin(); it != places.end(); ++it) {
     if (it->uniqueId == place.uniqueId) {
       places.erase(it);
       break;
     }
   }
+  if (places.size() >= kMaxPlacesPerWindowType) places.erase(places.begin());
   places.push_back(place);
   if (place.uniqueId >= state().nextWindowId) state().nextWindowId = place.uniqueId + 1;
   return kNoError;

@@ -34,12 +34,13 @@ volatile sig_atomic_t gEndSignal = 0;
 const char* usageText() {
   return "Usage:\n"
          "  toolman [--port N] [--project DIR] [--help-viewer PROGRAM]\n"
-         "          [--help-item LABEL=DOCUMENT]... [--quiet]\n"
+         "          [--help-item LABEL=DOCUMENT]... [--quiet] [--listen-any]\n"
          "  toolman [--port N] --send LINE [--send LINE]...\n"
          "  toolman --help\n"
          "\n"
          "The Tool Manager of the environment's tools.  It listens on port N\n"
-         "(default 4400, or the first free one of the 99 above), writes that port\n"
+         "(default 4400, or the first free one of the 99 above) of the loopback\n"
+         "address (of every address with --listen-any), writes that port\n"
          "to $HOME/.owb/owbport, where tools look for it, and serves the tools'\n"
          "messages: REGT ADDC ADDE REME ADDF REMF GCPP GCCP GFCP GCFP SCFP RSLV\n"
          "ADGP LOOK GWIN UWIN ASRC DSRC HGDM GSAT DISF.  Every message it receives\n"
@@ -52,7 +53,10 @@ const char* usageText() {
          "given back by UWIN and handed out by GWIN, the file picker's last\n"
          "directory, and the search path of RSLV (the project, then each ADGP\n"
          "directory).  HGDM is answered with HDTM (the help viewer, default\n"
-         "netscape) and one HMEM per --help-item.\n"
+         "netscape) and one HMEM per --help-item.  The tables are bounded (128\n"
+         "tools of 64 commands, 512 engines, 20000 files, 64 search directories,\n"
+         "32 places of each of 64 window types); a registration past a bound is\n"
+         "refused, and of one window type the oldest place goes.\n"
          "\n"
          "Command lines are read from standard input; the end of standard input\n"
          "does not end toolman (use `exit`, SIGTERM or SIGHUP).  --send LINE\n"
@@ -232,6 +236,8 @@ int main(int argc, char** argv) {
       sends.push_back(argv[++i]);
     } else if (option == "--quiet") {
       quiet = true;
+    } else if (option == "--listen-any") {
+      setToolManagerListensOnAnyAddress(true);
     } else {
       std::cerr << "toolman: unknown or incomplete option " << option << " (see --help)\n";
       return 2;

@@ -46,10 +46,11 @@ TypeIdent typeFromText(const std::string& text) {
   return type;
 }
 
-RegisteredTool& ToolManState::toolAt(const ToolInfo& sender) {
+RegisteredTool* ToolManState::toolAt(const ToolInfo& sender) {
+  if (!tools.count(sender.listenerPort) && tools.size() >= kMaxTools) return nullptr;
   RegisteredTool& tool = tools[sender.listenerPort];
   if (tool.info.listenerPort == 0) tool.info = sender;
-  return tool;
+  return &tool;
 }
 
 RegisteredTool* ToolManState::findTool(const std::string& nameTypeOrPort) {
@@ -95,11 +96,13 @@ void ToolManState::scanProject() {
   }
 }
 
-void ToolManState::addFile(const std::string& path) {
+bool ToolManState::addFile(const std::string& path) {
   std::string full = absolutePath(path);
-  if (files.count(full)) return;
+  if (files.count(full)) return true;
+  if (files.size() >= kMaxFiles) return false;
   auto kind = kindBySuffix.find(suffixOf(full));
   files[full] = kind == kindBySuffix.end() ? kUnknownFileType : kind->second;
+  return true;
 }
 
 void ToolManState::removeFile(const std::string& path) { files.erase(absolutePath(path)); }
@@ -107,10 +110,11 @@ void ToolManState::removeFile(const std::string& path) { files.erase(absolutePat
 void ToolManState::setFileKind(const std::string& path, TypeIdent type, const std::string& label,
                                const std::string& description) {
   std::string full = absolutePath(path);
-  files[full] = type;
-  fileKinds[type] = FileKind{label, description};
+  if (files.count(full) || files.size() < kMaxFiles) files[full] = type;
+  if (fileKinds.count(type) || fileKinds.size() < kMaxFileKinds) fileKinds[type] = FileKind{label, description};
   std::string suffix = suffixOf(full);
-  if (!suffix.empty()) kindBySuffix[suffix] = type;
+  if (!suffix.empty() && (kindBySuffix.count(suffix) || kindBySuffix.size() < kMaxFileKinds))
+    kindBySuffix[suffix] = type;
 }
 
 TypeIdent ToolManState::fileTypeOf(const std::string& path) const {
@@ -136,9 +140,11 @@ std::string ToolManState::resolve(const std::string& partialPath) const {
   return "";
 }
 
-void ToolManState::addSearchDirectory(const std::string& directory) {
-  if (directory.empty()) return;
+bool ToolManState::addSearchDirectory(const std::string& directory) {
+  if (directory.empty()) return true;
   for (const std::string& known : searchPath)
-    if (known == directory) return;
+    if (known == directory) return true;
+  if (searchPath.size() >= kMaxSearchDirectories) return false;
   searchPath.push_back(directory);
+  return true;
 }

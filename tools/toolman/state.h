@@ -40,17 +40,32 @@ struct WindowPlace {
 
 constexpr TypeIdent kUnknownFileType = OWB_TYPE("FILE");
 
+// Bounds of what the tools' messages can make the Tool Manager keep, so
+// that a flood of distinct registrations cannot grow it without limit.
+// What would pass a bound is refused, except window places: of one window
+// type only the latest are kept.
+constexpr size_t kMaxTools = 128;
+constexpr size_t kMaxCommandsPerTool = 64;
+constexpr size_t kMaxEngines = 512;
+constexpr size_t kMaxWindowTypes = 64;
+constexpr size_t kMaxPlacesPerWindowType = 32;
+constexpr size_t kMaxSearchDirectories = 64;
+constexpr size_t kMaxFiles = 20000;
+constexpr size_t kMaxFileKinds = 256;
+
 class ToolManState {
  public:
-  // Tools, by listener port.
-  RegisteredTool& toolAt(const ToolInfo& sender);
+  // Tools, by listener port.  toolAt makes an entry for a sender not yet
+  // known; null when the table is full.
+  RegisteredTool* toolAt(const ToolInfo& sender);
   RegisteredTool* findTool(const std::string& nameTypeOrPort);
   RegisteredTool* findToolByType(TypeIdent toolType);
   void forgetTool(int32_t listenerPort);
 
   // Project files, by absolute path.
   void scanProject();
-  void addFile(const std::string& path);
+  // False when the file table is full.
+  bool addFile(const std::string& path);
   void removeFile(const std::string& path);
   void setFileKind(const std::string& path, TypeIdent type, const std::string& label,
                    const std::string& description);
@@ -59,7 +74,8 @@ class ToolManState {
 
   // The first existing file named partialPath in the search path, or "".
   std::string resolve(const std::string& partialPath) const;
-  void addSearchDirectory(const std::string& directory);
+  // False when the search path is full.
+  bool addSearchDirectory(const std::string& directory);
 
   std::string projectDirectory;
   std::map<int32_t, RegisteredTool> tools;

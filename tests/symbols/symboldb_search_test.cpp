@@ -1,0 +1,210 @@
+// The symbol database's tree cursor, wild-card search and merging.
+#include "symbols/symboldb.h"
+
+#include <gtest/gtest.h>
+
+#include <string>
+#include <vector>
+
+#include "testsupport.h"
+
+namespace {
+
+class SymbolSearchTest : public ::testing::Test {
+ protected:
+  owbtest::TempDir dir;
+  std::string path = dir.file("tree.sym");
+  SymbolDatabase db;
+
+  // Animal { Bird { Eagle }, Cat }, Plant; Animal has features.
+  void SetUp() override {
+    ASSERT_EQ(db.createDatabase(path.c_str()), kNoError);
+    ASSERT_EQ(db.openDatabase(path.c_str(), kReadWriteAccess), kNoError);
+    for (const char* name : {"Plant", "Cat", "Eagle", "Animal", "Bird"}) make(name);
+    link("Animal", "Cat");
+    link("Animal", "Bird");
+    link("Bird", "Eagle");
+    RecordIdentifier animal = rec("Animal");
+    SourceLoc loc;
+    db.addOperation(animal, "eat", &loc);
+    db.addOperation(animal, "sleep", &loc);
+    db.addOperation(animal, "eatMore", &loc);
+    db.addAttribute(rec("Cat"), "eats", &loc);
+    ASSERT_EQ(db.createSortedClassLists(), kNoError);
+  }
+  void make(const char* name) {
+    SourceLoc loc;
+    RecordIdentifier r;
+    ASSERT_EQ(db.newClassRecord(name, &loc, 1, 0, &r), kNoError);
+  }
+  RecordIdentifier rec(const char* name) {
+    RecordIdentifier r;
+    EXPECT_EQ(db.getClassByName(name, &r), kNoError);
+    return r;
+  }
+  void link(const char* super, const char* sub) {
+    ASSERT_EQ(db.addDoubleLink(rec(super), rec(sub)), kNoError);
+  }
+  std::string name(RecordIdentifier r) {
+    char text[kSymbolNameSize];
+    db.getClassName(r, text);
+    return text;
+  }
+  std::string here() { return name(db.foundTreeRecords[db.foundTreePosition]); }
+
+  // Every class a search for "*" visits, as "name/depth".
+  std::vector<std::string> walk(Boolean forward, Boolean subclasses) {
+    std::vector<std::string> seen;
+    RecordIdentifier path[kMaxTreeDepth];
+    long length = 0, feature = 0;
+    db.resetSearchPosition();
+    while (db.findNextClass("*", forward, subclasses, kSearchClassNames, path, &length, &feature))
+      seen.push_back(name(path[length - 1]) + "/" + std::to_string(length));
+    return seen;
+  }
+};
+
+TEST_F(SymbolSearchTest, TheCursorMovesThroughTheTree) {
+  EXPECT_FALSE(db.goChild(TRUE));  // stands nowhere
+  ASSERT_TRUE(db.goStartRootClass(TRUE));
+  EXPECT_EQ(here(), "Animal");
+  EXPECT_FALSE(db.goParent());
+  EXPECT_FALSE(db.goPrevSibling());
+  ASSERT_TRUE(db.goChild(FALSE));
+  EXPECT_EQ(here(), "Cat");
+  ASSERT_TRUE(db.goPrevSibling());
+  EXPECT_EQ(here(), "Bird");
+  ASSERT_TRUE(db.goChild(TRUE));
+  EXPECT_EQ(here(), "Eagle");
+  EXPECT_EQ(db.foundTreePosition, 2);
+  EXPECT_FALSE(db.goChild(TRUE));
+  ASSERT_TRUE(db.goParent());
+  ASSERT_TRUE(db.goParent());
+  ASSERT_TRUE(db.goNextSibling());
+  EXPECT_EQ(here(), "Plant");
+  ASSERT_TRUE(db.goStartClass(TRUE));
+  EXPECT_EQ(here(), "Plant");  // block order while writing: Plant came first
+  ASSERT_TRUE(db.goNextClass(TRUE));
+  EXPECT_EQ(here(), "Cat");
+  ASSERT_TRUE(db.goStartClass(FALSE));
+  EXPECT_EQ(here(), "Bird");
+  EXPECT_FALSE(db.goNextClass(TRUE));
+  db.resetSearchPosition();
+  EXPECT_EQ(db.foundTreePosition, -1);
+}
+
+TEST_F(SymbolSearchTest, SearchWalksDepthFirstBothWaysOrFlat) {
+  std::vector<std::string> forward = walk(TRUE, TRUE);
+  EXPECT_EQ(forward, (std::vector<std::string>{"Animal/1", "Bird/2", "Eagle/3", "Cat/2", "Plant/1"}));
+  std::vector<std::string> backward = walk(FALSE, TRUE);
+  EXPECT_EQ(backward, (std::vector<std::string>{"Plant/1", "Cat/2", "Eagle/3", "Bird/2", "Animal/1"}));
+  EXPECT_EQ(walk(TRUE, FALSE).size(), 5u);
+  EXPECT_EQ(db.foundTreePosition, -1);  // reset when nothing is left
+
+  RecordIdentifier path[kMaxTreeDepth];
+  long length = 0, feature = 0;
+  db.resetSearchPosition();
+  ASSERT_TRUE(db.findNextClass("E*", TRUE, TRUE, kSearchClassNames, path, &length, &feature));
+  EXPECT_EQ(length, 3);
+  EXPECT_EQ(name(path[0]), "Animal");
+  EXPECT_EQ(name(path[1]), "Bird");
+  EXPECT_EQ(name(path[2]), "Eagle");
+  EXPECT_FALSE(db.findNextClass("E*", TRUE, TRUE, kSearchClassNames, path, &length, &feature));
+}
+
+TEST_F(SymbolSearchTest, SharedSubclassesAreVisitedPerPathButCannotMakeASearchEndless) {
+  // Eagle under both Bird and Cat: the walk meets it on each path.
+  link("Cat", "Eagle");
+  EXPECT_EQ(walk(TRUE, TRUE),
+            (std::vector<std::string>{"Animal/1", "Bird/2", "Eagle/3", "Cat/2", "Eagle/3", "Plant/1"}));
+
+  // Under Plant, 24 levels of two classes, each linked to both of the next:
+  // 2^25 paths.  A search for a missing name gives up instead of walking
+  // them all.
+  for (int level = 0; level < 24; ++level) {
+    for (char side : {'a', 'b'}) make(("L" + std::to_string(level) + side).c_str());
+    for (char side : {'a', 'b'}) {
+      std::string upper = level == 0 ? "Plant" : "L" + std::to_string(level - 1) + side;
+      if (level == 0 && side == 'b') continue;
+      for (char below : {'a', 'b'}) link(upper.c_str(), ("L" + std::to_string(level) + below).c_str());
+    }
+  }
+  RecordIdentifier path[kMaxTreeDepth];
+  long length = 0, feature = 0;
+  db.resetSearchPosition();
+  EXPECT_FALSE(db.findNextClass("Missing", TRUE, TRUE, kSearchClassNames, path, &length, &feature));
+  EXPECT_EQ(db.foundTreePosition, -1);
+  ASSERT_TRUE(db.findNextClass("L23?", TRUE, TRUE, kSearchClassNames, path, &length, &feature));
+  EXPECT_EQ(length, 25);
+  EXPECT_EQ(name(path[24]), "L23a");
+}
+
+TEST_F(SymbolSearchTest, FeatureSearchResumesInsideAClass) {
+  RecordIdentifier path[kMaxTreeDepth];
+  long length = 0, feature = 0;
+  db.resetSearchPosition();
+  ASSERT_TRUE(db.findNextClass("eat*", TRUE, TRUE, kSearchOperations, path, &length, &feature));
+  EXPECT_EQ(name(path[0]), "Animal");
+  EXPECT_EQ(feature, 1);
+  ASSERT_TRUE(db.findNextClass("eat*", TRUE, TRUE, kSearchOperations, path, &length, &feature));
+  EXPECT_EQ(feature, 3);
+  EXPECT_FALSE(db.findNextClass("eat*", TRUE, TRUE, kSearchOperations, path, &length, &feature));
+
+  db.resetSearchPosition();
+  ASSERT_TRUE(db.findNextClass("eat?", TRUE, FALSE, kSearchAttributes, path, &length, &feature));
+  EXPECT_EQ(name(path[0]), "Cat");
+  EXPECT_EQ(length, 1);
+}
+
+TEST_F(SymbolSearchTest, MergingBringsInMissingClassesWithTheirLinksAndMaps) {
+  // The source knows Animal differently and adds Dog under it, with a map.
+  std::string otherPath = dir.file("other.sym");
+  SymbolDatabase other;
+  ASSERT_EQ(other.createDatabase(otherPath.c_str()), kNoError);
+  ASSERT_EQ(other.openDatabase(otherPath.c_str(), kReadWriteAccess), kNoError);
+  SourceLoc loc;
+  loc.sourcePosIdent.relativePath = const_cast<char*>("zoo/dog.w");
+  loc.sourcePosIdent.startOffset = 3;
+  RecordIdentifier animal, dog, puppy;
+  ASSERT_EQ(other.newClassRecord("Animal", &loc, 5, 0, &animal), kNoError);
+  ASSERT_EQ(other.newClassRecord("Dog", &loc, 7, 16, &dog), kNoError);
+  ASSERT_EQ(other.newClassRecord("Puppy", &loc, 7, 0, &puppy), kNoError);
+  ASSERT_EQ(other.addOperation(animal, "roar", &loc), kNoError);
+  ASSERT_EQ(other.addOperation(dog, "bark", &loc), kNoError);
+  ASSERT_EQ(other.addOperation(dog, "wag", &loc), kNoError);
+  ASSERT_EQ(other.addAttribute(dog, "legs", &loc), kNoError);
+  PC_MAP map[2] = {{{1, 4}, 10}, {{1, 5}, 16}};
+  ASSERT_EQ(other.addMap(dog, "wag", map, 2), kNoError);
+  ASSERT_EQ(other.setDocumentationFileName(dog, "dog.html"), kNoError);
+  ASSERT_EQ(other.addDoubleLink(animal, dog), kNoError);
+  ASSERT_EQ(other.addDoubleLink(dog, puppy), kNoError);
+  ASSERT_EQ(other.createSortedClassLists(), kNoError);
+  ASSERT_EQ(other.closeDatabase(), kNoError);
+  ASSERT_EQ(other.openDatabase(otherPath.c_str(), kReadOnlyAccess), kNoError);
+
+  ASSERT_EQ(db.mergeInClasses(&other), kNoError);
+  RecordIdentifier mine = rec("Dog");
+  long flags = 0;
+  db.getClassFlags(mine, &flags);
+  EXPECT_EQ(flags, 16 | kMergedClassFlag);
+  EXPECT_EQ(db.countOperations(mine), 2);
+  EXPECT_EQ(db.countAttributes(mine), 1);
+  EXPECT_EQ(db.positionToLineNumber(mine, 2, 17), 5);
+  EXPECT_EQ(db.positionToLineNumber(mine, 1, 17), -1);
+  char doc[64];
+  db.getDocumentationFileName(mine, doc, sizeof doc);
+  EXPECT_STREQ(doc, "dog.html");
+  RecordIdentifier r;
+  ASSERT_EQ(db.getFlavor(mine, &r), kNoError);
+  EXPECT_EQ(name(r), "Animal");
+  EXPECT_EQ(db.countSubclasses(rec("Animal")), 3);
+  EXPECT_EQ(db.countSubclasses(mine), 1);
+  ASSERT_EQ(db.getNthSuperclass(rec("Puppy"), 1, &r), kNoError);
+  EXPECT_EQ(name(r), "Dog");
+  // Classes present on both sides stay as they were.
+  EXPECT_EQ(db.countOperations(rec("Animal")), 3);
+  ASSERT_EQ(db.getFlavor(rec("Animal"), &r), kNoError);
+  EXPECT_EQ(r.recordNumber, 0);
+}
+
+}  // namespace
