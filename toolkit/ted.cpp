@@ -207,26 +207,41 @@ void S_ShowInsert(TEdPtr t) {
 bool S_CaretVisible(TEdPtr t) { return t->CaretShown && WGT_HasFocus(W(t), 1) && WGT_IsEnabled(W(t)); }
 
 // Draws [beg, end) of a line from x; tabs and control characters are
-// skipped as blanks of their width.
-void S_DrawRun(TEdPtr t, DrawPtr d, ColorPtr color, int x, int baseline, Int32 beg, Int32 end, int lineX) {
+// skipped as blanks of their width.  Only what lies between visLeft and
+// visRight (widget coordinates) is sent to the display: a line of a
+// megabyte costs no more than a screen's width.
+void S_DrawRun(TEdPtr t, DrawPtr d, ColorPtr color, int x, int baseline, Int32 beg, Int32 end, int visLeft,
+               int visRight) {
   TWLayPtr lay = t->Lay;
   std::string scratch;
-  Int32 runBeg = beg;
-  int runX = x, cx = lineX;
+  Int32 runBeg = -1;
+  int runX = 0, cx = 0;
+  auto flush = [&](Int32 upTo) {
+    if (runBeg >= 0 && upTo > runBeg)
+      DRAW_Text(d, S_Font(t), color, runX, baseline, GSTR_Range(t->Text, runBeg, upTo, &scratch), upTo - runBeg);
+    runBeg = -1;
+  };
   for (Int32 p = beg; p < end;) {
     Int32 n = 1;
     UInt32 cp = static_cast<unsigned char>(GSTR_At(t->Text, p));
     if (cp >= 0x80) cp = GSTR_DecodeAt(t->Text, p, &n);
     int a = TWLAY_CharAdvance(lay, cp, cx);
-    if (cp < 0x20 || cp == 0x7F) {
-      if (p > runBeg) DRAW_Text(d, S_Font(t), color, runX, baseline, GSTR_Range(t->Text, runBeg, p, &scratch), p - runBeg);
-      runBeg = p + n;
-      runX = x + (cx + a - lineX);
+    int at = x + cx;
+    if (at > visRight) break;
+    bool drawn = cp >= 0x20 && cp != 0x7F && at + a >= visLeft;
+    if (!drawn) flush(p);
+    else if (runBeg < 0) {
+      runBeg = p;
+      runX = at;
     }
     cx += a;
     p += n;
+    if (p >= end || x + cx > visRight) {
+      flush(p);
+      if (x + cx > visRight) return;
+    }
   }
-  if (end > runBeg) DRAW_Text(d, S_Font(t), color, runX, baseline, GSTR_Range(t->Text, runBeg, end, &scratch), end - runBeg);
+  flush(end);
 }
 
 void S_DrawLabel(TEdPtr t, DrawPtr d) {
@@ -284,7 +299,8 @@ void S_Redraw(TEdPtr t) {
       if (selEnd > line.End && multiLine(t)) x2 += lay->SpaceAdv;
       if (x2 > x1) DRAW_FillRect(d, RECT16_Make(x1, y, x2 - x1, lineH), COLOR_Selection());
     }
-    S_DrawRun(t, d, fg, left, y + FONT_GetAscent(font), line.Beg, line.End, 0);
+    S_DrawRun(t, d, fg, left, y + FONT_GetAscent(font), line.Beg, line.End, tb.Origin.X,
+              tb.Origin.X + tb.Extent.X);
   }
   if (S_CaretVisible(t)) {
     Int32 caret = S_Caret(t);
