@@ -64,8 +64,8 @@ TEST(WidgetsScript, ListsTheTestWindowAndClicksItsWidgetsByTextAndPath) {
   std::string script = owbtest::sourceDir() + "/scripts/owb-widgets.sh";
   std::string list;
   ASSERT_TRUE(waitFor([&] { return run(script + " 'Widget test'", &list) == 0; })) << list;
-  EXPECT_NE(list.find("-\tWin\t0\t0\t420\t260\t"), std::string::npos) << list;
-  EXPECT_NE(list.find("3,1\tTBut\t230\t98\t160\t24\tVE\tWarm\n"), std::string::npos) << list;
+  EXPECT_NE(list.find("-\tWin\t0\t0\t420\t292\t"), std::string::npos) << list;
+  EXPECT_NE(list.find("3,1\tTBut\t230\t130\t160\t24\tVE\tWarm\n"), std::string::npos) << list;
 
   // The disabled button is no target; an unknown one neither.
   EXPECT_NE(run(script + " 'Widget test' TBut 'Not now'", nullptr), 0);
