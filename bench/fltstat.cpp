@@ -13,6 +13,7 @@
 #include <cstdio>
 #include <string>
 
+#include "fleet/fileutil.h"
 #include "fleet/fleetdef.h"
 #include "fleetmgr/fleetmgr.h"
 #include "fleetmgr/registry.h"
@@ -22,6 +23,7 @@
 #include "tests/fleetmgr/toolwindows.h"
 #include "toolkit/dsply.h"
 #include "toolkit/event.h"
+#include "toolkit/lbox.h"
 #include "toolkit/tbut.h"
 #include "toolkit/winpub.h"
 
@@ -44,7 +46,9 @@ struct World {
     content.basePort = 6000;
     for (int e = 0; e < kEngines; e++) {
       std::string label = "eng" + std::to_string(e);
-      content.engines.include(new EngineConfiguration(label.c_str()));
+      auto* engine = new EngineConfiguration(label.c_str());
+      std::snprintf(engine->enginePlaceConfig, sizeof engine->enginePlaceConfig, "%s/place.cfg", root.path().c_str());
+      content.engines.include(engine);
       mkdir((dir + "/" + label).c_str(), 0777);
       std::string startup;
       for (int x = 0; x < kExternalsPerEngine; x++)
@@ -73,7 +77,9 @@ void untilDrawn(WinPtr win) {
   for (;;) {
     EVENT_ProcessPending();
     DSPLY_Sync();
-    if ((win && WIN_IsOpen(win) && !EVENT_IsInvalPending() && !EVENT_IsPending()) || DSPLY_Now() > deadline) break;
+    bool drawn = win && WIN_IsOpen(win) && !EVENT_IsInvalPending() && !EVENT_IsPending() && win->InvalRgn &&
+                 RGN_IsEmpty(win->InvalRgn);
+    if (drawn || DSPLY_Now() > deadline) break;
     DSPLY_WaitForInput(1);
   }
 }
@@ -112,7 +118,11 @@ void FleetStatusCommand(benchmark::State& state) {
     closeStatusWindow(w.fleet);
     state.ResumeTiming();
   }
-  state.counters["rows"] = kEngines * (1 + kExternalsPerEngine);
+  state.counters["rows"] = 0;
+  sendStatusCommand(w);
+  ResPtr list = RES_GetNthChild(reinterpret_cast<ResPtr>(w.fleet->fleetStatusWindow), 4);
+  state.counters["rows"] = LBOX_GetUsedRows(reinterpret_cast<LBoxPtr>(list));
+  closeStatusWindow(w.fleet);
 }
 BENCHMARK(FleetStatusCommand)->Unit(benchmark::kMillisecond)->Iterations(20);
 
