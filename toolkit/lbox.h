@@ -21,7 +21,8 @@
 // cursor on it; passed on, it selects the cell (or its row, with
 // LBOX_SELROWS).  A double click, Return or Enter send LBOX_NFYVALIDATE.
 // With the focus, the arrow keys, Home, End, Page Up and Page Down move the
-// user's cell, keep it in view and act as a click on it.  The wheel and the
+// user's cell, keep it in view and act as a click on it.  The pointer going
+// over cells sends LBOX_NFYCELLOUT and LBOX_NFYCELLIN.  The wheel and the
 // bars scroll.  In-cell editing and sorting are not offered.
 //
 // Selection is a list of ranges.  Each change is drawn and told when the
@@ -286,5 +287,9 @@ void LBOX_DrawCellText(LBoxPtr box, const char* text, FontPtr font, ColorPtr col
 // and the automation of a window); null to stop.
 typedef void (*LBoxCellTextHook)(LBoxPtr box, Int col, Int row, const char* text);
 void LBOX_SetCellTextHook(LBoxCellTextHook hook);
+
+// The automation surface: one line per cell in view, headings included,
+// with the texts drawn in it at its last drawing and its selection.
+void LBOX_Describe(WgtPtr wgt, struct AutomDesc* desc);
 
 #endif  // OWB_TOOLKIT_LBOX_H
