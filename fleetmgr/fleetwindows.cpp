@@ -1,8 +1,18 @@
-// The fleet windows, until they are built: each says through the alert
-// that it is not available.
+// What the fleet windows share, and those not built yet, which say through
+// the alert that they are not available.
 #include "fleetmgr/fleetwindows.h"
 
+#include <cstdint>
+#include <cstdio>
+#include <vector>
+
+#include "fleetmgr/fleetmgr.h"
 #include "shared/alert.h"
+#include "shared/ui/filepick.h"
+#include "toolkit/icon.h"
+#include "toolkit/pfld.h"
+#include "toolkit/rclas.h"
+#include "toolkit/winpub.h"
 
 const char* const kWindowNotAvailableText = "This window is not available in this version of the Fleet Manager.";
 
@@ -15,23 +25,34 @@ void windowNotAvailable(const char* title) {
 
 }  // namespace
 
-void createRunFleetOptions() { windowNotAvailable("Run Fleet"); }
-
-void createKillFleetOptions() { windowNotAvailable("Kill Fleet"); }
-
-void createBackupOptions(const char*) { windowNotAvailable("Backup Fleet"); }
-
-void createRestoreOptions(const char*) { windowNotAvailable("Restore Fleet"); }
-
 Boolean chooseFleetDirectory(char* directory, size_t size) {
-  if (directory && size > 0) directory[0] = '\0';
-  windowNotAvailable("New Fleet");
-  return FALSE;
+  if (!directory || size == 0) return FALSE;
+  directory[0] = '\0';
+  fileNameType chosen;
+  if (!chooseDirectory(chosen, "Enter a directory name for the fleet", "", "*", FALSE)) return FALSE;
+  std::snprintf(directory, size, "%s", chosen);
+  return TRUE;
 }
 
-// No fleet window is ever opened yet, so there is never one to end.
-void terminateFleetWindow(WinPtr) {}
+void terminateFleetWindow(WinPtr win) {
+  if (!win) return;
+  reinterpret_cast<ResPtr>(win)->ClientData = nullptr;
+  WIN_TerminateGetStatus(win);
+}
 
 void FleetObject::createFleetSettingsDialog() { windowNotAvailable("Fleet Settings"); }
 
-void FleetObject::createFleetStatusWindow() { windowNotAvailable("Fleet Status"); }
+void setFleetWindowIcon(WinPtr win) {
+  ResPtr icon = gFleetMgrIcon;
+  if (!win || !icon || !ICON_IsIcon(icon)) return;
+  PFldPtr shapeField = RCLAS_FindField(icon->ResClass, "Shape");
+  const char* shape = shapeField ? PFLD_GetStr(icon, shapeField) : nullptr;
+  _Point16Rec size = ICON_GetSize(icon);
+  if (!shape || !*shape || size.X <= 0 || size.Y <= 0) return;
+  // Window managers show the icon larger than its 16 units: drawn at
+  // 64 pixels a side it stays sharp there.
+  constexpr int kIconPixels = 64;
+  std::vector<uint32_t> argb = ICON_RenderShape(shape, size.X, size.Y, kIconPixels, kIconPixels);
+  if (argb.size() == static_cast<size_t>(kIconPixels * kIconPixels))
+    WIN_SetIcon(win, kIconPixels, kIconPixels, argb.data());
+}
