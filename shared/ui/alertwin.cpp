@@ -7,6 +7,7 @@
 
 #include "shared/alert.h"
 #include "shared/messages.h"
+#include "shared/ui/help.h"
 #include "shared/ui/uiutils.h"
 #include "toolkit/draw.h"
 #include "toolkit/dsply.h"
@@ -207,10 +208,8 @@ long alertWindowHandler(const char* alertText, long alertType, const char* alert
   setAlertText(win, alertText);
   arrangeButtons(win);
 
-  // The help for the alert, under helpWindowName or "AlertWindow", comes
-  // with the help manager.
-  (void)helpWindowName;
-  (void)kDefaultHelpName;
+  if (!helpWindowName) helpWindowName = kDefaultHelpName;
+  if (gHelpManager) gHelpManager->addModalHelp(win, helpWindowName, nullptr);
 
   long result = WIN_ModalProcess(win);
   WIN_TerminateGetStatus(win);

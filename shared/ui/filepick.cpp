@@ -10,6 +10,7 @@
 
 #include "shared/log.h"
 #include "shared/toolrequests.h"
+#include "shared/ui/help.h"
 #include "shared/ui/pickrules.h"
 #include "shared/ui/uiglobals.h"
 #include "shared/ui/uiutils.h"
@@ -262,6 +263,10 @@ void findNfy() {
 
 long windowNfy(ResPtr res, Int message, ClientPtr data) {
   WinPtr win = WIN_FromRes(res);
+  if (message == WIN_NFYKEYCHAR && gHelpManager && gHelpManager->checkHelpKey("FilePicker", win, nullptr)) {
+    if (gMessageCenter) gMessageCenter->modalPoll(win, message);
+    return 0;
+  }
   if (message == WIN_NFYTERMINATE) {
     if (gWindowManager) delete gWindowManager->removeWindowRec(win);
     gFilePickerWindow = nullptr;
