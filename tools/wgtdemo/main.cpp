@@ -51,14 +51,6 @@ long windowNfy(ResPtr res, Int message, ClientPtr data) {
   return WIN_DefNfy(res, message, data);
 }
 
-void setResourcePath(const char* argv0) {
-  if (std::getenv("ND_PATH")) return;
-  char self[PATH_MAX];
-  ssize_t n = readlink("/proc/self/exe", self, sizeof self - 1);
-  std::string dir = n > 0 ? std::string(self, static_cast<size_t>(n)) : std::string(argv0);
-  dir = dir.substr(0, dir.rfind('/') + 1) + "resource";
-  setenv("ND_PATH", dir.c_str(), 1);
-}
 
 void setAllNfy(PanelPtr panel) {
   for (Int i = 0; i < PANEL_GetNumWgts(panel); i++) {
@@ -81,7 +73,7 @@ int main(int argc, char** argv) {
       return 2;
     }
   }
-  setResourcePath(argv[0]);
+  APP_UseResourcesBesideProgram(argv[0]);
   ERR_Init();
   GW_LibInstall();
   GW_LibLoadInit();
