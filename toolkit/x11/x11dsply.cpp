@@ -105,6 +105,8 @@ void DSPLY_Init(int) { DSPLY_Init(static_cast<const char*>(nullptr)); }
 
 void DSPLY_Exit() {
   if (!gX.dpy) return;
+  X11SelReset();
+  X11ImReset();
   X11ReleaseAttributes();
   for (Window w : gOurWins) {
     X11ForgetWinDraw(w);
@@ -222,6 +224,7 @@ NatWinId DSPLY_NewPopupWin(const _Rect16Rec& box, ColorPtr background) {
 void DSPLY_DisposeWin(NatWinId win) {
   if (!gX.dpy || !gOurWins.count(win)) return;
   X11ForgetWinDraw(win);
+  X11ImForget(win);
   X11ForgetWinEvents(win);
   gOurWins.erase(win);
   XDestroyWindow(gX.dpy, win);
