@@ -460,6 +460,10 @@ BoolEnum WIN_Minimize(WinPtr win) {
 // in its task bar or as an icon; WIN_Show brings it back.
 void WIN_SelfMinimize(WinPtr win) { WIN_SelfIconify(win); }
 
+void WinPutAway(WinPtr win) {
+  if (win && win->State == WIN_STATEOPEN) S_Hide(win, WIN_STATECLOSED);
+}
+
 BoolEnum WIN_Iconify(WinPtr win) {
   if (!win || win->Closing || win->State != WIN_STATEOPEN) return 0;
   return S_Request(win, WIN_NFYICONIFY);

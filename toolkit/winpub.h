@@ -239,6 +239,10 @@ NatWinId WIN_GetNatWin(WinPtr win);
 // Saves the window's client area as a PNG file.
 BoolEnum WIN_SaveAsPng(WinPtr win, const char* path);
 
+// Takes an open window off the screen without the window manager (closed,
+// not iconified): a pop-up menu that closes.
+void WinPutAway(WinPtr win);
+
 // For the event system.
 WinPtr WinFromNatWin(NatWinId natWin);
 void WinAddInvalRgn(WinPtr win, RegionPtr rgn);  // window coordinates
