@@ -7,11 +7,12 @@
 
 #include "shared/alert.h"
 #include "shared/messages.h"
+#include "shared/ui/help.h"
 #include "shared/ui/uiutils.h"
 #include "toolkit/draw.h"
 #include "toolkit/dsply.h"
 #include "toolkit/event.h"
-#include "toolkit/tarea.h"
+#include "toolkit/ted.h"
 #include "toolkit/tbut.h"
 
 namespace {
@@ -129,11 +130,12 @@ std::string wrapText(FontPtr font, const std::string& text, int width) {
 // Shows the text in a window as high as it needs: at least as high as the
 // icon, at most three quarters of the screen.
 void setAlertText(WinPtr win, const char* alertText) {
-  TAreaPtr area = reinterpret_cast<TAreaPtr>(alertChild(win, ALRTW_TEXT));
   WgtPtr text = alertChild(win, ALRTW_TEXT);
   FontPtr font = WGT_GetFont(text);
-  std::string wrapped = wrapText(font, alertText, text->Box.Extent.X);
-  TAREA_SetText(area, wrapped.c_str());
+  // The editor wraps the text itself; the lines are counted here only to
+  // size the window.
+  std::string wrapped = wrapText(font, alertText, text->Box.Extent.X - px(8));
+  TED_SetStr(TED_FromWgt(text), alertText);
   int lines = 1 + static_cast<int>(std::count(wrapped.begin(), wrapped.end(), '\n'));
   int needed = std::max<int>(lines * DRAW_QueryTextExt(font, "Ag", 2).Y, alertChild(win, ALRTW_ICON)->Box.Extent.Y);
   int extra = needed - text->Box.Extent.Y;
@@ -207,10 +209,8 @@ long alertWindowHandler(const char* alertText, long alertType, const char* alert
   setAlertText(win, alertText);
   arrangeButtons(win);
 
-  // The help for the alert, under helpWindowName or "AlertWindow", comes
-  // with the help manager.
-  (void)helpWindowName;
-  (void)kDefaultHelpName;
+  if (!helpWindowName) helpWindowName = kDefaultHelpName;
+  if (gHelpManager) gHelpManager->addModalHelp(win, helpWindowName, nullptr);
 
   long result = WIN_ModalProcess(win);
   WIN_TerminateGetStatus(win);

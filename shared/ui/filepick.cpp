@@ -10,6 +10,7 @@
 
 #include "shared/log.h"
 #include "shared/toolrequests.h"
+#include "shared/ui/help.h"
 #include "shared/ui/pickrules.h"
 #include "shared/ui/uiglobals.h"
 #include "shared/ui/uiutils.h"
@@ -24,6 +25,7 @@
 #include "toolkit/lbox.h"
 #include "toolkit/tarea.h"
 #include "toolkit/tbut.h"
+#include "toolkit/ted.h"
 
 namespace {
 
@@ -58,9 +60,13 @@ LBoxPtr projectList() { return LBOX_FromWgt(child(FPICK_PROJECTLIST)); }
 TButPtr button(Int n) { return TBUT_FromWgt(child(n)); }
 TButPtr sourceToggle(Int n) { return TBUT_FromWgt(WGT_FromRes(RES_GetNthChild(WGT_Res(child(FPICK_SOURCES)), n))); }
 
-// The text fields of positions 6 and 7.
-std::string fieldText(Int n) { return TAREA_GetText(reinterpret_cast<TAreaPtr>(child(n))); }
-void setFieldText(Int n, const std::string& text) { TAREA_SetText(reinterpret_cast<TAreaPtr>(child(n)), text.c_str()); }
+// The text fields of positions 6 and 7 are editors; position 1 (until
+// there is a combo box) a text area that names the component type.
+std::string fieldText(Int n) { return TED_GetStr(TED_FromWgt(child(n))); }
+void setFieldText(Int n, const std::string& text) {
+  if (TED_IsTEd(child(n))) TED_SetStr(TED_FromWgt(child(n)), text.c_str());
+  else TAREA_SetText(reinterpret_cast<TAreaPtr>(child(n)), text.c_str());
+}
 
 void setVisible(WgtPtr w, bool visible) {
   if (visible) WGT_SetVisible(w);
@@ -262,6 +268,10 @@ void findNfy() {
 
 long windowNfy(ResPtr res, Int message, ClientPtr data) {
   WinPtr win = WIN_FromRes(res);
+  if (message == WIN_NFYKEYCHAR && gHelpManager && gHelpManager->checkHelpKey("FilePicker", win, nullptr)) {
+    if (gMessageCenter) gMessageCenter->modalPoll(win, message);
+    return 0;
+  }
   if (message == WIN_NFYTERMINATE) {
     if (gWindowManager) delete gWindowManager->removeWindowRec(win);
     gFilePickerWindow = nullptr;
@@ -325,9 +335,30 @@ long buttonNfy(ResPtr res, Int message, ClientPtr data) {
   else if (w == child(FPICK_FIND)) findNfy();
   else if (w == child(FPICK_CANCEL)) closeWith(false);
   else if (w == child(FPICK_DUMMYDEFAULT)) {
+    TED_SelectAll(TED_FromWgt(child(FPICK_FILTER)));
     if (changeWildText()) populateDiskList(true);
   }
   return 0;
+}
+
+// The filter takes effect when it validates and when it loses the focus;
+// while it has the focus, Return goes to the dummy default button.
+long filterNfy(ResPtr res, Int message, ClientPtr data) {
+  long result = TED_DefNfy(res, message, data);
+  if (message == TED_NFYVALIDATE || message == WGT_NFYFOCUSLOST) {
+    if (message == WGT_NFYFOCUSLOST) WIN_SetDefWgt(gFilePickerWindow, child(FPICK_ACCEPT));
+    if (changeWildText()) populateDiskList(true);
+  } else if (message == WGT_NFYFOCUSGAINED) {
+    WIN_SetDefWgt(gFilePickerWindow, child(FPICK_DUMMYDEFAULT));
+  }
+  return result;
+}
+
+// Return in the selection field does nothing of its own: it goes on to the
+// default button.
+long selectionNfy(ResPtr res, Int message, ClientPtr data) {
+  if (message == TED_NFYVALIDATE) return 0;
+  return TED_DefNfy(res, message, data);
 }
 
 long sourceToggleNfy(ResPtr res, Int message, ClientPtr data) {
@@ -358,6 +389,8 @@ void initialize(const char* promptString) {
   for (Int n : {FPICK_ACCEPT, FPICK_FIND, FPICK_CANCEL, FPICK_DUMMYDEFAULT, FPICK_CHOOSEDIRECTORY})
     RES_SetNfyProcDS(WGT_Res(child(n)), buttonNfy, nullptr);
   for (Int n : {0, 1}) RES_SetNfyProcDS(WGT_Res(TBUT_Wgt(sourceToggle(n))), sourceToggleNfy, nullptr);
+  RES_SetNfyProcDS(WGT_Res(child(FPICK_FILTER)), filterNfy, nullptr);
+  RES_SetNfyProcDS(WGT_Res(child(FPICK_SELECTION)), selectionNfy, nullptr);
   WIN_Init(win);
   loadIconsOnce();
   // One column as wide as the list.

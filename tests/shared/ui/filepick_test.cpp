@@ -10,6 +10,7 @@
 #include "tests/shared/ui/ui_fixture.h"
 #include "toolkit/lbox.h"
 #include "toolkit/tarea.h"
+#include "toolkit/ted.h"
 
 namespace {
 
@@ -28,7 +29,7 @@ class FilePickerTest : public uitest::ToolmanFixture {
 
   WgtPtr child(Int n) { return WGT_FromRes(RES_GetNthChild(WGT_Res(WIN_Wgt(FPICK_GetWin())), n)); }
   LBoxPtr list(Int n = FPICK_DISKLIST) { return LBOX_FromWgt(child(n)); }
-  std::string field(Int n) { return TAREA_GetText(reinterpret_cast<TAreaPtr>(child(n))); }
+  std::string field(Int n) { return TED_GetStr(TED_FromWgt(child(n))); }
 
   Names rows(Int n = FPICK_DISKLIST) {
     Names names;
@@ -150,6 +151,20 @@ TEST_F(FilePickerTest, OnePickerAtATimeAndCancelChoosesNothing) {
   EXPECT_FALSE(secondDirectory);
 }
 
+// With mustExist false a new name typed into the selection field is
+// chosen with Return, with its directory as typed.
+TEST_F(FilePickerTest, ANewNameTypedIsChosenWithReturn) {
+  script({[&] { press(FPICK_SELECTION); },
+          [&] {
+            driver_->key(XK_End);
+            for (KeySym k : {XK_n, XK_e, XK_w, XK_period, XK_f, XK_l, XK_t}) driver_->key(k);
+          },
+          [&] { driver_->key(XK_Return); }});
+  fileNameType result;
+  EXPECT_TRUE(chooseFile(kDisplayFiles, result, nullptr, nullptr, "*.flt", FALSE, TRUE));
+  EXPECT_EQ(project + "/new.flt", std::string(result));
+}
+
 // The project list ends in an empty row; accepting it closes the picker
 // with nothing chosen.
 TEST_F(FilePickerTest, TheEmptyLastProjectRowChoosesNothing) {
@@ -179,8 +194,7 @@ TEST_F(FilePickerTest, FindShowsTheMatchAndSelectTakesIt) {
           [&] {
             WinPtr alert = ALRTW_GetWin();
             if (!alert) return;
-            alertText = TAREA_GetText(reinterpret_cast<TAreaPtr>(
-                WGT_FromRes(RES_GetNthChild(WGT_Res(WIN_Wgt(alert)), ALRTW_TEXT))));
+            alertText = TED_GetStr(TED_FromWgt(WGT_FromRes(RES_GetNthChild(WGT_Res(WIN_Wgt(alert)), ALRTW_TEXT))));
             driver_->key(XK_Return);  // Select
           },
           [&] {
