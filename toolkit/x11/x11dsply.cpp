@@ -108,6 +108,7 @@ void DSPLY_Exit() {
   X11ReleaseAttributes();
   for (Window w : gOurWins) {
     X11ForgetWinDraw(w);
+    X11ForgetWinEvents(w);
     XDestroyWindow(gX.dpy, w);
   }
   gOurWins.clear();
@@ -291,8 +292,10 @@ void DSPLY_LowerWin(NatWinId win) {
 
 void DSPLY_IconifyWin(NatWinId win) {
   if (!gX.dpy || !win) return;
-  if (DSPLY_HasWinMgr()) XIconifyWindow(gX.dpy, win, gX.screen);
-  else XUnmapWindow(gX.dpy, win);
+  // The ICCCM request goes out in any case; without a window manager to
+  // act on it the window also unmaps itself.
+  XIconifyWindow(gX.dpy, win, gX.screen);
+  if (!DSPLY_HasWinMgr()) XUnmapWindow(gX.dpy, win);
 }
 
 void DSPLY_DeiconifyWin(NatWinId win) {
