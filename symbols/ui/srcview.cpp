@@ -72,9 +72,10 @@ SourceView::SourceView(WinPtr newWin, WgtPtr newViewPort, const char* fileName, 
   setFile(fileName);
   if (lastError != 0) return;
   jumpToLine(lineToView, percentFromTop, moveIfVisible, lineToHilite, hilite);
+  initializeMenu();
 }
 
-SourceView::~SourceView() = default;
+SourceView::~SourceView() { garbageCollectMenu(); }
 
 // --- Display ------------------------------------------------------------------------
 

@@ -30,6 +30,7 @@
 
 #include <memory>
 #include <string>
+#include <vector>
 
 #include "shared/errors.h"
 #include "shared/wiremessage.h"
@@ -129,6 +130,16 @@ class SourceView : public HasErrorReporting {
   bool handleKey(Int keyCode, UInt modifiers);
 
   // --- Menu and messages ---------------------------------------------------------------
+  // With a menu bar: asks the Tool Manager (GSAT) for the tools that can
+  // show source and, when there are any, adds "In <tool>" items to the
+  // bar's "&View" menu (made at the front of the bar when there is none;
+  // after a separator when there is).  Each item holds a copy of its tool's
+  // identity, freed by garbageCollectMenu (and with the view).
+  void initializeMenu();
+  void garbageCollectMenu();
+  // After a choice in win's menu bar: the tool of the chosen "&View" item,
+  // or null when the choice was not one of them.  Owned by the view.
+  static const ToolInfo* handleMenuSelection(WinPtr win);
   // Sends the view's file, lines and window rectangle with DISF to tool.
   void sendSourceMessage(const ToolInfo& tool);
   // Sends DISF to the Tool Manager; shows the center's error when sending
@@ -182,6 +193,8 @@ class SourceView : public HasErrorReporting {
   _Rect16Rec lineRect(long line) const;
 
   SourceViewScrollBars* scrollBars_ = nullptr;
+  struct _MnuObj* viewMenu_ = nullptr;  // the "&View" menu, while it holds our items
+  std::vector<std::unique_ptr<ToolInfo>> menuTools_;
   FontPtr font_ = nullptr;
   int fontAscent_ = 0;
   std::string failureText_;

@@ -6,7 +6,9 @@
 #include <cstdlib>
 #include <cstring>
 
+#include "toolkit/dsply.h"
 #include "toolkit/evkeys.h"
+#include "toolkit/mbar.h"
 
 namespace {
 
@@ -21,6 +23,39 @@ int followIntervalFromEnvironment() {
   return value > 0 ? value : 250;
 }
 
+const char kFindItem[] = "&Find...";
+const char kFindNextItem[] = "Find &Next";
+const char kFollowItem[] = "F&ollow";
+const char kCloseItem[] = "&Close";
+
+// The bar: "&File" with the window's commands (their keys are the view's
+// own, shown beside them).  A "&View" menu of the tools that show source
+// comes in front when the Tool Manager lists any.
+MBarPtr makeMenuBar() {
+  MBarPtr bar = MBAR_Create();
+  MBAR_AddItem(bar, "&File");
+  MenuPtr file = MENU_Create();
+  MENU_AddItem(file, kFindItem);
+  MENU_CurSetAccelLabel(file, "Ctrl+F");
+  MENU_AddItem(file, kFindNextItem);
+  MENU_CurSetAccelLabel(file, "F3");
+  MENU_AddItem(file, kFollowItem);
+  MENU_CurSetCheckedMode(file, MITEM_CHECKTOGGLE);
+  MENU_CurSetAccelLabel(file, "Shift+F");
+  MENU_AddSeparator(file);
+  MENU_AddItem(file, kCloseItem);
+  MENU_CurSetAccelLabel(file, "Ctrl+W");
+  MBAR_CurSetSubMenu(bar, file);
+  RES_Release(MENU_Res(file));
+  return bar;
+}
+
+// The bar's height in the units of the window's boxes (96 dots per inch).
+int barHeightInBoxUnits(MBarPtr bar) {
+  int dpi = DSPLY_GetScreenDpi();
+  return dpi > 0 ? (MBAR_GetHeight(bar) * 96 + dpi - 1) / dpi : MBAR_GetHeight(bar);
+}
+
 }  // namespace
 
 SourceWindow* SourceWindow::open(const char* fileName, long lineToView, bool follow, std::string* error) {
@@ -33,16 +68,20 @@ SourceWindow* SourceWindow::open(const char* fileName, long lineToView, bool fol
   const char* slash = fileName ? std::strrchr(fileName, '/') : nullptr;
   VSTR_Set(&WIN_Panel(win)->Label, slash ? slash + 1 : (fileName ? fileName : ""));
 
-  // The view, its bars right of and below it (the view places them), and
-  // the status line at the bottom.
+  // Under the menu bar: the view, its scroll bars right of and below it
+  // (the view places them), and the status line at the bottom.
+  MBarPtr menuBar = makeMenuBar();
+  WIN_SetMenuBar(win, menuBar);
+  RES_Release(MBAR_Res(menuBar));
+  const int top = barHeightInBoxUnits(menuBar) + kPad;
   const int bar = SB_GetThickness() + 4;
   WgtPtr viewPort = WGT_Create();
-  viewPort->ResBox = RECT16_Make(kPad, kPad, width - 2 * kPad - bar, height - 3 * kPad - kStatusHeight - bar);
+  viewPort->ResBox = RECT16_Make(kPad, top, width - 2 * kPad - bar, height - top - 2 * kPad - kStatusHeight - bar);
   viewPort->RzFlags = kStretchBoth;
   viewPort->WgtFlags = WGT_FLAGTABSTOP;
   PANEL_AddWgt(WIN_Panel(win), viewPort);
   SbPtr vertical = SB_Create();
-  SB_Wgt(vertical)->ResBox = RECT16_Make(width - kPad - bar + 4, kPad, bar - 4, 100);
+  SB_Wgt(vertical)->ResBox = RECT16_Make(width - kPad - bar + 4, top, bar - 4, 100);
   SB_Wgt(vertical)->RzFlags = 0x36;  // stays at the right, grows in height
   PANEL_AddWgt(WIN_Panel(win), SB_Wgt(vertical));
   SbPtr horizontal = SB_Create();
@@ -65,7 +104,7 @@ SourceWindow* SourceWindow::open(const char* fileName, long lineToView, bool fol
   window->verticalScroll_ = vertical;
   window->horizontalScroll_ = horizontal;
   window->view_ = std::make_unique<SourceView>(win, viewPort, fileName, std::max(1L, lineToView), 0, true, 0,
-                                               false, false);
+                                               false, true);
   if (window->view_->lastError != 0) {
     if (error) *error = std::string(fileName ? fileName : "") + ": " + window->view_->failureText();
     window->view_.reset();
@@ -120,6 +159,14 @@ bool SourceWindow::showFile(const char* fileName, long lineToView, long lineToHi
 void SourceWindow::setFollowing(bool follow) {
   EVENT_StopCBackAlarm(this);
   following_ = follow;
+  if (MBarPtr bar = win_ ? WIN_GetMenuBar(win_) : nullptr) {
+    MBAR_GoFirst(bar);
+    if (MenuPtr file = MBAR_CurGetSubMenu(bar)) {
+      for (MENU_GoFirst(file); MENU_IsOk(file); MENU_GoNext(file))
+        if (const char* label = MENU_CurGetLabel(file))
+          if (std::strcmp(label, kFollowItem) == 0) MENU_CurSetChecked(file, following_ ? 1 : 0);
+    }
+  }
   if (following_) {
     view_->updateFileDisplay();
     EVENT_StartCBackAlarmDS(followAlarm, this, followIntervalMs_);
@@ -162,8 +209,40 @@ void SourceWindow::updateStatus() {
   if (status_) TAREA_SetText(status_, statusText().c_str());
 }
 
+bool SourceWindow::handleMenuChoice() {
+  if (const ToolInfo* tool = SourceView::handleMenuSelection(win_)) {
+    view_->sendSourceMessage(*tool);
+    return true;
+  }
+  MBarPtr bar = WIN_GetMenuBar(win_);
+  MenuPtr menu = bar ? MBAR_ChosenGetMenu(bar) : nullptr;
+  const char* label = menu ? MENU_ChosenGetLabel(menu) : nullptr;
+  if (!label) return false;
+  if (std::strcmp(label, kFindItem) == 0) {
+    finding_ = true;
+    findText_.clear();
+    message_.clear();
+  } else if (std::strcmp(label, kFindNextItem) == 0) {
+    if (!findText_.empty()) findText(findText_);
+  } else if (std::strcmp(label, kFollowItem) == 0) {
+    setFollowing(!following_);
+  } else if (std::strcmp(label, kCloseItem) == 0) {
+    close();
+    return true;
+  } else {
+    return false;
+  }
+  updateStatus();
+  return true;
+}
+
 long SourceWindow::windowNfy(ResPtr res, Int message, ClientPtr data) {
   SourceWindow* window = static_cast<SourceWindow*>(res->ClientData);
+  if (window && message == WIN_NFYSELMENUBAR && window->view_) {
+    long result = WIN_DefNfy(res, message, data);
+    window->handleMenuChoice();
+    return result;
+  }
   if (window && (message == WIN_NFYTERMINATED || message == WIN_NFYTERMINATE)) {
     EVENT_StopCBackAlarm(window);
     window->following_ = false;

@@ -9,6 +9,8 @@
 //   F3, Ctrl+G, n   find the same text again
 //   F               follow the file on or off
 //   Ctrl+W, q       close the window
+// The "&File" menu holds the same commands; a "&View" menu of the other
+// tools that show source (SourceView::initializeMenu) sends them the file.
 // A double click makes the clicked line the highlighted target line; a
 // click and drag selects text.
 //
@@ -64,6 +66,7 @@ class SourceWindow : private SourceViewScrollBars {
   void placeBar(bool vertical, _Point16Rec origin, int length) override;
   void setBarRange(bool vertical, const SourceViewScrollRange& range) override;
   bool handleKey();
+  bool handleMenuChoice();
   void updateStatus();
 
   WinPtr win_ = nullptr;

@@ -157,6 +157,8 @@ int main(int argc, char** argv) {
     return saved ? 0 : 1;
   }
   joinToolManager(argv[0]);
+  // The window came before the Tool Manager was joined: its "&View" menu now.
+  if (gConnected) gWindow->view()->initializeMenu();
   while (!gQuit && gWindow && !gWindow->isClosed()) {
     EVENT_ProcessPending();
     EVENT_UpdateCursor();

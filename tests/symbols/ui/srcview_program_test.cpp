@@ -1,5 +1,6 @@
 // The srcview program as a real process: its refusals, its picture, and a
 // DISF from another tool reaching it through a real Tool Manager.
+#include <X11/keysym.h>
 #include <fcntl.h>
 #include <gtest/gtest.h>
 #include <sys/prctl.h>
@@ -18,7 +19,8 @@
 #include "shared/utils.h"
 #include "symbols/ui/srcview.h"
 #include "testsupport.h"
-#include "xvfb_support.h"
+#include "toolkit/mbar.h"
+#include "toolkit/tk_fixture.h"
 
 namespace {
 
@@ -63,80 +65,162 @@ TEST(SrcviewProgram, RefusesWhatItCannotShowAndPaintsWhatItCan) {
   EXPECT_EQ(readWholeFile(dir.file("shot.png")).substr(1, 3), "PNG");
 }
 
-// Another tool asks the Tool Manager to show a file in the source viewer;
-// the Tool Manager hands the DISF on to srcview, which opens it.  QUIT
-// from the Tool Manager ends srcview.
-TEST(SrcviewProgram, OpensTheFileADisplayMessageNames) {
-  ASSERT_TRUE(owbtest::sharedXvfb().ok());
-  prctl(PR_SET_CHILD_SUBREAPER, 1);
-  owbtest::TempDir home;
-  owbtest::ScopedEnv homeEnv("HOME", home.path());
-  std::string toolman = owbtest::buildDir() + "/tools/toolman";
-  int wanted = 33000 + static_cast<int>(getpid() % 3000) * 3;
-  pid_t manager = startProgram({toolman, "--port", std::to_string(wanted), "--quiet"}, home.file("toolman.out"));
-  int port = 0;
-  for (int waited = 0; waited < 5000 && port == 0; waited += 10) {
-    port = std::atoi(readWholeFile(home.path() + "/.owb/owbport").c_str());
-    if (port == 0) std::this_thread::sleep_for(std::chrono::milliseconds(10));
+// A Tool Manager in a home of its own with srcview registered with it,
+// and this test process as another tool of the environment.
+class WithToolManager : public tktest::ToolkitTest {
+ protected:
+  void SetUp() override {
+    tktest::ToolkitTest::SetUp();
+    prctl(PR_SET_CHILD_SUBREAPER, 1);
+    int wanted = 33000 + static_cast<int>(getpid() % 3000) * 3;
+    manager_ = startProgram({toolman_, "--port", std::to_string(wanted), "--quiet"}, home_.file("toolman.out"));
+    int port = 0;
+    for (int waited = 0; waited < 5000 && port == 0; waited += 10) {
+      port = std::atoi(readWholeFile(home_.path() + "/.owb/owbport").c_str());
+      if (port == 0) std::this_thread::sleep_for(std::chrono::milliseconds(10));
+    }
+    ASSERT_GT(port, 0) << readWholeFile(home_.file("toolman.out"));
+    owbtest::writeWholeFile(home_.file("first.txt"), "first\n");
+    std::string lines;
+    for (int i = 1; i <= 100; ++i) lines += "line " + std::to_string(i) + "\n";
+    owbtest::writeWholeFile(home_.file("second.txt"), lines);
+    std::map<std::string, std::string> env{{"DISPLAY", owbtest::sharedXvfb().display()},
+                                           {"HOME", home_.path()},
+                                           {"OWB", owbtest::installTree()}};
+    viewer_ = startProgram({srcviewPath(), home_.file("first.txt")}, home_.file("srcview.out"), &env);
+    bool registered = false;
+    for (int waited = 0; waited < 10000 && !registered; waited += 100) {
+      registered = sendLine("tools").find("Source View") != std::string::npos;
+      if (!registered) std::this_thread::sleep_for(std::chrono::milliseconds(100));
+    }
+    ASSERT_TRUE(registered) << readWholeFile(home_.file("srcview.out"));
+    forgetToolManagerPort();
+    gToolName = newStringCopy("viewtest");
+    openToolLog(false);
+    gMessageCenter = new MessageCenter();
+    gToolManToolInfo.listenerPort = getToolManagerPort();
   }
-  ASSERT_GT(port, 0) << readWholeFile(home.file("toolman.out"));
 
-  owbtest::writeWholeFile(home.file("first.txt"), "first\n");
-  std::string second;
-  for (int i = 1; i <= 100; ++i) second += "line " + std::to_string(i) + "\n";
-  owbtest::writeWholeFile(home.file("second.txt"), second);
-  std::map<std::string, std::string> env{{"DISPLAY", owbtest::sharedXvfb().display()},
-                                         {"HOME", home.path()},
-                                         {"OWB", owbtest::installTree()}};
-  pid_t viewer = startProgram({srcviewPath(), home.file("first.txt")}, home.file("srcview.out"), &env);
-  auto sendLine = [&](const std::string& line) {
-    std::string out = home.file("send.out");
-    pid_t sender = startProgram({toolman, "--send", line}, out);
-    int status = 0;
-    waitpid(sender, &status, 0);
+  void TearDown() override {
+    cleanUpGlobals();
+    gToolManToolInfo = ToolInfo{};
+    forgetToolManagerPort();
+    if (viewer_ > 0) {
+      sendLine("quit SRCV");
+      int status = -1;
+      for (int waited = 0; waited < 10000; waited += 10) {
+        if (waitpid(viewer_, &status, WNOHANG) == viewer_) break;
+        std::this_thread::sleep_for(std::chrono::milliseconds(10));
+      }
+      EXPECT_TRUE(WIFEXITED(status) && WEXITSTATUS(status) == 0) << readWholeFile(home_.file("srcview.out"));
+      if (status == -1) {
+        kill(viewer_, SIGKILL);
+        waitpid(viewer_, nullptr, 0);
+      }
+    }
+    if (manager_ > 0) {
+      sendLine("exit");
+      waitpid(manager_, nullptr, 0);
+    }
+    tktest::ToolkitTest::TearDown();
+  }
+
+  std::string sendLine(const std::string& line) {
+    std::string out = home_.file("send.out");
+    pid_t sender = startProgram({toolman_, "--send", line}, out);
+    waitpid(sender, nullptr, 0);
     return readWholeFile(out);
-  };
-  bool registered = false;
-  for (int waited = 0; waited < 10000 && !registered; waited += 100) {
-    registered = sendLine("tools").find("Source View") != std::string::npos;
-    if (!registered) std::this_thread::sleep_for(std::chrono::milliseconds(100));
   }
-  ASSERT_TRUE(registered) << readWholeFile(home.file("srcview.out"));
 
-  // This test is the other tool.
-  forgetToolManagerPort();
-  gToolName = newStringCopy("disftest");
-  openToolLog(false);
-  gMessageCenter = new MessageCenter();
-  gToolManToolInfo.listenerPort = getToolManagerPort();
+  // Whether srcview's log says that it shows file from line within 10 s.
+  bool srcviewShows(const std::string& file, long line) {
+    std::string expected = "srcview shows " + file + " at line " + std::to_string(line);
+    for (int waited = 0; waited < 10000; waited += 50) {
+      if (readWholeFile(home_.path() + "/.owb/owblog").find(expected) != std::string::npos) return true;
+      std::this_thread::sleep_for(std::chrono::milliseconds(50));
+    }
+    return false;
+  }
+
+  owbtest::TempDir home_;
+  owbtest::ScopedEnv homeEnv_{"HOME", home_.path()};
+  std::string toolman_ = owbtest::buildDir() + "/tools/toolman";
+  pid_t manager_ = -1;
+  pid_t viewer_ = -1;
+};
+
+// Another tool asks the Tool Manager to show a file in the source viewer;
+// the Tool Manager hands the DISF on to srcview, which opens it.
+TEST_F(WithToolManager, SrcviewOpensTheFileADisplayMessageNames) {
   _Rect16Rec place = RECT16_Make(10, 20, 300, 200);
-  SourceView::sendDisplayFileMessage(home.file("second.txt").c_str(), false, 40, 33, true, 42, true, true,
+  SourceView::sendDisplayFileMessage(home_.file("second.txt").c_str(), false, 40, 33, true, 42, true, true,
                                      makeTypeIdent("SRCV"), &place, 0, 0);
   EXPECT_EQ(gMessageCenter->lastError, 0);
-  std::string expected = "srcview shows " + home.file("second.txt") + " at line 40";
-  bool shown = false;
-  for (int waited = 0; waited < 10000 && !shown; waited += 50) {
-    shown = readWholeFile(home.path() + "/.owb/owblog").find(expected) != std::string::npos;
-    if (!shown) std::this_thread::sleep_for(std::chrono::milliseconds(50));
-  }
-  EXPECT_TRUE(shown) << readWholeFile(home.path() + "/.owb/owblog");
-  cleanUpGlobals();
-  gToolManToolInfo = ToolInfo{};
-  forgetToolManagerPort();
+  EXPECT_TRUE(srcviewShows(home_.file("second.txt"), 40)) << readWholeFile(home_.path() + "/.owb/owblog");
+}
 
-  sendLine("quit SRCV");
-  int status = -1;
-  for (int waited = 0; waited < 10000; waited += 10) {
-    if (waitpid(viewer, &status, WNOHANG) == viewer) break;
-    std::this_thread::sleep_for(std::chrono::milliseconds(10));
-  }
-  EXPECT_TRUE(WIFEXITED(status) && WEXITSTATUS(status) == 0) << readWholeFile(home.file("srcview.out"));
-  if (status == -1) {
-    kill(viewer, SIGKILL);
-    waitpid(viewer, nullptr, 0);
-  }
-  sendLine("exit");
-  waitpid(manager, nullptr, 0);
+// A view with a menu bar lists the tools that show source under "&View";
+// choosing one sends it the view's file.
+TEST_F(WithToolManager, ViewMenuSendsTheFileToTheChosenTool) {
+  WinPtr win = keep(tktest::newWin(60, 60, 420, 300, "menu"));
+  MBarPtr bar = MBAR_Create();
+  MBAR_AddItem(bar, "&File");
+  MenuPtr file = MENU_Create();
+  MENU_AddItem(file, "&Close");
+  MBAR_CurSetSubMenu(bar, file);
+  RES_Release(MENU_Res(file));
+  WIN_SetMenuBar(win, bar);
+  RES_Release(MBAR_Res(bar));
+  WgtPtr viewPort = WGT_Create();
+  viewPort->ResBox = RECT16_Make(10, 40, 380, 200);
+  PANEL_AddWgt(WIN_Panel(win), viewPort);
+  WIN_Init(win);
+  auto view = std::make_unique<SourceView>(win, viewPort, home_.file("second.txt").c_str(), 70, 0, true, 70, true,
+                                           true);
+  ASSERT_EQ(view->lastError, 0);
+  // No "&View" in the bar: one comes at the front, with the tool.
+  ASSERT_EQ(MBAR_GetNumItems(bar), 2);
+  MBAR_GoFirst(bar);
+  EXPECT_STREQ(MBAR_CurGetLabel(bar), "&View");
+  MenuPtr viewMenu = MBAR_CurGetSubMenu(bar);
+  ASSERT_NE(viewMenu, nullptr);
+  MENU_GoFirst(viewMenu);
+  EXPECT_STREQ(MENU_CurGetLabel(viewMenu), "In Source View");
+  auto* tool = static_cast<const ToolInfo*>(MENU_CurGetClientData(viewMenu));
+  ASSERT_NE(tool, nullptr);
+  EXPECT_EQ(tool->toolType, makeTypeIdent("SRCV"));
+  MBAR_GoNext(bar);
+  EXPECT_STREQ(MBAR_CurGetLabel(bar), "&File");
+  EXPECT_EQ(MBAR_CurGetSubMenu(bar), file);
+
+  // Chosen with its accelerator, as a user would.
+  MENU_CurSetAccelKey(viewMenu, EVENT_KEYNORMAL, EVENT_MODCONTROL, 'e');
+  RES_SetNfyProcDS(WGT_Res(WIN_Wgt(win)),
+                   [](ResPtr res, Int message, ClientPtr data) -> long {
+                     long result = WIN_DefNfy(res, message, data);
+                     if (message == WIN_NFYSELMENUBAR)
+                       if (const ToolInfo* chosen = SourceView::handleMenuSelection(WIN_FromRes(res)))
+                         static_cast<SourceView*>(res->ClientData)->sendSourceMessage(*chosen);
+                     return result;
+                   },
+                   view.get());
+  ASSERT_TRUE(tktest::showAndWait(win));
+  driver_->key(XK_e, XK_Control_L);
+  settle();
+  EXPECT_TRUE(srcviewShows(home_.file("second.txt"), view->firstVisibleLine + 1))
+      << readWholeFile(home_.path() + "/.owb/owblog");
+
+  // A second view on the same bar finds "&View" and puts a separator first;
+  // the copies go with the menu's garbage collection.
+  auto second = std::make_unique<SourceView>(win, viewPort, home_.file("first.txt").c_str(), 1, 0, true, 0, false,
+                                             true);
+  EXPECT_EQ(MBAR_GetNumItems(bar), 2);
+  EXPECT_EQ(MENU_GetNumElts(viewMenu), 3);
+  EXPECT_TRUE(MENU_GetNthItem(viewMenu, 1)->IsSeparator);
+  second->garbageCollectMenu();
+  MENU_GoIndex(viewMenu, 2);
+  EXPECT_EQ(MENU_CurGetClientData(viewMenu), nullptr);
+  RES_SetNfyProcDS(WGT_Res(WIN_Wgt(win)), WIN_DefNfy, nullptr);
 }
 
 }  // namespace
