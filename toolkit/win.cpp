@@ -288,8 +288,30 @@ void S_ProcessWinMgr(WinPtr win, EventPtr ev) {
   if (bits & EVENT_WMREDRAW) WGT_Inval(w, nullptr);
 }
 
+// A window's own handling may end the window (a terminate whose
+// recalculation runs at once frees it).  A watch taken around that
+// handling learns whether the window still stands afterwards: the
+// window's destruction marks every watch on it.
+struct WinLifeWatch {
+  explicit WinLifeWatch(WinPtr watched) : win(watched) { sWatches.push_back(this); }
+  ~WinLifeWatch() { sWatches.erase(std::find(sWatches.begin(), sWatches.end(), this)); }
+  WinLifeWatch(const WinLifeWatch&) = delete;
+  WinLifeWatch& operator=(const WinLifeWatch&) = delete;
+
+  static void windowGone(WinPtr gone) {
+    for (WinLifeWatch* watch : sWatches)
+      if (watch->win == gone) watch->alive = false;
+  }
+
+  WinPtr win;
+  bool alive = true;
+  static std::vector<WinLifeWatch*> sWatches;
+};
+std::vector<WinLifeWatch*> WinLifeWatch::sWatches;
+
 void S_WinDestruct(ResPtr res) {
   WinPtr win = WIN_FromRes(res);
+  WinLifeWatch::windowGone(win);
   if (win->NatWin) {
     sByNatWin.erase(win->NatWin);
     DSPLY_DisposeWin(win->NatWin);
@@ -390,13 +412,15 @@ long S_WinDefNfy(ResPtr res, Int message, ClientPtr data) {
 }  // namespace
 
 // The menu bar, when the window has one, takes its part before and after
-// the window's own handling.
+// the window's own handling; not after it when that handling ended the
+// window.
 long WIN_DefNfy(ResPtr res, Int message, ClientPtr data) {
   WinPtr win = WIN_FromRes(res);
   if (!win->MenuBar) return S_WinDefNfy(res, message, data);
   if (MBarWinBefore(win, message, data)) return 0;
+  WinLifeWatch watch(win);
   long result = S_WinDefNfy(res, message, data);
-  MBarWinAfter(win, message, data);
+  if (watch.alive) MBarWinAfter(win, message, data);
   return result;
 }
 
