@@ -13,13 +13,8 @@ namespace {
 
 using fmtest::seenAlerts;
 using fmtest::ToolTest;
+using fmtest::engineLabels;
 
-std::vector<std::string> labels(FleetObject* fleet) {
-  std::vector<std::string> names;
-  for (long i = 0; i < fleet->engineList.totalElements; ++i)
-    names.push_back(static_cast<EngineObject*>(fleet->engineList.get(i))->label());
-  return names;
-}
 
 TEST(Authority, OnlyEmptyOr34HexadecimalDigitsPass) {
   const std::string good = "04" + std::string(16, 'a') + std::string(16, 'F');
@@ -92,14 +87,14 @@ TEST_F(ToolTest, FailedMakeOfASavedFleetRereadsItAndAnUnsavedOneKeepsItsEdits) {
   EXPECT_EQ(gFleetMgr->fleetList.get(0), held);
   EXPECT_EQ(gFleetMgr->currentFleet, held);
   EXPECT_TRUE(held->fleetExists);
-  EXPECT_EQ(labels(held), (std::vector<std::string>{"A", "B"}));
+  EXPECT_EQ(engineLabels(held), (std::vector<std::string>{"A", "B"}));
 
   FleetObject* unsaved = gFleetMgr->addFleet(root.file("fresh").c_str(), nullptr);
   unsaved->addEngine(std::string(kMaxEngineNameLength + 1, 'n').c_str());
   held = unsaved;
   EXPECT_EQ(makeFleetFromSettings(&held, {"", "", false}), -2000);
   EXPECT_EQ(held, unsaved);
-  EXPECT_EQ(labels(unsaved).size(), 2u);
+  EXPECT_EQ(engineLabels(unsaved).size(), 2u);
   EXPECT_EQ(gFleetMgr->fleetList.totalElements, 2);
 }
 
@@ -110,7 +105,7 @@ TEST_F(ToolTest, CancelRereadsASavedFleetAndForgetsAnUnsavedOne) {
   saved->fleetFile->basePort = 9999;
   FleetObject* reread = revertFleetSettings(saved);
   ASSERT_NE(reread, nullptr);
-  EXPECT_EQ(labels(reread), std::vector<std::string>{"A"});
+  EXPECT_EQ(engineLabels(reread), std::vector<std::string>{"A"});
   EXPECT_EQ(reread->fleetFile->basePort, 7000);
   EXPECT_EQ(gFleetMgr->findFleet((dir + "/harbour.flt").c_str()), reread);
 
