@@ -13,6 +13,7 @@
 #include "toolkit/dsply.h"
 #include "toolkit/errw.h"
 #include "toolkit/event.h"
+#include "toolkit/lbox.h"
 #include "toolkit/rgn.h"
 #include "toolkit/tarea.h"
 #include "toolkit/tbut.h"
@@ -54,6 +55,11 @@ const TkClassEntry kClasses[] = {
     // {TK_LAYER_TKIT, "Name", NAME_InstallClass, NAME_InitClass}.
     {TK_LAYER_TKIT, "TBut", TBUT_InstallClass, TBUT_InitClass},
     {TK_LAYER_TKIT, "TArea", TAREA_InstallClass, TAREA_InitClass},
+    {TK_LAYER_TKIT, "SArea", SAREA_InstallClass, SAREA_InitClass},
+    {TK_LAYER_TKIT, "Sb", SB_InstallClass, SB_InitClass},
+    {TK_LAYER_TKIT, "LbCol", LBCOL_InstallClass, LBCOL_InitClass},
+    {TK_LAYER_TKIT, "LbRow", LBROW_InstallClass, LBROW_InitClass},
+    {TK_LAYER_TKIT, "LBox", LBOX_InstallClass, LBOX_InitClass},
     // The look is applied once every widget class is initialised.
     {TK_LAYER_TKIT, "Look", nullptr, DSPLY_UpdateLook},
 

@@ -96,6 +96,7 @@ struct _DsplyEventRec {
   _Point16Rec AbsLoc;    // pointer on the screen
   _Point16Rec WinLoc;    // pointer in the window
   int Button;            // EVENT_BUT1..3 or EVENT_BUTNONE
+  int Wheel;             // a wheel press: EVENT_WHEELUP, ..DOWN, ..LEFT, ..RIGHT; 0 otherwise
   unsigned Modifiers;    // EVENT_MOD... bits; a press sets, a release clears its button
   int Key;               // EvKeyEnum
   char KbStr[256];       // the key's text (UTF-8)

@@ -89,6 +89,7 @@ struct _EventRec {
   Int AlignDummy;
   BoolEnum DestIsTopLevelWin;
   BoolEnum InNumKeyPad;
+  Int Wheel;               // a wheel press: EVENT_WHEEL..., else 0
 };
 typedef _EventRec* EventPtr;
 
@@ -198,6 +199,8 @@ Int EVENT_GetCurEventType();
 EventPtr EVENT_GetCurEvent();
 Int EVENT_GetButton();
 BoolEnum EVENT_IsDouble();
+// The wheel step of the current press (EVENT_WHEEL...), 0 for a button.
+Int EVENT_GetWheel();
 Int EVENT_GetKeyCode();
 const char* EVENT_GetKbStr();
 char EVENT_GetKbAsciiChar();

@@ -79,6 +79,7 @@ void fillMouse(_EventRec& ev, const _DsplyEventRec& d) {
   ev.AbsLoc = d.AbsLoc;
   ev.WinLoc = d.WinLoc;
   ev.Button = d.Button;
+  ev.Wheel = d.Wheel;
   ev.MouseModifiers = d.Modifiers;
   ev.KbModifiers = d.Modifiers;
 }
@@ -86,6 +87,7 @@ void fillMouse(_EventRec& ev, const _DsplyEventRec& d) {
 void markDouble(_EventRec& ev) {
   int dx = std::abs(ev.AbsLoc.X - gLastPress.Loc.X), dy = std::abs(ev.AbsLoc.Y - gLastPress.Loc.Y);
   uint32_t dt = ev.MouseTime - gLastPress.Time;
+  if (ev.Wheel) return;  // a wheel step is never half of a double click
   if (ev.Button != EVENT_BUTNONE && ev.Button == gLastPress.Button && dt != 0 &&
       dt < static_cast<uint32_t>(gDoubleTime) && (dx > dy ? dx : dy) < gDoubleDist) {
     ev.IsDouble = 1;
@@ -310,6 +312,7 @@ EventPtr EVENT_GetCurEvent() { return &EventTopContext().Last; }
 Int EVENT_GetCurEventType() { return EventTopContext().Last.Type; }
 Int EVENT_GetButton() { return EventTopContext().Last.Button; }
 BoolEnum EVENT_IsDouble() { return EventTopContext().Last.IsDouble; }
+Int EVENT_GetWheel() { return EventTopContext().Last.Wheel; }
 Int EVENT_GetKeyCode() { return EventTopContext().Last.Key; }
 const char* EVENT_GetKbStr() { return EventTopContext().Last.KbStr; }
 char EVENT_GetKbAsciiChar() { return EventTopContext().Last.KbAsciiStr[0]; }

@@ -87,4 +87,9 @@ constexpr unsigned EVENT_MODTYPEAHEAD = EVENT_MODSHIFT | EVENT_MODCAPSLOCK | EVE
 
 enum { EVENT_BUTNONE = 0, EVENT_BUT1 = 1, EVENT_BUT2 = 2, EVENT_BUT3 = 3 };
 
+// A turn of the mouse wheel arrives as a press with no button and one of
+// these in the event's Wheel field: the steps up and down are -1 and 1,
+// left and right -2 and 2.
+enum { EVENT_WHEELUP = -1, EVENT_WHEELDOWN = 1, EVENT_WHEELLEFT = -2, EVENT_WHEELRIGHT = 2 };
+
 #endif  // OWB_TOOLKIT_EVKEYS_H

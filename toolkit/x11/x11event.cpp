@@ -122,6 +122,16 @@ void translateKey(XKeyEvent* xk, _DsplyEventRec* ev) {
 }
 
 int buttonOf(unsigned b) { return b >= Button1 && b <= Button3 ? static_cast<int>(b) : 0; }
+// The wheel comes as presses of buttons 4 to 7: up, down, left, right.
+int wheelOf(unsigned b) {
+  switch (b) {
+    case 4: return EVENT_WHEELUP;
+    case 5: return EVENT_WHEELDOWN;
+    case 6: return EVENT_WHEELLEFT;
+    case 7: return EVENT_WHEELRIGHT;
+    default: return 0;
+  }
+}
 unsigned buttonMask(int b) { return b == 1 ? EVENT_MODBUT1 : b == 2 ? EVENT_MODBUT2 : b == 3 ? EVENT_MODBUT3 : 0; }
 
 // Translates one X event; false for an event the toolkit has no use for.
@@ -149,6 +159,7 @@ bool translate(XEvent* xe, _DsplyEventRec* ev) {
       XButtonEvent& b = xe->xbutton;
       ev->Kind = xe->type == ButtonPress ? DSPLY_EVBUTTONPRESS : DSPLY_EVBUTTONRELEASE;
       ev->Button = buttonOf(b.button);
+      ev->Wheel = wheelOf(b.button);
       ev->Modifiers = X11ToolkitMods(b.state);
       if (xe->type == ButtonPress) ev->Modifiers |= buttonMask(ev->Button);
       else ev->Modifiers &= ~buttonMask(ev->Button);

@@ -2,6 +2,7 @@
 //
 //   wgtdemo                 runs until the window is closed, OK or Cancel
 //   wgtdemo --png FILE      shows it, saves it as a PNG file and ends
+//   wgtdemo --list [...]    the list window instead (wgtdemo.ListWindow)
 //
 // Resource libraries are found through ND_PATH, or else in the resource
 // folder next to this program ($OWB/bin/resource).
@@ -21,6 +22,7 @@
 #include "toolkit/tarea.h"
 #include "toolkit/tbut.h"
 #include "toolkit/winpub.h"
+#include "tools/wgtdemo/listdemo.h"
 
 namespace {
 
@@ -63,10 +65,12 @@ void setAllNfy(PanelPtr panel) {
 
 int main(int argc, char** argv) {
   const char* png = nullptr;
+  bool list = false;
   for (int i = 1; i < argc; i++) {
     if (std::strcmp(argv[i], "--png") == 0 && i + 1 < argc) png = argv[++i];
+    else if (std::strcmp(argv[i], "--list") == 0) list = true;
     else {
-      std::fprintf(stderr, "usage: wgtdemo [--png FILE]\n");
+      std::fprintf(stderr, "usage: wgtdemo [--list] [--png FILE]\n");
       return 2;
     }
   }
@@ -79,12 +83,17 @@ int main(int argc, char** argv) {
     return 1;
   }
   RLIB_LoadLibFile("wgtdemo", "wgtdemo.dat");
-  WinPtr win = WIN_Load("wgtdemo", "TestWindow");
-  WIN_Init(win);
+  WinPtr win;
+  if (list) {
+    win = LoadListDemo();
+  } else {
+    win = WIN_Load("wgtdemo", "TestWindow");
+    WIN_Init(win);
+    setAllNfy(WIN_Panel(win));
+    WGT_Disable(WGT_FromRes(RES_GetNthChild(WGT_Res(WIN_Wgt(win)), 6)));
+    WGT_GainFocus(WGT_FromRes(RES_GetNthChild(WGT_Res(WIN_Wgt(win)), 1)));
+  }
   RES_SetNfyProcDS(WGT_Res(WIN_Wgt(win)), windowNfy, nullptr);
-  setAllNfy(WIN_Panel(win));
-  WGT_Disable(WGT_FromRes(RES_GetNthChild(WGT_Res(WIN_Wgt(win)), 6)));
-  WGT_GainFocus(WGT_FromRes(RES_GetNthChild(WGT_Res(WIN_Wgt(win)), 1)));
   WIN_Show(win);
   if (png) {
     // Runs until the window is on the screen and drawn, then saves it.
