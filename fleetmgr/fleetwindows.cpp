@@ -3,6 +3,7 @@
 #include "fleetmgr/fleetwindows.h"
 
 #include "shared/alert.h"
+#include "toolkit/winpub.h"
 
 const char* const kWindowNotAvailableText = "This window is not available in this version of the Fleet Manager.";
 
@@ -15,22 +16,17 @@ void windowNotAvailable(const char* title) {
 
 }  // namespace
 
-void createRunFleetOptions() { windowNotAvailable("Run Fleet"); }
-
-void createKillFleetOptions() { windowNotAvailable("Kill Fleet"); }
-
-void createBackupOptions(const char*) { windowNotAvailable("Backup Fleet"); }
-
-void createRestoreOptions(const char*) { windowNotAvailable("Restore Fleet"); }
-
 Boolean chooseFleetDirectory(char* directory, size_t size) {
   if (directory && size > 0) directory[0] = '\0';
   windowNotAvailable("New Fleet");
   return FALSE;
 }
 
-// No fleet window is ever opened yet, so there is never one to end.
-void terminateFleetWindow(WinPtr) {}
+void terminateFleetWindow(WinPtr win) {
+  if (!win) return;
+  reinterpret_cast<ResPtr>(win)->ClientData = nullptr;
+  WIN_TerminateGetStatus(win);
+}
 
 void FleetObject::createFleetSettingsDialog() { windowNotAvailable("Fleet Settings"); }
 

@@ -2,11 +2,10 @@
 // option dialogs, the status window and the directory picker of "New
 // Fleet".
 //
-// These windows are not built yet.  Until they are, each function below
-// tells the user through the alert that the window is not available and
-// opens nothing; the command that called it has done everything before the
-// window all the same.  FleetObject::createFleetSettingsDialog and
-// FleetObject::createFleetStatusWindow (registry.h) are defined with them.
+// Those not built yet (the settings window, the directory picker) tell the
+// user through the alert that the window is not available and open
+// nothing; the command that called them has done everything before the
+// window all the same.
 #ifndef OWB_FLEETMGR_FLEETWINDOWS_H
 #define OWB_FLEETMGR_FLEETWINDOWS_H
 
@@ -15,19 +14,18 @@
 #include "fleetmgr/registry.h"
 #include "owbtypes.h"
 
-// The option dialogs; they act on gFleetMgr->currentFleet when their
-// button is pressed.  filename is the selected definition file.
-void createRunFleetOptions();
-void createKillFleetOptions();
-void createBackupOptions(const char* filename);
-void createRestoreOptions(const char* filename);
+// The option dialogs (run, kill, backup, restore) are in fleetdlg.h.
+#include "fleetmgr/fleetdlg.h"
 
 // Asks for the directory of a new fleet ("Enter a directory name for the
 // fleet").  Fills directory (size bytes) and returns true when one was
 // chosen, false when the user cancelled.
 Boolean chooseFleetDirectory(char* directory, size_t size);
 
-// Ends a fleet's window; null is allowed and does nothing.
+// Ends a fleet's window (settings, engine place or status); null is
+// allowed and does nothing.  The window's user data, its FleetObject, is
+// cleared first, so that nothing the window does at its end reaches a
+// fleet being deleted.
 void terminateFleetWindow(WinPtr win);
 
 // The text with which the functions above say that their window is missing.
