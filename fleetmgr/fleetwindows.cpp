@@ -28,6 +28,4 @@ void terminateFleetWindow(WinPtr win) {
   WIN_TerminateGetStatus(win);
 }
 
-void FleetObject::createFleetSettingsDialog() { windowNotAvailable("Fleet Settings"); }
-
 void FleetObject::createFleetStatusWindow() { windowNotAvailable("Fleet Status"); }
