@@ -1,0 +1,369 @@
+// The settings window and the engine place configuration dialog on a real
+// X server, pressed through XTest: a new fleet made from the window gives
+// the files that `fleetctl new` gives for the same values, and a
+// configuration composed with one entry of each kind is written as its
+// grammar says.  With FLEETMGR_SHOTS set to a directory, each window is
+// also saved there as a PNG (with "-200" at OWB_DPI=192).
+#include <dirent.h>
+#include <sys/stat.h>
+
+#include <cstdlib>
+#include <deque>
+#include <functional>
+#include <map>
+#include <string>
+
+#include "fleetmgr/fieldtext.h"
+#include "fleetmgr/fleetmgr_support.h"
+#include "fleetmgr/registry.h"
+#include "fleetmgr/settingsfile.h"
+#include "fleetmgr/settingsui.h"
+#include "shared/ui/resources.h"
+#include "shared/ui/uiglobals.h"
+#include "tests/toolkit/tk_fixture.h"
+#include "toolkit/lbox.h"
+
+namespace {
+
+using fmtest::seenAlerts;
+using fmtest::ToolTest;
+
+// The names the file chooser gives, in turn; an empty queue cancels.
+std::deque<std::string>& chosenFiles() {
+  static std::deque<std::string> files;
+  return files;
+}
+bool queuedChooser(int, char* filename, size_t size, const char*, const char*, bool, bool) {
+  if (chosenFiles().empty()) return false;
+  std::snprintf(filename, size, "%s", chosenFiles().front().c_str());
+  chosenFiles().pop_front();
+  return true;
+}
+
+class SettingsWindowTest : public ToolTest {
+ protected:
+  void SetUp() override {
+    ToolTest::SetUp();
+    ASSERT_TRUE(tktest::startToolkit()) << "no X server";
+    ERRW_Exit();
+    driver_ = std::make_unique<owbtest::XTestDriver>(owbtest::sharedXvfb().display());
+    ASSERT_TRUE(driver_->ok());
+    std::snprintf(gResourcesDirectory, sizeof gResourcesDirectory, "%s/", (owbtest::installTree() + "/bin/resource").c_str());
+    if (!RLIB_Find("fleetmgr")) {
+      ASSERT_NE(ndLoadResourceLibary("fleetmgr", "fleetmgr.dat"), nullptr);
+    }
+    if (!gTextFont) {
+      gTextFont = FONT_LoadByText("DejaVu Sans 10");
+    }
+    if (!gLabelFont) {
+      gLabelFont = FONT_LoadByText("DejaVu Sans 10 bold");
+    }
+    setSettingsFileChooser(queuedChooser);
+    chosenFiles().clear();
+    toolman->answerProjectPath(std::vector<std::string>{});
+  }
+  void TearDown() override {
+    setSettingsFileChooser(nullptr);
+    ToolTest::TearDown();  // deleting the fleets closes their windows
+    EVENT_Update();
+    EVENT_ProcessPending();
+    for (WinPtr w : kept_) {
+      if (WIN_GetState(w) != WIN_STATETERMINATED) WIN_TerminateGetStatus(w);
+    }
+    EVENT_Update();
+    EVENT_ProcessPending();
+    for (WinPtr w : kept_) RES_Release(winRes(w));
+    kept_.clear();
+  }
+
+  // Keeps the window readable after it has ended, until the test's end.
+  WinPtr keep(WinPtr w) {
+    if (w) {
+      RES_Use(winRes(w));
+      kept_.push_back(w);
+    }
+    return w;
+  }
+
+  static WgtPtr at(WinPtr win, std::initializer_list<Int> path) { return WGT_FromRes(childAt(winRes(win), path)); }
+
+  // A real click in the middle of a widget, then the loop until done.
+  void click(WgtPtr w, const std::function<bool()>& done = [] { return true; }) {
+    ASSERT_NE(w, nullptr);
+    _Point16Rec p = tktest::absOf(w, w->Box.Extent.X / 2, w->Box.Extent.Y / 2);
+    driver_->click(p.X, p.Y);
+    pump();
+    EXPECT_TRUE(tktest::runUntil(done));
+  }
+  // Clicks the cell (col, row) of a list.
+  void clickCell(LBoxPtr list, Int col, Int row) {
+    LBOX_GoColRow(list, col, row);
+    _Rect16Rec rect, clip;
+    LBOX_CurQueryRects(list, &rect, &clip);
+    _Point16Rec p = tktest::absOf(LBOX_Wgt(list), rect.Origin.X + rect.Extent.X / 2, rect.Origin.Y + rect.Extent.Y / 2);
+    driver_->click(p.X, p.Y);
+    pump();
+  }
+  static void pump() {
+    DSPLY_Sync();
+    tktest::runUntil([] { return false; }, 150);
+  }
+  static WinPtr openWindow(const char* label) {
+    WinPtr found = nullptr;
+    tktest::runUntil([&] {
+      for (Int i = 0; i < WIN_GetNumOpen() && !found; i++) {
+        WinPtr w = WIN_GetNthOpen(i);
+        if (WIN_GetState(w) != WIN_STATETERMINATED && WIN_GetLabel(w) && std::string(WIN_GetLabel(w)) == label)
+          found = w;
+      }
+      return found != nullptr;
+    });
+    return found;
+  }
+  static std::string cell(LBoxPtr list, Int col, Int row) {
+    LBOX_GoColRow(list, col, row);
+    auto* text = static_cast<const char*>(LBOX_CurGetClientData(list));
+    return text ? text : "<none>";
+  }
+  static void shot(WinPtr win, const std::string& name) {
+    const char* dir = std::getenv("FLEETMGR_SHOTS");
+    if (!dir) return;
+    pump();
+    const char* dpi = std::getenv("OWB_DPI");
+    std::string suffix = dpi && std::atoi(dpi) >= 192 ? "-200" : "";
+    WIN_SaveAsPng(win, (std::string(dir) + "/" + name + suffix + ".png").c_str());
+  }
+
+  std::unique_ptr<owbtest::XTestDriver> driver_;
+  std::vector<WinPtr> kept_;
+};
+
+// Every regular file under dir with its content, by path relative to dir.
+void snapshot(const std::string& dir, const std::string& rel, std::map<std::string, std::string>* files) {
+  DIR* d = opendir((dir + rel).c_str());
+  if (!d) return;
+  while (dirent* e = readdir(d)) {
+    std::string name = e->d_name;
+    if (name == "." || name == "..") continue;
+    std::string path = rel + "/" + name;
+    struct stat st;
+    if (stat((dir + path).c_str(), &st) != 0) continue;
+    if (S_ISDIR(st.st_mode)) snapshot(dir, path, files);
+    else (*files)[path] = owbtest::readWholeFile(dir + path);
+  }
+  closedir(d);
+}
+
+TEST_F(SettingsWindowTest, NewFleetMadeFromTheWindowGivesTheFilesOfFleetctlNew) {
+  std::string dir = root.file("yard");
+  const std::string authority = "04" + std::string(16, 'a') + std::string(16, 'B');
+  // Both makes on the same host and from the same directory.
+  setHostIP();
+  std::string command = "cd " + root.path() + " && " + owbtest::installTree() + "/bin/fleetctl new " + dir +
+                        " --engine eng1 --engine eng2 --base-port 6100 --authority " + authority +
+                        " --options '-d1 -x' >/dev/null 2>&1";
+  ASSERT_EQ(std::system(command.c_str()), 0);
+  std::map<std::string, std::string> expected;
+  snapshot(dir, "", &expected);
+  ASSERT_TRUE(expected.count("/yard.flt"));
+  ASSERT_EQ(std::system(("rm -rf " + dir).c_str()), 0);
+
+  FleetObject* fleet = gFleetMgr->addFleet(dir.c_str(), nullptr);
+  fleet->createFleetSettingsDialog();
+  WinPtr win = keep(fleet->fleetSettingsWindow);
+  ASSERT_NE(win, nullptr);
+  ASSERT_TRUE(tktest::showAndWait(win));
+  LBoxPtr engines = listAt(winRes(win), {0, 0, 0});
+  ASSERT_NE(engines, nullptr);
+  EXPECT_EQ(TAREA_GetText(reinterpret_cast<TAreaPtr>(at(win, {0, 1}))), std::string("Fleet Name: yard"));
+
+  // The detail panel opens and closes with its button.
+  Int shortHeight = WIN_Wgt(win)->Box.Extent.Y;
+  click(at(win, {1, 2}), [&] { return fleet->showMoreDetail != 0; });
+  EXPECT_STREQ(TBUT_GetLabel(TBUT_FromWgt(at(win, {1, 2}))), "Less Detail...");
+  EXPECT_GT(WIN_Wgt(win)->Box.Extent.Y, shortHeight + 100);
+
+  // A second engine; a name already there adds nothing.
+  fieldSetText(childAt(winRes(win), {0, 0, 1}), "eng2");
+  click(at(win, {0, 0, 2}), [&] { return fleet->engineList.totalElements == 2; });
+  click(at(win, {0, 0, 2}));
+  EXPECT_EQ(fmtest::engineLabels(fleet), (std::vector<std::string>{"eng1", "eng2"}));
+  LBOX_GoColRow(engines, 1, 1);
+  EXPECT_EQ(LBOX_CurGetClientData(engines), fleet->engineList.get(1));  // newest on top
+  EXPECT_EQ(fleet->currentEng, fleet->engineList.get(1));
+  clickCell(engines, 1, 2);
+  EXPECT_EQ(fleet->currentEng, fleet->engineList.get(0));
+  LBOX_GoColRow(engines, 1, 2);
+  EXPECT_TRUE(LBOX_IsCurSelected(engines));
+
+  fieldSetText(childAt(winRes(win), {0, 2}), "6100");
+  fleet->fleetFile->basePort = 6100;  // what the base port's focus lost stores
+  fieldSetText(childAt(winRes(win), {0, 3, 8}), "-d1 -x");
+  shot(win, "fleetmgr-settings");
+
+  // The authority is checked before anything is made.
+  fieldSetText(childAt(winRes(win), {0, 3, 9}), (authority + "0").c_str());
+  click(at(win, {1, 0}), [&] { return !seenAlerts().empty(); });
+  ASSERT_EQ(seenAlerts().size(), 1u);
+  EXPECT_EQ(seenAlerts()[0].text, "Illegal authority string: authority must be 34 characters long.");
+  EXPECT_FALSE(fleet->fleetExists);
+  EXPECT_EQ(fleet->fleetSettingsWindow, win);
+
+  fieldSetText(childAt(winRes(win), {0, 3, 9}), authority.c_str());
+  click(at(win, {1, 0}), [&] { return fleet->fleetSettingsWindow == nullptr; });
+  EXPECT_TRUE(fleet->fleetExists);
+  EXPECT_EQ(seenAlerts().size(), 1u) << seenAlerts().back().text;
+  std::map<std::string, std::string> made;
+  snapshot(dir, "", &made);
+  // The definition's first line holds the time it was written.
+  for (auto* files : {&made, &expected}) {
+    std::string& definition = (*files)["/yard.flt"];
+    definition.erase(0, definition.find('\n'));
+  }
+  EXPECT_EQ(made, expected);
+}
+
+TEST_F(SettingsWindowTest, CancelForgetsTheEditsOfASavedFleetAndClosesTheWindow) {
+  std::string dir = writeFleet("harbour", {{"A", ""}}, 7000);
+  FleetObject* fleet = gFleetMgr->addFleet(dir.c_str(), readDefinition(dir));
+  fleet->createFleetSettingsDialog();
+  WinPtr win = keep(fleet->fleetSettingsWindow);
+  ASSERT_TRUE(tktest::showAndWait(win));
+  fieldSetText(childAt(winRes(win), {0, 0, 1}), "B");
+  click(at(win, {0, 0, 2}), [&] { return fleet->engineList.totalElements == 2; });
+  // A second command only brings the same window up.
+  fleet->createFleetSettingsDialog();
+  EXPECT_EQ(fleet->fleetSettingsWindow, win);
+
+  click(at(win, {1, 1}), [&] { return WIN_GetState(win) == WIN_STATETERMINATED; });
+  FleetObject* reread = gFleetMgr->findFleet((dir + "/harbour.flt").c_str());
+  ASSERT_NE(reread, nullptr);
+  EXPECT_EQ(fmtest::engineLabels(reread), std::vector<std::string>{"A"});
+  EXPECT_EQ(reread->fleetSettingsWindow, nullptr);
+}
+
+TEST_F(SettingsWindowTest, EnginePlaceConfigurationComposedWithOneEntryOfEachKind) {
+  FleetObject* fleet = gFleetMgr->addFleet(root.file("yard").c_str(), nullptr);
+  fleet->showMoreDetail = TRUE;
+  fleet->createFleetSettingsDialog();
+  WinPtr settings = fleet->fleetSettingsWindow;
+  ASSERT_TRUE(tktest::showAndWait(settings));
+
+  std::string cfg = root.file("place.cfg");
+  chosenFiles() = {cfg};
+  click(at(settings, {0, 3, 7, 1}), [&] { return fleet->engConfigDlg != nullptr; });
+  WinPtr dlg = fleet->engConfigDlg;
+  ASSERT_NE(dlg, nullptr);
+  ASSERT_TRUE(tktest::showAndWait(dlg));
+  EXPECT_EQ(std::string(WIN_GetLabel(dlg)), "Engine Configuration file " + cfg);
+  LBoxPtr list = listAt(winRes(dlg), {2, 0});
+  EXPECT_EQ(cell(list, 1, 0), "Filename");
+
+  chosenFiles() = {"/lib/boot.s"};
+  click(at(dlg, {0, 1}));
+  chosenFiles() = {"pre1.s", "pre2.wcp"};
+  click(at(dlg, {2, 1}));
+  click(at(dlg, {2, 1}));
+  EXPECT_EQ(cell(list, 1, 1), "pre2.wcp");
+
+  click(at(dlg, {1, 1}), [&] { return cell(list, 1, 1) == "<none>"; });
+  chosenFiles() = {"auto.s"};
+  click(at(dlg, {2, 1}));
+  EXPECT_EQ(cell(list, 1, 1), "auto.s");
+
+  // An environment variable through its dialog.
+  click(at(dlg, {1, 2}), [&] { return cell(list, 2, 0) == "Variable Value"; });
+  click(at(dlg, {2, 1}));
+  WinPtr env = keep(openWindow("Environment Variable"));
+  ASSERT_NE(env, nullptr);
+  ASSERT_TRUE(tktest::showAndWait(env));
+  fieldSetText(childAt(winRes(env), {1}), "PLACE_HOME");
+  fieldSetText(childAt(winRes(env), {2}), "/srv/place");
+  shot(env, "fleetmgr-addenv");
+  click(at(env, {3}), [&] { return WIN_GetState(env) == WIN_STATETERMINATED; });
+  EXPECT_EQ(cell(list, 1, 1), "PLACE_HOME");
+  EXPECT_EQ(cell(list, 2, 1), "/srv/place");
+
+  // A configuration option: refused while its value is wrong, then added.
+  click(at(dlg, {1, 3}), [&] { return cell(list, 3, 0) == "Value"; });
+  click(at(dlg, {2, 1}));
+  WinPtr opt = keep(openWindow("Configuration Option"));
+  ASSERT_NE(opt, nullptr);
+  ASSERT_TRUE(tktest::showAndWait(opt));
+  EXPECT_TRUE(TBUT_GetSelected(TBUT_FromWgt(at(opt, {5, 6}))));  // "String" at the start
+  click(at(opt, {5, 3}), [&] { return TBUT_GetSelected(TBUT_FromWgt(at(opt, {5, 3}))) != 0; });  // Integer
+  fieldSetText(childAt(winRes(opt), {1}), "RegionPort");
+  fieldSetText(childAt(winRes(opt), {2}), "7x");
+  click(at(opt, {3}), [&] { return !seenAlerts().empty(); });
+  ASSERT_EQ(seenAlerts().size(), 1u);
+  EXPECT_EQ(seenAlerts()[0].text, "Invalid integer value.");
+  EXPECT_NE(WIN_GetState(opt), WIN_STATETERMINATED);
+  fieldSetText(childAt(winRes(opt), {2}), " - 7");
+  shot(opt, "fleetmgr-addoption");
+  click(at(opt, {3}), [&] { return WIN_GetState(opt) == WIN_STATETERMINATED; });
+  EXPECT_EQ(cell(list, 1, 1), "Integer");
+  EXPECT_EQ(cell(list, 2, 1), "RegionPort");
+  EXPECT_EQ(cell(list, 3, 1), "-7");
+  shot(dlg, "fleetmgr-engplace");
+
+  // An external process, and one removed again.
+  click(at(dlg, {1, 4}), [&] { return cell(list, 1, 0) == "Symbolic Name"; });
+  for (const char* name : {"monitor", "spare"}) {
+    click(at(dlg, {2, 1}));
+    WinPtr ext = keep(openWindow("External Process"));
+    ASSERT_NE(ext, nullptr);
+    ASSERT_TRUE(tktest::showAndWait(ext));
+    fieldSetText(childAt(winRes(ext), {1}), name);
+    fieldSetText(childAt(winRes(ext), {2}), "placemon -p 1");
+    if (std::string(name) == "spare") shot(ext, "fleetmgr-addextproc");
+    click(at(ext, {3}), [&] { return WIN_GetState(ext) == WIN_STATETERMINATED; });
+  }
+  EXPECT_EQ(gFleetMgr->configFile->extProcsList.totalElements, 2);
+  clickCell(list, 1, 1);  // "spare", the newest
+  click(at(dlg, {2, 2}), [&] { return gFleetMgr->configFile->extProcsList.totalElements == 1; });
+  EXPECT_EQ(cell(list, 1, 1), "monitor");
+
+  click(at(dlg, {3}), [&] { return fleet->engConfigDlg == nullptr; });
+  std::string text = owbtest::readWholeFile(cfg);
+  size_t body = text.find("\n\n");
+  ASSERT_NE(body, std::string::npos);
+  EXPECT_EQ(text.substr(body + 2),
+            "Libraries += \"pre2.wcp pre1.s \"\n"
+            "EngineBootScript = \"/lib/boot.s\"\n"
+            "AutoLoadFiles += \"auto.s \"\n"
+            "\n# Environment Variables\n"
+            "@ PLACE_HOME = /srv/place\n"
+            "\n# Configuration options\n"
+            "RegionPort = -7\n"
+            "\n# External processes\n"
+            "!monitor=placemon -p 1\n");
+  EXPECT_STREQ(fleet->currentEng->engConfig->enginePlaceConfig, cfg.c_str());
+  char shown[1024];
+  fieldGetText(childAt(winRes(settings), {0, 3, 7, 2}), shown, sizeof shown);
+  EXPECT_EQ(std::string(shown), cfg);
+}
+
+TEST_F(SettingsWindowTest, AddDialogOutlivingItsConfigurationDialogAddsNothing) {
+  FleetObject* fleet = gFleetMgr->addFleet(root.file("yard").c_str(), nullptr);
+  fleet->showMoreDetail = TRUE;
+  fleet->createFleetSettingsDialog();
+  ASSERT_TRUE(tktest::showAndWait(fleet->fleetSettingsWindow));
+  chosenFiles() = {root.file("place.cfg")};
+  click(at(fleet->fleetSettingsWindow, {0, 3, 7, 1}), [&] { return fleet->engConfigDlg != nullptr; });
+  WinPtr dlg = fleet->engConfigDlg;
+  ASSERT_TRUE(tktest::showAndWait(dlg));
+  click(at(dlg, {1, 2}));
+  click(at(dlg, {2, 1}));
+  WinPtr env = keep(openWindow("Environment Variable"));
+  ASSERT_NE(env, nullptr);
+  ASSERT_TRUE(tktest::showAndWait(env));
+
+  // The fleet goes (its dialogs with it) while the add dialog is open.
+  gFleetMgr->deleteFleet(fleet->fleetFileName);
+  pump();
+  fieldSetText(childAt(winRes(env), {1}), "NAME");
+  click(at(env, {3}), [&] { return WIN_GetState(env) == WIN_STATETERMINATED; });
+  EXPECT_EQ(gFleetMgr->configFile->envVarList.totalElements, 0);
+}
+
+}  // namespace
