@@ -84,7 +84,10 @@ void S_showFolder(ResPtr win, int folder) {
   for (int c = 0; c < info.columns; c++) LBOX_InsertCol(list);
   LBOX_GoHome(list);
   LBOX_GoUp(list);
-  int listWidth = WGT_FromRes(childAt(win, CONFIG_LIST))->Box.Extent.X;
+  // The width the cells can take: the list's, less its frame and the
+  // room of a vertical bar, so that the columns never need a horizontal one.
+  WgtPtr listWgt = WGT_FromRes(childAt(win, CONFIG_LIST));
+  int listWidth = listWgt->Box.Extent.X - WGT_ScaleX16(listWgt, 20);
   int used = 0;
   for (int column = 1; column <= info.columns; column++) {
     int width = columnWidthFromCode(info.table[column].columnWidth, listWidth, used);
@@ -276,6 +279,7 @@ WinPtr createNewEnginePlaceConfigDialog() {
   char title[sizeof(Str255) + 32];
   std::snprintf(title, sizeof title, "Engine Configuration file %s", gFleetMgr->configFile->filename);
   WIN_SetLabel(dialog, title);
+  fieldSetText(childAt(win, BOOT_SCRIPT), gFleetMgr->configFile->engPlaceBootScript);
   if (ResPtr first = childAt(win, {1, 0})) WGT_SetFont(WGT_FromRes(first), gLabelFont);
   S_showFolder(win, kPreBootFolder);
   WIN_Show(dialog);

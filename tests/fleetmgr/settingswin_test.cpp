@@ -2,8 +2,9 @@
 // X server, pressed through XTest: a new fleet made from the window gives
 // the files that `fleetctl new` gives for the same values, and a
 // configuration composed with one entry of each kind is written as its
-// grammar says.  With FLEETMGR_SHOTS set to a directory, each window is
-// also saved there as a PNG (with "-200" at OWB_DPI=192).
+// grammar says.  With FLEETMGR_SHOTS set to a directory, one more test
+// saves each window there as a PNG (with "-200" at OWB_DPI=192; give the
+// server room with OWB_XVFB_SCREEN=2560x1600).
 #include <dirent.h>
 #include <sys/stat.h>
 
@@ -14,6 +15,8 @@
 #include <string>
 
 #include "fleetmgr/fieldtext.h"
+#include "fleetmgr/fleetdlg_add.h"
+#include "fleetmgr/settings.h"
 #include "fleetmgr/fleetmgr_support.h"
 #include "fleetmgr/registry.h"
 #include "fleetmgr/settingsfile.h"
@@ -199,7 +202,6 @@ TEST_F(SettingsWindowTest, NewFleetMadeFromTheWindowGivesTheFilesOfFleetctlNew) 
   fieldSetText(childAt(winRes(win), {0, 2}), "6100");
   fleet->fleetFile->basePort = 6100;  // what the base port's focus lost stores
   fieldSetText(childAt(winRes(win), {0, 3, 8}), "-d1 -x");
-  shot(win, "fleetmgr-settings");
 
   // The authority is checked before anything is made.
   fieldSetText(childAt(winRes(win), {0, 3, 9}), (authority + "0").c_str());
@@ -279,7 +281,6 @@ TEST_F(SettingsWindowTest, EnginePlaceConfigurationComposedWithOneEntryOfEachKin
   ASSERT_TRUE(tktest::showAndWait(env));
   fieldSetText(childAt(winRes(env), {1}), "PLACE_HOME");
   fieldSetText(childAt(winRes(env), {2}), "/srv/place");
-  shot(env, "fleetmgr-addenv");
   click(at(env, {3}), [&] { return WIN_GetState(env) == WIN_STATETERMINATED; });
   EXPECT_EQ(cell(list, 1, 1), "PLACE_HOME");
   EXPECT_EQ(cell(list, 2, 1), "/srv/place");
@@ -299,12 +300,10 @@ TEST_F(SettingsWindowTest, EnginePlaceConfigurationComposedWithOneEntryOfEachKin
   EXPECT_EQ(seenAlerts()[0].text, "Invalid integer value.");
   EXPECT_NE(WIN_GetState(opt), WIN_STATETERMINATED);
   fieldSetText(childAt(winRes(opt), {2}), " - 7");
-  shot(opt, "fleetmgr-addoption");
   click(at(opt, {3}), [&] { return WIN_GetState(opt) == WIN_STATETERMINATED; });
   EXPECT_EQ(cell(list, 1, 1), "Integer");
   EXPECT_EQ(cell(list, 2, 1), "RegionPort");
   EXPECT_EQ(cell(list, 3, 1), "-7");
-  shot(dlg, "fleetmgr-engplace");
 
   // An external process, and one removed again.
   click(at(dlg, {1, 4}), [&] { return cell(list, 1, 0) == "Symbolic Name"; });
@@ -315,7 +314,6 @@ TEST_F(SettingsWindowTest, EnginePlaceConfigurationComposedWithOneEntryOfEachKin
     ASSERT_TRUE(tktest::showAndWait(ext));
     fieldSetText(childAt(winRes(ext), {1}), name);
     fieldSetText(childAt(winRes(ext), {2}), "placemon -p 1");
-    if (std::string(name) == "spare") shot(ext, "fleetmgr-addextproc");
     click(at(ext, {3}), [&] { return WIN_GetState(ext) == WIN_STATETERMINATED; });
   }
   EXPECT_EQ(gFleetMgr->configFile->extProcsList.totalElements, 2);
@@ -364,6 +362,49 @@ TEST_F(SettingsWindowTest, AddDialogOutlivingItsConfigurationDialogAddsNothing) 
   fieldSetText(childAt(winRes(env), {1}), "NAME");
   click(at(env, {3}), [&] { return WIN_GetState(env) == WIN_STATETERMINATED; });
   EXPECT_EQ(gFleetMgr->configFile->envVarList.totalElements, 0);
+}
+
+TEST_F(SettingsWindowTest, PicturesOfEachWindow) {
+  if (!std::getenv("FLEETMGR_SHOTS")) GTEST_SKIP() << "FLEETMGR_SHOTS names no directory";
+  FleetObject* fleet = gFleetMgr->addFleet(root.file("yard").c_str(), nullptr);
+  fleet->addEngine("eng2");
+  fleet->fleetFile->basePort = 6100;
+  fleet->showMoreDetail = TRUE;
+  fleet->createFleetSettingsDialog();
+  ASSERT_TRUE(tktest::showAndWait(fleet->fleetSettingsWindow));
+  shot(fleet->fleetSettingsWindow, "fleetmgr-settings");
+
+  gFleetMgr->configFile = new EngConfigFile(root.file("place.cfg").c_str());
+  addBootScriptFile("/home/user/lib/preboot.s");
+  std::snprintf(gFleetMgr->configFile->engPlaceBootScript, sizeof(Str255), "%s", "/home/user/lib/boot.s");
+  char type[] = "Integer", keyword[] = "RegionPort", value[] = "7000";
+  char* option[] = {type, keyword, value, nullptr};
+  addConfigOption(option);
+  char type2[] = "Boolean", keyword2[] = "Verbose", value2[] = "true";
+  char* option2[] = {type2, keyword2, value2, nullptr};
+  addConfigOption(option2);
+  gFleetMgr->currentFleet = fleet;
+  WinPtr dlg = fleet->engConfigDlg = createNewEnginePlaceConfigDialog();
+  ASSERT_TRUE(tktest::showAndWait(dlg));
+  TBUT_Select(TBUT_FromWgt(at(dlg, {1, 3})));
+  WGT_Send(at(dlg, {1, 3}), TBUT_NFYHIT);
+  shot(dlg, "fleetmgr-engplace");
+
+  struct Dialog {
+    WinPtr (*create)(WinPtr);
+    const char *first, *second, *name;
+  };
+  for (const Dialog& d : {Dialog{createAddEnvVariableDlg, "PLACE_HOME", "/srv/place", "fleetmgr-addenv"},
+                          Dialog{createAddConfigOptionDlg, "RegionPort", "7000", "fleetmgr-addoption"},
+                          Dialog{createAddExtProcDlg, "monitor", "placemon -p 7001", "fleetmgr-addextproc"}}) {
+    WinPtr win = d.create(dlg);
+    ASSERT_NE(win, nullptr);
+    fieldSetText(childAt(winRes(win), {1}), d.first);
+    fieldSetText(childAt(winRes(win), {2}), d.second);
+    ASSERT_TRUE(tktest::showAndWait(win));
+    shot(win, d.name);
+    WIN_TerminateGetStatus(win);
+  }
 }
 
 }  // namespace
