@@ -4,7 +4,7 @@
 # fleetmgr holds the Fleet Manager's window templates.
 set(_resdir ${OWB_INSTALL_TREE}/bin/resource)
 set(_sources nd ndcore ndres ndvgm ndtkit ndgw shared fleetmgr)
-set(_imports_shared ndvgm)
+set(_imports_shared ndvgm ndtkit)
 set(_imports_fleetmgr ndvgm ndtkit)
 set(_imports_ndtkit ndvgm)
 set(_imports_ndgw ndvgm ndtkit)

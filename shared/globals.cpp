@@ -20,6 +20,9 @@ fileNameType gResourcesDirectory = "";
 
 namespace {
 
+void (*sWindowSideStart)(int listenerPort) = nullptr;
+void (*sWindowSideEnd)() = nullptr;
+
 // The log is opened early, among the first descriptors; the scan for it
 // stops here.
 constexpr long kHighestDescriptorScanned = 4096;
@@ -41,6 +44,11 @@ void closeLogOnExec(const char* logPath) {
 }
 
 }  // namespace
+
+void setWindowSideHooks(void (*start)(int listenerPort), void (*end)()) {
+  sWindowSideStart = start;
+  sWindowSideEnd = end;
+}
 
 // Opens the log in the preferences directory.  Only the Tool Manager (a
 // listener port other than 0) empties a log grown past gMaxOWBLogSize; no
@@ -107,7 +115,7 @@ void initializeToolGlobals(const char* toolName, int listenerPort) {
   gToolManToolInfo.listenerPort = getToolManagerPort();
   OWB_LOG("Got port of " << gToolManToolInfo.listenerPort << " for Tool Manager");
 
-  // The window manager comes with window bookkeeping.
+  if (sWindowSideStart) sWindowSideStart(listenerPort);
 
   readOwbDirectory();
 
@@ -115,6 +123,8 @@ void initializeToolGlobals(const char* toolName, int listenerPort) {
 }
 
 void cleanUpGlobals() {
+  // First: the window side still sends messages (UWIN) as it ends.
+  if (sWindowSideEnd) sWindowSideEnd();
   delete gMessageCenter;
   gMessageCenter = nullptr;
   delete[] gToolName;

@@ -35,6 +35,13 @@ void readLogSettings();
 // call it early.
 void readOwbDirectory();
 
+// The window side's start and end (its window manager), run by
+// initializeToolGlobals right after the message center is made and by
+// cleanUpGlobals before anything else goes, so that the window manager can
+// register its handlers and still send its last messages.  A tool with
+// windows installs them through initializeGlobals; null by default.
+void setWindowSideHooks(void (*start)(int listenerPort), void (*end)());
+
 // Deletes what initializeToolGlobals made, in reverse dependence order.
 void cleanUpGlobals();
 

@@ -9,10 +9,12 @@
 
 #include <iterator>
 
+#include "toolkit/autom.h"
 #include "toolkit/draw.h"
 #include "toolkit/dsply.h"
 #include "toolkit/errw.h"
 #include "toolkit/event.h"
+#include "toolkit/kylst.h"
 #include "toolkit/lbox.h"
 #include "toolkit/rgn.h"
 #include "toolkit/tarea.h"
@@ -47,19 +49,22 @@ const TkClassEntry kClasses[] = {
     {TK_LAYER_VGM, "GRes", GRES_InstallClass, nullptr},
     {TK_LAYER_VGM, "Rgn", nullptr, RGN_Init},
     {TK_LAYER_VGM, "Draw", nullptr, DRAW_Init},
+    {TK_LAYER_VGM, "KyLst", KYLST_InstallClass, nullptr},
     {TK_LAYER_VGM, "Wgt", WGT_InstallClass, WGT_InitClass},
     {TK_LAYER_VGM, "Panel", PANEL_InstallClass, PANEL_InitClass},
-    {TK_LAYER_VGM, "Win", WIN_InstallClass, WIN_InitClass},
+    {TK_LAYER_VGM, "Win", WIN_InstallClass, WIN_InitClass, WIN_Describe},
 
     // Widgets.  A NEW WIDGET CLASS GOES HERE: one row, after its parent's,
-    // {TK_LAYER_TKIT, "Name", NAME_InstallClass, NAME_InitClass}.
-    {TK_LAYER_TKIT, "TBut", TBUT_InstallClass, TBUT_InitClass},
-    {TK_LAYER_TKIT, "TArea", TAREA_InstallClass, TAREA_InitClass},
+    // {TK_LAYER_TKIT, "Name", NAME_InstallClass, NAME_InitClass}, with
+    // NAME_Describe after them when the class shows text, a selection or
+    // cells to the automation surface.
+    {TK_LAYER_TKIT, "TBut", TBUT_InstallClass, TBUT_InitClass, TBUT_Describe},
+    {TK_LAYER_TKIT, "TArea", TAREA_InstallClass, TAREA_InitClass, TAREA_Describe},
     {TK_LAYER_TKIT, "SArea", SAREA_InstallClass, SAREA_InitClass},
     {TK_LAYER_TKIT, "Sb", SB_InstallClass, SB_InitClass},
     {TK_LAYER_TKIT, "LbCol", LBCOL_InstallClass, LBCOL_InitClass},
     {TK_LAYER_TKIT, "LbRow", LBROW_InstallClass, LBROW_InitClass},
-    {TK_LAYER_TKIT, "LBox", LBOX_InstallClass, LBOX_InitClass},
+    {TK_LAYER_TKIT, "LBox", LBOX_InstallClass, LBOX_InitClass, LBOX_Describe},
     // The look is applied once every widget class is initialised.
     {TK_LAYER_TKIT, "Look", nullptr, DSPLY_UpdateLook},
 
@@ -80,8 +85,11 @@ const TkClassEntry* TK_ClassTable() { return kClasses; }
 int TK_ClassCount() { return static_cast<int>(std::size(kClasses)); }
 
 void TK_InstallLayer(TkLayer layer) {
-  for (const TkClassEntry& entry : kClasses)
-    if (entry.layer == layer && entry.install) entry.install();
+  for (const TkClassEntry& entry : kClasses) {
+    if (entry.layer != layer) continue;
+    if (entry.install) entry.install();
+    if (entry.describe) AUTOM_SetDescribeProc(RCLAS_FindByName(entry.name), entry.describe);
+  }
 }
 
 void TK_InitLayer(TkLayer layer) {

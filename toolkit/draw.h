@@ -38,8 +38,16 @@ void DRAW_Lines(DrawPtr draw, const _Point16Rec* points, int count, ColorPtr col
 // Ellipses in the rectangle, anti-aliased.
 void DRAW_FillEllipse(DrawPtr draw, const _Rect16Rec& rect, ColorPtr color);
 void DRAW_FrameEllipse(DrawPtr draw, const _Rect16Rec& rect, ColorPtr color, PenPtr pen);
+// A picture of w x h pixels, 0xAARRGGBB with the colour premultiplied by
+// alpha, row by row, blended over what is there with its top left at (x, y).
+void DRAW_Image(DrawPtr draw, int x, int y, int w, int h, const uint32_t* argb);
 // Text of len bytes (UTF-8; -1 for up to the NUL) with its base line at y.
 void DRAW_Text(DrawPtr draw, FontPtr font, ColorPtr color, int x, int y, const char* text, int len);
+// A procedure that sees every text given to DRAW_Text, drawn or clipped
+// away (the automation surface records what a list cell showed); null
+// stops it.  One tap at a time.
+typedef void (*DrawTextTapProc)(const char* text, int len, void* data);
+void DRAW_SetTextTap(DrawTextTapProc proc, void* data);
 // Width and height (ascent + descent) of a text in pixels; 0, 0 when the
 // display is not open.
 _Point16Rec DRAW_QueryTextExt(FontPtr font, const char* text, int len);

@@ -49,7 +49,22 @@ void DSPLY_DisposeWin(NatWinId win);
 void DSPLY_ShowWin(NatWinId win);
 void DSPLY_HideWin(NatWinId win);
 void DSPLY_RaiseWin(NatWinId win);
+// Iconifies: through the window manager (ICCCM WM_CHANGE_STATE) when one
+// runs, else by unmapping; the state change comes back as an event.
 void DSPLY_IconifyWin(NatWinId win);
+// Maps an iconified window again (ICCCM: map to NormalState).
+void DSPLY_DeiconifyWin(NatWinId win);
+// Puts the window below all others (a window manager restacks its frame).
+void DSPLY_LowerWin(NatWinId win);
+// Asks the window manager to maximize or restore the window (EWMH
+// _NET_WM_STATE); false when no window manager runs, and the caller sizes
+// the window itself.
+bool DSPLY_SetWinMaximized(NatWinId win, bool maximized);
+// Whether a window manager runs on the screen (it owns WM_S<screen>).
+bool DSPLY_HasWinMgr();
+// The part of the screen for windows: the window manager's work area, or
+// the whole screen.
+_Rect16Rec DSPLY_GetWorkArea();
 void DSPLY_MoveResizeWin(NatWinId win, const _Rect16Rec& box);
 void DSPLY_SetWinLabel(NatWinId win, const char* label);
 void DSPLY_SetWinIconLabel(NatWinId win, const char* label);
@@ -59,6 +74,11 @@ void DSPLY_SetWinMinMax(NatWinId win, _Point16Rec minExt, _Point16Rec maxExt);
 void DSPLY_SetWinTransientFor(NatWinId win, NatWinId owner);
 void DSPLY_SetWinCursor(NatWinId win, CursPtr cursor);
 void DSPLY_FocusWin(NatWinId win);
+// A text property (type UTF8_STRING) of the window, replaced whole; a text
+// too long for one request is written in parts.  Errors of a window that
+// is gone meanwhile are recorded, not fatal.
+void DSPLY_SetWinTextProperty(NatWinId win, const char* property, const std::string& text);
+void DSPLY_DeleteWinProperty(NatWinId win, const char* property);
 // Marks a part of the window for an expose event.
 void DSPLY_InvalWinRect(NatWinId win, const _Rect16Rec& rect);
 // The window's client box in screen coordinates as the server has it.
@@ -86,8 +106,13 @@ enum DsplyEvKindEnum {
   DSPLY_EVDELETE,     // the window manager's close box
   DSPLY_EVFOCUSIN,
   DSPLY_EVFOCUSOUT,
-  DSPLY_EVTAKEFOCUS
+  DSPLY_EVTAKEFOCUS,
+  DSPLY_EVRESTACK,    // the window moved in the stacking order only
+  DSPLY_EVWMSTATE     // the window manager's state of the window: WmState
 };
+
+// WmState bits of DSPLY_EVWMSTATE: how the window manager shows the window.
+enum { DSPLY_WMSTATEICONIC = 1, DSPLY_WMSTATEMAXIMIZED = 2 };
 
 struct _DsplyEventRec {
   int Kind;
@@ -103,6 +128,7 @@ struct _DsplyEventRec {
   char KbAsciiStr[256];  // its ASCII part
   bool InNumKeyPad;
   _Rect16Rec Box;        // configure
+  unsigned WmState;      // DSPLY_EVWMSTATE: DSPLY_WMSTATE... bits
   RegionPtr Rgn;         // expose: the merged exposed region, owned by the record
 };
 

@@ -63,5 +63,8 @@ void X_ProcessXEvent(_DsplyEventRec* d);
 
 // The work lists (evwork.cpp), emptied at start-up.
 void EventResetWorkLists();
+// What is done each time before the loop may wait (after the work lists
+// were worked): the automation surface is brought up to date.
+void EventBeforeWait();
 
 #endif  // OWB_TOOLKIT_EVCTX_H

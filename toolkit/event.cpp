@@ -11,6 +11,7 @@
 #include <string>
 #include <vector>
 
+#include "toolkit/autom.h"
 #include "toolkit/dsply.h"
 #include "toolkit/err.h"
 #include "toolkit/evctx.h"
@@ -164,6 +165,7 @@ void EVENT_Init() {
   EVENT_SetTrackDownProcDS(nullptr, nullptr);
   EVENT_SetTrackDelay(nullptr);
   EventResetInput();
+  AUTOM_InitFromEnv();
 }
 
 // --- Dispatch ----------------------------------------------------------------------
@@ -213,6 +215,7 @@ void EventProcess(EventPtr ev) {
     if (!win || win->State != WIN_STATEOPEN || win->Closing) return;
   }
   ctx.Seen = 1;
+  if (type != EVENT_TYPENOTHING) AUTOM_Touch();
   if (type == EVENT_TYPENOTHING) {
     // Goes to no widget: it only becomes the current event, so that a
     // tracking loop in non-blocking mode sees that nothing happened.
@@ -283,6 +286,7 @@ bool runUserQueues(bool high) {
     if ((q->Priority > 0) != high || q->Events.empty()) continue;
     UserEvent e = q->Events.front();
     q->Events.erase(q->Events.begin());
+    AUTOM_Touch();
     e.proc(e.data);
     did = true;
   }
@@ -304,6 +308,7 @@ bool X_DefNextXEvent(_DsplyEventRec* d, int64_t limitMs) {
       remaining = deadline - DSPLY_Now();
       if (remaining <= 0) return false;
     }
+    EventBeforeWait();
     EVENT_ProcessPreBlocking();
     if (!DSPLY_IsOpen()) {
       // Without a display only time can pass.
@@ -387,6 +392,8 @@ void EVENT_ProcessPending() {
   }
   EventContextAt(depth < gDepth ? depth : gDepth).Blocking = blocking;
   EVENT_Update();
+  // The caller's loop waits next (for the display or its own input).
+  EventBeforeWait();
 }
 
 void EVENT_SetBlocking(BoolEnum flag) { EventTopContext().Blocking = flag ? 1 : 0; }

@@ -60,6 +60,8 @@ enum {
   EVENT_WMICONIFIED = 0x40,
   EVENT_WMDEICONIFIED = 0x80,
   EVENT_WMRESTACKED = 0x100,
+  EVENT_WMMAXIMIZED = 0x200,    // the window manager shows it maximized
+  EVENT_WMUNMAXIMIZED = 0x400,  // ... no longer maximized
   EVENT_WMREDRAW = 0x4000,
   EVENT_WMPINCHANGED = 0x8000,
   EVENT_WMTERMINATE = 0x10000,

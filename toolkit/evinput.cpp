@@ -7,6 +7,7 @@
 #include <string>
 #include <vector>
 
+#include "toolkit/autom.h"
 #include "toolkit/dsply.h"
 #include "toolkit/err.h"
 #include "toolkit/evctx.h"
@@ -201,6 +202,7 @@ void processKey(const _DsplyEventRec& d, WinPtr win) {
 // Processes one display event: translation, then EventProcess; recal runs
 // before and after.
 void X_ProcessXEvent(_DsplyEventRec* d) {
+  AUTOM_Touch();
   EVENT_ProcessRecal();
   WinPtr win = WinFromNatWin(d->Win);
   if (!win) return;
@@ -248,11 +250,18 @@ void X_ProcessXEvent(_DsplyEventRec* d) {
     case DSPLY_EVDELETE:
     case DSPLY_EVFOCUSIN:
     case DSPLY_EVFOCUSOUT:
-    case DSPLY_EVTAKEFOCUS: {
+    case DSPLY_EVTAKEFOCUS:
+    case DSPLY_EVRESTACK:
+    case DSPLY_EVWMSTATE: {
       static const UInt kBits[] = {0, 0, 0, 0, 0, 0, 0, 0, 0, 0, EVENT_WMOPENED, EVENT_WMCLOSED, EVENT_WMTERMINATE,
-                                   EVENT_WMACTIVATED, EVENT_WMDEACTIVATED, EVENT_WMTAKEFOCUS};
+                                   EVENT_WMACTIVATED, EVENT_WMDEACTIVATED, EVENT_WMTAKEFOCUS, EVENT_WMRESTACKED};
       ev.Type = EVENT_TYPEWINMGR;
-      ev.WinMgrType = kBits[d->Kind];
+      if (d->Kind == DSPLY_EVWMSTATE)
+        // The report gives the whole state; the window acts on what changed.
+        ev.WinMgrType = ((d->WmState & DSPLY_WMSTATEICONIC) ? EVENT_WMICONIFIED : EVENT_WMDEICONIFIED) |
+                        ((d->WmState & DSPLY_WMSTATEMAXIMIZED) ? EVENT_WMMAXIMIZED : EVENT_WMUNMAXIMIZED);
+      else
+        ev.WinMgrType = kBits[d->Kind];
       // Window-manager events reach windows in any state: opening is one.
       EventContext& ctx = EventTopContext();
       ctx.Seen = 1;

@@ -3,6 +3,7 @@
 // part in them.
 #include <vector>
 
+#include "toolkit/autom.h"
 #include "toolkit/dsply.h"
 #include "toolkit/err.h"
 #include "toolkit/evctx.h"
@@ -112,6 +113,10 @@ void EVENT_ProcessInval() {
 void EVENT_Update() {
   EVENT_ProcessRecal();
   EVENT_ProcessInval();
+}
+
+void EventBeforeWait() {
+  if (AUTOM_IsOn()) AUTOM_Update();
 }
 
 void EventEndWgtManagement(WgtPtr wgt) {

@@ -5,11 +5,13 @@
 
 #include <algorithm>
 #include <cstring>
+#include <map>
 #include <set>
 #include <string>
 #include <utility>
 #include <vector>
 
+#include "toolkit/autom.h"
 #include "toolkit/dsply.h"
 #include "toolkit/err.h"
 #include "toolkit/pfld.h"
@@ -113,6 +115,10 @@ struct LBoxState {
   Int rowZeroValue = -1, colZeroValue = -1;  // whether a heading holds a value; -1: not known
   _LBoxCellDrawRec* cellDraw = nullptr;  // during a drawing message
   std::string copied;
+  // With the automation surface on: the texts drawn in each cell at its
+  // last drawing, by (column, row); cells out of view are dropped when the
+  // box is described.
+  std::map<std::pair<Int, Int>, std::string> drawnText;
 };
 
 WgtPtr W(LBoxPtr b) { return LBOX_Wgt(b); }
@@ -386,7 +392,10 @@ bool drawAtCell(LBoxPtr b, Int col, Int row, Int message) {
   DRAW_ClipRect(rec.Draw, rec.Clip);
   _LBoxCellDrawRec* outer = st(b).cellDraw;
   st(b).cellDraw = &rec;
+  bool capture = message == LBOX_NFYCELLDRAW && AUTOM_IsOn();
+  if (capture) AUTOM_CaptureBegin();
   sendAtCell(b, col, row, message, &rec);
+  if (capture) st(b).drawnText[{col, row}] = AUTOM_CaptureEnd();
   st(b).cellDraw = outer;
   WGT_EndDraw(rec.Draw);
   return true;
@@ -1228,3 +1237,27 @@ void LBOX_DrawCellText(LBoxPtr box, const char* text, FontPtr font, ColorPtr col
 }
 
 void LBOX_SetCellTextHook(LBoxCellTextHook hook) { sTextHook = hook; }
+
+// --- Automation -----------------------------------------------------------------------------------
+
+void LBOX_Describe(WgtPtr wgt, AutomDesc* desc) {
+  LBoxPtr b = LBOX_FromWgt(wgt);
+  if (!b->LBoxPrivate1 || !initialized(b)) return;
+  LBoxState& s = st(b);
+  Range vis = visibleBody(b);
+  // The heading row and column, then the body cells in view.
+  std::vector<Int> rows{0}, cols{0};
+  for (Int r = vis.r0; r <= vis.r1; r++) rows.push_back(r);
+  for (Int c = vis.c0; c <= vis.c1 && c >= 1; c++) cols.push_back(c);
+  std::map<std::pair<Int, Int>, std::string> kept;
+  for (Int r : rows)
+    for (Int c : cols) {
+      _Rect16Rec clip = cellClip(b, c, r, nullptr);
+      if (RECT16_IsEmpty(clip)) continue;
+      auto drawn = s.drawnText.find({c, r});
+      const char* text = drawn != s.drawnText.end() ? drawn->second.c_str() : "";
+      AUTOM_AddCell(desc, c, r, clip, inRanges(s.sel, c, r), text);
+      if (drawn != s.drawnText.end()) kept.insert(*drawn);
+    }
+  s.drawnText.swap(kept);
+}

@@ -287,4 +287,8 @@ void LBOX_DrawCellText(LBoxPtr box, const char* text, FontPtr font, ColorPtr col
 typedef void (*LBoxCellTextHook)(LBoxPtr box, Int col, Int row, const char* text);
 void LBOX_SetCellTextHook(LBoxCellTextHook hook);
 
+// The automation surface: one line per cell in view, headings included,
+// with the texts drawn in it at its last drawing and its selection.
+void LBOX_Describe(WgtPtr wgt, struct AutomDesc* desc);
+
 #endif  // OWB_TOOLKIT_LBOX_H

@@ -4,8 +4,10 @@
 // panel's focus order.
 #include <cstring>
 
+#include "toolkit/autom.h"
 #include "toolkit/err.h"
 #include "toolkit/eventpriv.h"
+#include "toolkit/kylst.h"
 #include "toolkit/pfld.h"
 #include "toolkit/winpub.h"
 
@@ -13,7 +15,11 @@ namespace {
 
 #define PANEL_FIELD(name, member, type, kind) PFLD_MEMBER(_PanelObj, name, member, type, kind)
 
-_PFldRec sPanelFields[] = {PANEL_FIELD("Label", Label, PFLD_VSTR, PFLD_KINDTEXT),
+_PFldRec sPanelFields[] = {PANEL_FIELD("KeysNext", KeysNext, PFLD_RES, PFLD_KINDKEYS),
+                           PANEL_FIELD("KeysPrev", KeysPrev, PFLD_RES, PFLD_KINDKEYS),
+                           PANEL_FIELD("KeysNextInGrp", KeysNextInGroup, PFLD_RES, PFLD_KINDKEYS),
+                           PANEL_FIELD("KeysPrevInGrp", KeysPrevInGroup, PFLD_RES, PFLD_KINDKEYS),
+                           PANEL_FIELD("Label", Label, PFLD_VSTR, PFLD_KINDTEXT),
                            PANEL_FIELD("LabelJustif", LabelJustif, PFLD_UINT16, PFLD_KINDVALUE),
                            PANEL_FIELD("FocusWgtLst", PanelPrivate, PFLD_DATA16, PFLD_KINDVALUE),
                            {nullptr, 0, 0, 0, 0, -1}};
@@ -193,28 +199,29 @@ BoolEnum focusStep(PanelPtr panel, int direction, bool inGroup) {
   return 0;
 }
 
-bool keyIs(Int key, UInt mods, Int wantKey, bool shift) {
-  return key == wantKey && (((mods & EVENT_MODSHIFT) != 0) == shift);
+KyLstPtr keysOf(ResPtr list) {
+  return list && RCLAS_IsSubClassOf(list->ResClass, KYLST_Class()) ? reinterpret_cast<KyLstPtr>(list) : nullptr;
 }
 
+// The focus child gets the key first; then the panel's four key lists
+// move the focus.  The lists within a group apply only while the focus is
+// on a member of a group, so that an arrow key on any other widget stays
+// that widget's.
 void S_DefKeyCirc(PanelPtr panel) {
   WgtPtr focus = panel->FocusWgt;
   if (focus && takesInput(focus)) {
     WGT_Send(focus, WGT_NFYKEYCIRC, EVENT_GetCurEvent());
     if (WGT_IsKeyHandled()) return;
   }
-  Int key = EVENT_GetKeyCode();
-  UInt mods = EVENT_GetKbMods();
+  bool inGroup = focus && (focus->WgtFlags & WGT_FLAGGROUP);
   BoolEnum moved = 0;
   bool matched = true;
-  if (keyIs(key, mods, EVENT_KEYTAB, false)) moved = PANEL_FocusOnNextWgt(panel);
-  else if (keyIs(key, mods, EVENT_KEYTAB, true)) moved = PANEL_FocusOnPrevWgt(panel);
-  else if (focus && (focus->WgtFlags & WGT_FLAGGROUP) && (key == EVENT_KEYDOWN || key == EVENT_KEYRIGHT))
-    moved = PANEL_FocusOnNextWgtInGroup(panel);
-  else if (focus && (focus->WgtFlags & WGT_FLAGGROUP) && (key == EVENT_KEYUP || key == EVENT_KEYLEFT))
-    moved = PANEL_FocusOnPrevWgtInGroup(panel);
+  if (KYLST_Match(keysOf(panel->KeysNext))) moved = PANEL_FocusOnNextWgt(panel);
+  else if (KYLST_Match(keysOf(panel->KeysPrev))) moved = PANEL_FocusOnPrevWgt(panel);
+  else if (inGroup && KYLST_Match(keysOf(panel->KeysNextInGroup))) moved = PANEL_FocusOnNextWgtInGroup(panel);
+  else if (inGroup && KYLST_Match(keysOf(panel->KeysPrevInGroup))) moved = PANEL_FocusOnPrevWgtInGroup(panel);
   else matched = false;
-  // A tab in a window is taken even when there is nowhere to go.
+  // A focus key in a window is taken even when there is nowhere to go.
   if (moved || (matched && !PANEL_Wgt(panel)->Panel)) WGT_KeyHandled(PANEL_Wgt(panel));
 }
 
@@ -246,6 +253,15 @@ void S_LinkChild(ResPtr child, ResPtr panel, ResPtr) {
   c->Win = pw->Panel ? pw->Win : reinterpret_cast<WinPtr>(pw);
 }
 
+// Key lists the template left empty are filled with the module "Wgt"'s.
+void S_PanelConstruct(ResPtr res, ResConstructPtr params) {
+  if (params->Mode == RES_MODECOPY) return;
+  PanelPtr panel = reinterpret_cast<PanelPtr>(res);
+  ResPtr* lists[4] = {&panel->KeysNext, &panel->KeysPrev, &panel->KeysNextInGroup, &panel->KeysPrevInGroup};
+  for (Int i = 0; i < 4; i++)
+    if (!*lists[i]) *lists[i] = KYLST_GetDefault(i);
+}
+
 }  // namespace
 
 RClasPtr PANEL_Class() { return sPanel; }
@@ -253,8 +269,9 @@ RClasPtr PANEL_Class() { return sPanel; }
 void PANEL_InstallClass() {
   WGT_InstallClass();
   PANEL_SetWgtLinkProc(S_LinkChild);
+  KYLST_InstallClass();
   sPanel = WgtRegisterClass("Panel", "Panel", WGT_Class(), sPanelFields, static_cast<Int>(sizeof(_PanelObj)),
-                            nullptr, nullptr, PANEL_DefNfy);
+                            S_PanelConstruct, nullptr, PANEL_DefNfy);
 }
 
 void PANEL_InitClass() {}
@@ -392,6 +409,7 @@ const char* PANEL_GetLabel(PanelPtr panel) { return panel ? VSTR_Get(panel->Labe
 
 void PANEL_SetFocusWgt(PanelPtr panel, WgtPtr wgt) {
   if (!panel || panel->FocusWgt == wgt) return;
+  AUTOM_Touch();
   WgtPtr old = panel->FocusWgt;
   panel->FocusWgt = wgt;
   if (wgt) WGT_Send(wgt, WGT_NFYFOCUSGAINED);
@@ -430,6 +448,7 @@ BoolEnum PANEL_FocusOnPrevWgtInGroup(PanelPtr panel) { return panel ? focusStep(
 
 void PANEL_AddWgtAtIndex(PanelPtr panel, WgtPtr wgt, Int index) {
   if (!panel || !wgt) return;
+  AUTOM_Touch();
   Int count = PANEL_GetNumWgts(panel);
   if (index < 0 || index > count) index = count;
   for (Int i = 0; i < count; i++) {
@@ -454,6 +473,7 @@ void PANEL_AddWgt(PanelPtr panel, WgtPtr wgt) { PANEL_AddWgtAtIndex(panel, wgt, 
 
 void PANEL_RemoveWgt(PanelPtr panel, WgtPtr wgt) {
   if (!panel || !wgt || wgt->Panel != panel) return;
+  AUTOM_Touch();
   WGT_Inval(wgt, nullptr);
   if (panel->FocusWgt == wgt) panel->FocusWgt = nullptr;
   if (panel->MouseWgt == wgt) panel->MouseWgt = nullptr;

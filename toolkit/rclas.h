@@ -44,7 +44,7 @@ struct _DataRec {
 
 // Field kinds (for property editors); -1 is an alias kept for old files
 // and never written.
-enum { PFLD_KINDALIAS = -1, PFLD_KINDTEXT = 1, PFLD_KINDVALUE = 2, PFLD_KINDGEOMETRY = 3 };
+enum { PFLD_KINDALIAS = -1, PFLD_KINDTEXT = 1, PFLD_KINDVALUE = 2, PFLD_KINDGEOMETRY = 3, PFLD_KINDKEYS = 10 };
 
 // A field descriptor.  A class's table is closed by an entry with a null
 // Name.  An Offset of 0 marks a field that is gone: read and dropped.

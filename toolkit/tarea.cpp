@@ -4,6 +4,7 @@
 #include <cstring>
 #include <string>
 
+#include "toolkit/autom.h"
 #include "toolkit/draw.h"
 #include "toolkit/pfld.h"
 #include "toolkit/winpub.h"
@@ -67,6 +68,7 @@ void TAREA_SetText(TAreaPtr area, const char* text) {
   if (!area) return;
   if (std::strcmp(VSTR_Get(area->Text), text ? text : "") == 0) return;
   VSTR_Set(&area->Text, text);
+  AUTOM_Touch();
   WGT_Inval(reinterpret_cast<WgtPtr>(area), nullptr);
 }
 
@@ -77,3 +79,5 @@ void TAREA_SetJustif(TAreaPtr area, UInt16 justif) {
   area->Justif = justif;
   WGT_Inval(reinterpret_cast<WgtPtr>(area), nullptr);
 }
+
+void TAREA_Describe(WgtPtr wgt, AutomDesc* desc) { AUTOM_SetText(desc, reinterpret_cast<TAreaPtr>(wgt)->Text); }

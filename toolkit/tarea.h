@@ -21,6 +21,8 @@ TAreaPtr TAREA_Create();
 long TAREA_DefNfy(ResPtr res, Int message, ClientPtr data);
 void TAREA_SetText(TAreaPtr area, const char* text);
 const char* TAREA_GetText(TAreaPtr area);
+// The automation surface: the text.
+void TAREA_Describe(WgtPtr wgt, struct AutomDesc* desc);
 void TAREA_SetJustif(TAreaPtr area, UInt16 justif);
 
 #endif  // OWB_TOOLKIT_TAREA_H

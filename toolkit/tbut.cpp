@@ -3,14 +3,13 @@
 // flat look.
 #include "toolkit/tbut.h"
 
-#include <cctype>
-#include <cstdlib>
 #include <cstring>
-#include <sstream>
-#include <string>
 
+#include "toolkit/autom.h"
 #include "toolkit/draw.h"
 #include "toolkit/dsply.h"
+#include "toolkit/icon.h"
+#include "toolkit/kylst.h"
 #include "toolkit/pfld.h"
 #include "toolkit/winpub.h"
 
@@ -39,15 +38,23 @@ WgtPtr W(TButPtr b) { return TBUT_Wgt(b); }
 bool initialized(TButPtr b) { return WGT_Res(W(b))->ResInitialized; }
 bool windowOpen(TButPtr b) { return W(b)->Win && W(b)->Win->State == WIN_STATEOPEN; }
 
+ResPtr iconOf(TButPtr b) { return static_cast<ResPtr>(b->TButPrivate); }
+
+// Room between an icon and the label beside it.
+int iconGap(TButPtr b) { return iconOf(b) && b->Label && *b->Label ? px(6) : 0; }
+
 Int lookOf(TButPtr b) {
-  if (b->Style == TBUT_STYLEFACE) return TBUT_STYLEFACE;
+  if (b->Style == TBUT_STYLEFACE || b->Style == TBUT_STYLEICON) return b->Style;
   if (b->Style == TBUT_STYLECHECK || b->Style == TBUT_STYLERADIO) return b->Style;
   if (b->Mode == TBUT_MODETOGGLE) return TBUT_STYLECHECK;
   if (b->Mode == TBUT_MODERADIO) return TBUT_STYLERADIO;
   return TBUT_STYLEFACE;
 }
 
+// Also what the automation surface shows of it may have changed, open
+// window or not.
 void redraw(TButPtr b) {
+  AUTOM_Touch();
   if (initialized(b) && windowOpen(b)) WGT_Inval(W(b), nullptr);
 }
 
@@ -131,27 +138,45 @@ void S_DrawMark(TButPtr b, DrawPtr d, Int look) {
   }
 }
 
+// A picture alone on the background: no face, no mark.
+void S_DrawIconOnly(TButPtr b, DrawPtr d) {
+  WgtPtr w = W(b);
+  DRAW_FillRect(d, RECT16_Make(0, 0, w->Box.Extent.X, w->Box.Extent.Y), WGT_GetBgColor(w));
+  b->TButPrivate2 = WGT_IsEnabled(w) ? WGT_GetFgColor(w) : COLOR_DisabledText();
+  WGT_Send(w, TBUT_NFYDRAWLABEL, d);
+}
+
 void S_Redraw(TButPtr b) {
   DrawPtr d = WGT_BeginDraw(W(b));
   Int look = lookOf(b);
   if (look == TBUT_STYLEFACE) S_DrawFace(b, d);
+  else if (look == TBUT_STYLEICON) S_DrawIconOnly(b, d);
   else S_DrawMark(b, d, look);
   WGT_EndDraw(d);
 }
 
+// The icon (if any) and the label beside it, centred on a face, at the
+// left beside a mark.
 void S_DrawLabel(TButPtr b, DrawPtr d) {
-  if (!d || !b->Label) return;
+  ResPtr icon = iconOf(b);
+  if (!d || (!b->Label && !icon)) return;
   WgtPtr w = W(b);
   FontPtr font = WGT_GetFont(w);
   _Rect16Rec box = TButQueryLabelBox(b);
-  _Point16Rec ext = TButQueryLabelExt(b);
+  _Point16Rec ext = TButQueryLabelExt(b);  // icon and text together
   int x = box.Origin.X;
-  if (lookOf(b) == TBUT_STYLEFACE) x += (box.Extent.X - ext.X) / 2;
-  int y = box.Origin.Y + (box.Extent.Y - ext.Y) / 2 + FONT_GetAscent(font);
+  if (lookOf(b) != TBUT_STYLECHECK && lookOf(b) != TBUT_STYLERADIO) x += (box.Extent.X - ext.X) / 2;
+  DRAW_ClipRect(d, box);
+  if (icon) {
+    _Point16Rec iconExt = ICON_GetScreenSize(icon);
+    ICON_Draw(d, icon, x, box.Origin.Y + (box.Extent.Y - iconExt.Y) / 2);
+    x += iconExt.X + iconGap(b);
+  }
+  if (!b->Label || !*b->Label) return;
+  _Point16Rec textExt = DRAW_QueryTextExt(font, b->Label, -1);
+  int y = box.Origin.Y + (box.Extent.Y - textExt.Y) / 2 + FONT_GetAscent(font);
   ColorPtr color = b->TButPrivate2 ? static_cast<ColorPtr>(b->TButPrivate2) : WGT_GetFgColor(w);
-  DrawPtr clipped = d;
-  DRAW_ClipRect(clipped, box);
-  DRAW_Text(clipped, font, color, x, y, b->Label, -1);
+  DRAW_Text(d, font, color, x, y, b->Label, -1);
 }
 
 // The mode's action after a press that ended inside, then the tool's event.
@@ -218,6 +243,8 @@ void S_TButDestruct(ResPtr res) {
   TButPtr b = reinterpret_cast<TButPtr>(res);
   WgtPtr w = W(b);
   if (w->Win && WIN_GetDefWgt(w->Win) == w) WIN_SetDefWgt(w->Win, nullptr);
+  if (ResPtr icon = iconOf(b)) RES_Release(icon);
+  b->TButPrivate = nullptr;
 }
 
 }  // namespace
@@ -233,6 +260,12 @@ void TBUT_InstallClass() {
 void TBUT_InitClass() {}
 
 TButPtr TBUT_Create() { return reinterpret_cast<TButPtr>(RES_Create(sTBut)); }
+
+void TBUT_Describe(WgtPtr wgt, AutomDesc* desc) {
+  TButPtr b = TBUT_FromWgt(wgt);
+  AUTOM_SetText(desc, b->Label);
+  AUTOM_SetSelected(desc, b->Mode != TBUT_MODEPUSH && b->Sel);
+}
 
 BoolEnum TBUT_IsTBut(WgtPtr wgt) { return wgt && sTBut && RCLAS_IsSubClassOf(WGT_Res(wgt)->ResClass, sTBut); }
 
@@ -336,10 +369,21 @@ void TBUT_Toggle(TButPtr but) {
 void TBUT_SetLabel(TButPtr but, const char* text) {
   if (!but) return;
   VSTR_Set(&but->Label, text);
+  AUTOM_Touch();
   if (initialized(but)) WGT_Inval(W(but), nullptr);
 }
 
 const char* TBUT_GetLabel(TButPtr but) { return but ? VSTR_Get(but->Label) : ""; }
+
+void TBUT_SetIcon(TButPtr but, ResPtr icon) {
+  if (!but || iconOf(but) == icon) return;
+  if (icon) RES_Use(icon);
+  if (ResPtr old = iconOf(but)) RES_Release(old);
+  but->TButPrivate = icon;
+  if (initialized(but)) WGT_Inval(W(but), nullptr);
+}
+
+ResPtr TBUT_GetIcon(TButPtr but) { return but ? iconOf(but) : nullptr; }
 
 void TBUT_SetMode(TButPtr but, Int16 mode) {
   if (!but) return;
@@ -358,46 +402,7 @@ void TBUT_SetAccelKeys(TButPtr but, const char* keys) {
 }
 const char* TBUT_GetAccelKeys(TButPtr but) { return but ? VSTR_Get(but->AccelKeys) : ""; }
 
-BoolEnum TBUT_MatchKeys(const char* keys) {
-  if (!keys) return 0;
-  Int key = EVENT_GetKeyCode();
-  UInt mods = EVENT_GetKbMods() & (EVENT_MODCONTROL | EVENT_MODALT | EVENT_MODSHIFT);
-  const char* ascii = EVENT_GetCurEvent()->KbAsciiStr;
-  std::istringstream in(keys);
-  for (std::string k; in >> k;) {
-    UInt want = 0;
-    for (;;) {
-      if (k.rfind("Ctrl+", 0) == 0) want |= EVENT_MODCONTROL, k.erase(0, 5);
-      else if (k.rfind("Alt+", 0) == 0) want |= EVENT_MODALT, k.erase(0, 4);
-      else if (k.rfind("Shift+", 0) == 0) want |= EVENT_MODSHIFT, k.erase(0, 6);
-      else break;
-    }
-    if (k.size() == 1) {
-      // A character: shift may be part of typing it.
-      char c = static_cast<char>(std::tolower(static_cast<unsigned char>(k[0])));
-      char typed = ascii[0];
-      if (key == EVENT_KEYCONTROL && typed > 0 && typed < 27) typed = static_cast<char>('a' + typed - 1);
-      if ((mods & ~EVENT_MODSHIFT) == (want & ~EVENT_MODSHIFT) &&
-          std::tolower(static_cast<unsigned char>(typed)) == c && typed != 0)
-        return 1;
-      continue;
-    }
-    Int named = EVENT_KEYNONE;
-    if (k == "Return") named = EVENT_KEYRETURN;
-    else if (k == "Enter") named = EVENT_KEYENTER;
-    else if (k == "Escape") named = EVENT_KEYESCAPE;
-    else if (k == "Tab") named = EVENT_KEYTAB;
-    else if (k == "Space") {
-      if (mods == want && ascii[0] == ' ' && ascii[1] == 0) return 1;
-      continue;
-    } else if (k.size() >= 2 && k[0] == 'F') {
-      int n = std::atoi(k.c_str() + 1);
-      if (n >= 1 && n <= 12) named = EVENT_KEYF1 + n - 1;
-    }
-    if (named != EVENT_KEYNONE && key == named && mods == want) return 1;
-  }
-  return 0;
-}
+BoolEnum TBUT_MatchKeys(const char* keys) { return KYLST_MatchKeys(keys); }
 
 void TBUT_SetDefButton(TButPtr but) {
   if (!but || TBUT_IsDefButton(but)) return;
@@ -442,7 +447,13 @@ void TBUT_VisualEffect(TButPtr but, Int effect) {
 // --- Geometry of the look ------------------------------------------------------------------
 
 _Point16Rec TButQueryLabelExt(TButPtr but) {
-  return DRAW_QueryTextExt(WGT_GetFont(W(but)), but && but->Label ? but->Label : "", -1);
+  _Point16Rec ext = DRAW_QueryTextExt(WGT_GetFont(W(but)), but && but->Label ? but->Label : "", -1);
+  if (ResPtr icon = but ? iconOf(but) : nullptr) {
+    _Point16Rec iconExt = ICON_GetScreenSize(icon);
+    ext.X = static_cast<int16_t>(ext.X + iconExt.X + iconGap(but));
+    if (iconExt.Y > ext.Y) ext.Y = iconExt.Y;
+  }
+  return ext;
 }
 
 _Rect16Rec TButQueryCheckRadioBox(TButPtr but) {
@@ -454,6 +465,7 @@ _Rect16Rec TButQueryCheckRadioBox(TButPtr but) {
 
 _Rect16Rec TButQueryLabelBox(TButPtr but) {
   WgtPtr w = W(but);
+  if (lookOf(but) == TBUT_STYLEICON) return RECT16_Make(0, 0, w->Box.Extent.X, w->Box.Extent.Y);
   if (lookOf(but) == TBUT_STYLEFACE)
     return RECT16_Make(px(8), 0, w->Box.Extent.X - 2 * px(8), w->Box.Extent.Y);
   _Rect16Rec m = TButQueryCheckRadioBox(but);
@@ -463,6 +475,7 @@ _Rect16Rec TButQueryLabelBox(TButPtr but) {
 
 Int TButMinWidth(TButPtr but) {
   Int label = TButQueryLabelExt(but).X;
+  if (lookOf(but) == TBUT_STYLEICON) return label;
   if (lookOf(but) == TBUT_STYLEFACE) return label + 2 * px(8) > px(72) ? label + 2 * px(8) : px(72);
   return px(2) + px(16) + px(8) + label + px(2);
 }

@@ -24,12 +24,13 @@ enum ENUM_TButEffectEnum { TBUT_EFFECTPRESSED = 0, TBUT_EFFECTRELEASED = 1, TBUT
 enum { TBUT_MODEPUSH = 0, TBUT_MODETOGGLE = 1, TBUT_MODERADIO = 2 };
 // Style: the look.  Auto follows the mode: a push button's face, a check
 // box for a toggle, a round mark for a radio button; Face shows a toggle or
-// radio button as a face that stays pressed while selected.
-enum { TBUT_STYLEAUTO = 0, TBUT_STYLEFACE = 1, TBUT_STYLECHECK = 2, TBUT_STYLERADIO = 3 };
+// radio button as a face that stays pressed while selected; Icon shows the
+// icon and label alone on the background, with no face.
+enum { TBUT_STYLEAUTO = 0, TBUT_STYLEFACE = 1, TBUT_STYLECHECK = 2, TBUT_STYLERADIO = 3, TBUT_STYLEICON = 4 };
 
 struct _TButObj {
   _WgtObj Wgt;
-  ClientPtr TButPrivate;   // icon: not drawn by this look
+  ClientPtr TButPrivate;   // the icon (an Icon resource the button holds), or null
   VStrPtr Label;
   Int16 Mode;
   Int16 Style;
@@ -53,6 +54,9 @@ void TBUT_InitClass();
 TButPtr TBUT_Create();
 long TBUT_DefNfy(ResPtr res, Int message, ClientPtr data);
 BoolEnum TBUT_IsTBut(WgtPtr wgt);
+// The automation surface: the label, and selected for a toggle or radio
+// button that is on.
+void TBUT_Describe(WgtPtr wgt, struct AutomDesc* desc);
 
 void TBUT_Select(TButPtr but);
 void TBUT_Unselect(TButPtr but);
@@ -61,14 +65,16 @@ BoolEnum TBUT_GetSelected(TButPtr but);
 void TBUT_Toggle(TButPtr but);
 void TBUT_SetLabel(TButPtr but, const char* text);
 const char* TBUT_GetLabel(TButPtr but);
+// Shows an Icon resource (toolkit/icon.h) before the label; null removes
+// it.  The button takes its own reference and releases it when it goes.
+void TBUT_SetIcon(TButPtr but, ResPtr icon);
+ResPtr TBUT_GetIcon(TButPtr but);
 void TBUT_SetMode(TButPtr but, Int16 mode);
 Int16 TBUT_GetMode(TButPtr but);
 void TBUT_SetStyle(TButPtr but, Int16 style);
 Int16 TBUT_GetStyle(TButPtr but);
-// Keys that press the button, separated by blanks: a character ("x"), a
-// key name (Return, Enter, Escape, Space, Tab, F1 .. F12), each optionally
-// after "Ctrl+", "Alt+" or "Shift+".  Characters match without regard to
-// case.
+// Keys that press the button, named as in a key list (toolkit/kylst.h):
+// "Alt+o Ctrl+s F5 Escape".
 void TBUT_SetAccelKeys(TButPtr but, const char* keys);
 const char* TBUT_GetAccelKeys(TButPtr but);
 // True when the current key event matches one of the keys.

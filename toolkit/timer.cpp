@@ -4,6 +4,7 @@
 #include <cstdlib>
 #include <vector>
 
+#include "toolkit/autom.h"
 #include "toolkit/dsply.h"
 #include "toolkit/evctx.h"
 #include "toolkit/eventpriv.h"
@@ -180,6 +181,7 @@ void EVENT_StopCBackAlarm(ClientPtr data) {
 }
 
 void EVENT_ProcessTimeOut() {
+  AUTOM_Touch();  // alarms run code that may change any widget
   if (EVENT_IsRecalPending()) EVENT_ProcessRecal();
   // Everything due is taken off first, so that handlers can queue new
   // alarms; those wait for the next pass even at 0 ms.

@@ -5,6 +5,7 @@
 #include <cstddef>
 #include <cstring>
 
+#include "toolkit/autom.h"
 #include "toolkit/draw.h"
 #include "toolkit/dsply.h"
 #include "toolkit/err.h"
@@ -567,6 +568,7 @@ void WGT_SetModified(WgtPtr wgt, BoolEnum flag) {
 BoolEnum WGT_GetModified(WgtPtr wgt) { return wgt && wgt->WgtPrivate1; }
 
 void WGT_Inval(WgtPtr wgt, const _Rect16Rec* rect) {
+  AUTOM_Touch();
   if (!wgt || !wgt->Win || wgt->Win->State != WIN_STATEOPEN) return;
   _Rect16Rec r = rect ? *rect : RECT16_Make(0, 0, wgt->Box.Extent.X, wgt->Box.Extent.Y);
   _Point16Rec o = WGT_QueryWinOrigin(wgt);

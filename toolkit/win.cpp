@@ -6,6 +6,7 @@
 #include <map>
 #include <vector>
 
+#include "toolkit/autom.h"
 #include "toolkit/dsply.h"
 #include "toolkit/err.h"
 #include "toolkit/evctx.h"
@@ -49,6 +50,8 @@ long sModalReturn = 0;
 struct WinExtra {
   BoolEnum ActivateOnMap = 0;
   BoolEnum HidePending = 0;  // an unmap we asked for
+  BoolEnum Maximized = 0;
+  _Rect16Rec RestoreBox{};   // the box before it was maximized
 };
 std::map<WinPtr, WinExtra> sExtra;
 
@@ -215,6 +218,34 @@ void S_ProcessWinMgr(WinPtr win, EventPtr ev) {
     if (resized) S_Relayout(win, old.Extent);
     WGT_Send(w, resized ? WIN_NFYMOVEDRESIZED : WIN_NFYMOVED);
   }
+  // The window manager's news of the window's state: each acts on a
+  // change only, since a report gives the whole state.
+  if ((bits & EVENT_WMICONIFIED) && win->State == WIN_STATEOPEN) {
+    win->State = WIN_STATEICONIFIED;
+    removeOpen(win);
+    WGT_Send(w, WIN_NFYICONIFIED);
+  }
+  if ((bits & EVENT_WMDEICONIFIED) && win->State == WIN_STATEICONIFIED) {
+    win->State = WIN_STATEOPEN;
+    pushOpen(win);
+    WGT_Send(w, WIN_NFYRESTORED);
+  }
+  if (bits & EVENT_WMMAXIMIZED) {
+    WinExtra& x = sExtra[win];
+    if (!x.Maximized) {
+      x.Maximized = 1;
+      if (RECT16_IsEmpty(x.RestoreBox)) x.RestoreBox = w->Box;
+    }
+  }
+  if (bits & EVENT_WMUNMAXIMIZED) {
+    WinExtra& x = sExtra[win];
+    if (x.Maximized) {
+      x.Maximized = 0;
+      x.RestoreBox = RECT16_Make(0, 0, 0, 0);
+      WGT_Send(w, WIN_NFYRESTORED);
+    }
+  }
+  if (bits & EVENT_WMRESTACKED) WGT_Send(w, WIN_NFYRESTACKED);
   if (bits & EVENT_WMACTIVATED) {
     win->HasFocus = 1;
     sActive = win;
@@ -317,7 +348,16 @@ long WIN_DefNfy(ResPtr res, Int message, ClientPtr data) {
       if (!sRefused) WIN_SelfIconify(win);
       return 0;
     case WIN_NFYPOPTOFRONT:
-      if (!sRefused && win->State == WIN_STATEOPEN) S_Show(win);
+      if (!sRefused) WIN_SelfPopToFront(win);
+      return 0;
+    case WIN_NFYPUSHBEHIND:
+      if (!sRefused) WIN_SelfPushBehind(win);
+      return 0;
+    case WIN_NFYMAXIMIZE:
+      if (!sRefused) WIN_SelfMaximize(win);
+      return 0;
+    case WIN_NFYRESTORE:
+      if (!sRefused) WIN_SelfRestore(win);
       return 0;
     case WIN_NFYTERMINATE:
       if (!sRefused) WIN_SelfTerminate(win);
@@ -328,6 +368,8 @@ long WIN_DefNfy(ResPtr res, Int message, ClientPtr data) {
       return PANEL_DefNfy(res, message, data);
   }
 }
+
+void WIN_Describe(WgtPtr wgt, AutomDesc* desc) { AUTOM_SetText(desc, WIN_GetLabel(WIN_FromRes(WGT_Res(wgt)))); }
 
 WinPtr WIN_Load(const char* moduleName, const char* name) {
   ErrTrace frame("Win", __FILE__, __LINE__);
@@ -382,25 +424,83 @@ BoolEnum WIN_Minimize(WinPtr win) {
   return S_Request(win, WIN_NFYMINIMIZE);
 }
 
-void WIN_SelfMinimize(WinPtr win) {
-  if (win && win->State == WIN_STATEOPEN) S_Hide(win, WIN_STATECLOSED);
-}
+// Minimising iconifies through the window manager's protocol: the window
+// manager is asked to change the window to its iconic state, and shows it
+// in its task bar or as an icon; WIN_Show brings it back.
+void WIN_SelfMinimize(WinPtr win) { WIN_SelfIconify(win); }
 
 BoolEnum WIN_Iconify(WinPtr win) {
   if (!win || win->Closing || win->State != WIN_STATEOPEN) return 0;
   return S_Request(win, WIN_NFYICONIFY);
 }
 
+// The state changes when the display reports the window iconified.
 void WIN_SelfIconify(WinPtr win) {
-  if (!win || win->State != WIN_STATEOPEN) return;
-  if (win->NatWin) DSPLY_IconifyWin(win->NatWin);
-  removeOpen(win);
-  win->State = WIN_STATEICONIFIED;
+  if (win && win->State == WIN_STATEOPEN && win->NatWin) DSPLY_IconifyWin(win->NatWin);
 }
 
 BoolEnum WIN_PopToFront(WinPtr win) {
-  if (!win || win->State != WIN_STATEOPEN) return 0;
+  if (!win || win->Closing || win->State != WIN_STATEOPEN) return 0;
   return S_Request(win, WIN_NFYPOPTOFRONT);
+}
+
+void WIN_SelfPopToFront(WinPtr win) {
+  if (win && win->State == WIN_STATEOPEN) S_Show(win);
+}
+
+BoolEnum WIN_PushBehind(WinPtr win) {
+  if (!win || win->Closing || win->State != WIN_STATEOPEN) return 0;
+  return S_Request(win, WIN_NFYPUSHBEHIND);
+}
+
+void WIN_SelfPushBehind(WinPtr win) {
+  if (!win || win->State != WIN_STATEOPEN) return;
+  if (win->NatWin) DSPLY_LowerWin(win->NatWin);
+  removeOpen(win);
+  sOpen.insert(sOpen.begin(), win);
+}
+
+BoolEnum WIN_IsMaximized(WinPtr win) {
+  auto it = win ? sExtra.find(win) : sExtra.end();
+  return it != sExtra.end() && it->second.Maximized;
+}
+
+BoolEnum WIN_Maximize(WinPtr win) {
+  if (!win || win->Closing || win->State != WIN_STATEOPEN || WIN_IsMaximized(win)) return 0;
+  return S_Request(win, WIN_NFYMAXIMIZE);
+}
+
+// Under a window manager the manager maximizes and reports; without one
+// the window takes the work area itself.
+void WIN_SelfMaximize(WinPtr win) {
+  if (!win || win->State != WIN_STATEOPEN || WIN_IsMaximized(win)) return;
+  WinExtra& x = sExtra[win];
+  x.RestoreBox = W(win)->Box;
+  if (DSPLY_SetWinMaximized(win->NatWin, true)) return;
+  x.Maximized = 1;
+  WIN_SetBox(win, DSPLY_GetWorkArea());
+}
+
+BoolEnum WIN_Restore(WinPtr win) {
+  if (!win || win->Closing) return 0;
+  if (win->State != WIN_STATEICONIFIED && !(win->State == WIN_STATEOPEN && WIN_IsMaximized(win))) return 0;
+  return S_Request(win, WIN_NFYRESTORE);
+}
+
+void WIN_SelfRestore(WinPtr win) {
+  if (!win) return;
+  if (win->State == WIN_STATEICONIFIED) {
+    if (win->NatWin) DSPLY_DeiconifyWin(win->NatWin);  // reported back when mapped
+    return;
+  }
+  if (win->State != WIN_STATEOPEN || !WIN_IsMaximized(win)) return;
+  if (DSPLY_SetWinMaximized(win->NatWin, false)) return;
+  WinExtra& x = sExtra[win];
+  x.Maximized = 0;
+  _Rect16Rec box = x.RestoreBox;
+  x.RestoreBox = RECT16_Make(0, 0, 0, 0);
+  WIN_SetBox(win, box);
+  WGT_Send(W(win), WIN_NFYRESTORED);
 }
 
 BoolEnum WIN_TerminateGetStatus(WinPtr win) {
@@ -435,6 +535,7 @@ WinPtr WIN_GetNthOpen(Int n) { return n >= 0 && n < WIN_GetNumOpen() ? sOpen[sta
 
 void WIN_SetLabel(WinPtr win, const char* label) {
   if (!win) return;
+  AUTOM_Touch();
   VSTR_Set(&WIN_Panel(win)->Label, label);
   if (win->NatWin) DSPLY_SetWinLabel(win->NatWin, label);
 }
@@ -463,6 +564,7 @@ void WIN_SetIconLabel(WinPtr win, const char* label) {
 
 WgtPtr WIN_GetDefWgt(WinPtr win) { return win ? win->DefWgt : nullptr; }
 void WIN_SetDefWgt(WinPtr win, WgtPtr wgt) {
+  AUTOM_Touch();
   if (win) win->DefWgt = wgt;
 }
 void WIN_SetStatusStr(WinPtr win, const char* text) {
@@ -535,7 +637,9 @@ long modalRun(WinPtr win, bool showAndHide, BoolEnum permissive) {
   win->InModal = 1;
   EVENT_ModalProcess(win, 0, permissive);
   win->InModal = outer;
-  if (showAndHide) WIN_Minimize(win);
+  // The dialog is put away, not iconified: it is no window of its own to
+  // the user once its run has ended.
+  if (showAndHide && win->State == WIN_STATEOPEN && !win->Closing) S_Hide(win, WIN_STATECLOSED);
   long value = sModalReturn;
   RES_Release(res);
   return value;
@@ -600,3 +704,7 @@ void WinDrawUpdate(WinPtr win) {
 }
 
 BoolEnum WinIsClosing(WinPtr win) { return win && win->Closing; }
+
+void WinForEachNative(void (*fn)(WinPtr win, ClientPtr data), ClientPtr data) {
+  for (auto& entry : sByNatWin) fn(entry.second, data);
+}

@@ -163,6 +163,8 @@ RClasPtr WIN_Class();
 void WIN_InstallClass();
 void WIN_InitClass();
 long WIN_DefNfy(ResPtr res, Int message, ClientPtr data);
+// The automation surface: the title.
+void WIN_Describe(WgtPtr wgt, struct AutomDesc* desc);
 WinPtr WIN_Load(const char* moduleName, const char* name);
 WinPtr WIN_LoadInit(const char* moduleName, const char* name);
 void WIN_Init(WinPtr win);
@@ -173,7 +175,23 @@ BoolEnum WIN_Minimize(WinPtr win);
 void WIN_SelfMinimize(WinPtr win);
 BoolEnum WIN_Iconify(WinPtr win);
 void WIN_SelfIconify(WinPtr win);
+// Iconifying, restoring and maximizing go through the window manager when
+// one runs; the window's state and the notifications (WIN_NFYICONIFIED,
+// WIN_NFYRESTORED, WIN_NFYRESTACKED, WIN_NFYMOVEDRESIZED) follow what the
+// display reports back.  Without a window manager the window does it
+// itself: iconifying unmaps it, maximizing gives it the work area.
 BoolEnum WIN_PopToFront(WinPtr win);
+void WIN_SelfPopToFront(WinPtr win);
+// Puts an open window behind all others.
+BoolEnum WIN_PushBehind(WinPtr win);
+void WIN_SelfPushBehind(WinPtr win);
+BoolEnum WIN_Maximize(WinPtr win);
+void WIN_SelfMaximize(WinPtr win);
+// An iconified window is opened again, a maximized one gets back the box
+// it had before.
+BoolEnum WIN_Restore(WinPtr win);
+void WIN_SelfRestore(WinPtr win);
+BoolEnum WIN_IsMaximized(WinPtr win);
 BoolEnum WIN_TerminateGetStatus(WinPtr win);
 void WIN_SelfTerminate(WinPtr win);
 // Adds a resource that hears the window's request messages (show, minimize,
@@ -223,5 +241,8 @@ WinPtr WinFromNatWin(NatWinId natWin);
 void WinAddInvalRgn(WinPtr win, RegionPtr rgn);  // window coordinates
 void WinDrawUpdate(WinPtr win);
 BoolEnum WinIsClosing(WinPtr win);
+// Calls fn for every window that has a display window, in no set order;
+// fn must not make or dispose windows.
+void WinForEachNative(void (*fn)(WinPtr win, ClientPtr data), ClientPtr data);
 
 #endif  // OWB_TOOLKIT_WINPUB_H

@@ -5,7 +5,10 @@
 #include <cstdio>
 
 #include "shared/globals.h"
+#include "shared/ui/alertwin.h"
+#include "shared/ui/filepick.h"
 #include "shared/ui/resources.h"
+#include "shared/ui/windman.h"
 #include "toolkit/err.h"
 #include "toolkit/pfld.h"
 #include "toolkit/rclas.h"
@@ -63,8 +66,19 @@ FontPtr loadSharedFont(const char* name) {
   return FONT_LoadByText(description);
 }
 
-// The shared resource library and the colours, pens, pattern and fonts
-// every tool draws with.
+
+// The window manager comes right after the message center, which it
+// registers its handlers with, and goes before it.
+void startWindowSide(int listenerPort) { gWindowManager = new WindowManager(listenerPort > 0); }
+
+void endWindowSide() {
+  delete gWindowManager;
+  gWindowManager = nullptr;
+  uninstallAlertWindow();
+}
+
+}  // namespace
+
 void loadSharedDrawingObjects() {
   ndLoadResourceLibary(kSharedLibrary, kSharedResourceFile);
 
@@ -92,9 +106,10 @@ void loadSharedDrawingObjects() {
   gLabelFont = loadSharedFont("LabelFont");
 }
 
-}  // namespace
-
 void initializeGlobals(const char* toolName, int listenerPort) {
+  setWindowSideHooks(startWindowSide, endWindowSide);
   initializeToolGlobals(toolName, listenerPort);
   loadSharedDrawingObjects();
+  installAlertWindow();
+  installFilePicker();
 }

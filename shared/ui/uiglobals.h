@@ -24,4 +24,10 @@ extern PattPtr gEmptyPattern;
 // is the toolkit's failure.  cleanUpGlobals undoes it.
 void initializeGlobals(const char* toolName, int listenerPort);
 
+// The shared resource library "shared" and the colours, pens, pattern and
+// fonts every tool draws with (gResourcesDirectory must be set); the part
+// of initializeGlobals that a program showing the shared windows alone
+// needs.
+void loadSharedDrawingObjects();
+
 #endif  // OWB_SHARED_UI_UIGLOBALS_H

@@ -1,12 +1,16 @@
-// The shared utilities that need the display: the bell and fitting text
-// into a width.
+// The shared utilities that need the display: the bell, fitting text into
+// a width, and dragging an outline.
 #include "shared/ui/uiutils.h"
 
+#include <cstdlib>
 #include <cstring>
 
+#include "shared/ui/uiglobals.h"
 #include "toolkit/draw.h"
 #include "toolkit/dsply.h"
+#include "toolkit/event.h"
 #include "toolkit/wgtpub.h"
+#include "toolkit/winpub.h"
 
 void owbBeep() { DSPLY_Beep(); }
 
@@ -76,4 +80,48 @@ void truncToFit(_WgtObj* referenceWgt, int width, char* workStr) { fitText(refer
 
 void reverseTruncToFit(_WgtObj* referenceWgt, int width, char* workStr) {
   fitText(referenceWgt, width, workStr, true);
+}
+
+namespace {
+
+constexpr int kDragThreshold = 12;
+
+// The outline inverts what lies under it: a second drawing erases it.
+void drawOutline(WinPtr win, const _Rect16Rec& rect, PenPtr pen) {
+  DrawPtr d = DRAW_Begin(WIN_GetNatWin(win), _Point16Rec{0, 0}, nullptr);
+  DRAW_FrameRect(d, rect, COLOR_Invert(), pen);
+  DRAW_End(d);
+  DRAW_Flush();
+}
+
+}  // namespace
+
+bool trackGhostDrag(_WinObj* win, _Rect16Rec* dragRect, _PenRec* dragPen) {
+  if (!win || !dragRect) return false;
+  PenPtr pen = dragPen ? dragPen : gSolidPen ? gSolidPen : PEN_Solid();
+  WgtPtr w = WIN_Wgt(win);
+  _Point16Rec start;
+  EVENT_QueryWinLoc(win, &start);
+  const _Point16Rec startOrigin = dragRect->Origin;
+  bool started = false, drawn = false;
+  _Rect16Rec shown{};
+  EVENT_TrackDownBegin(w);
+  while (EVENT_TrackDown(w)) {
+    _Point16Rec loc;
+    EVENT_QueryWinLoc(win, &loc);
+    int dx = loc.X - start.X, dy = loc.Y - start.Y;
+    if (!started && std::abs(dx) < kDragThreshold && std::abs(dy) < kDragThreshold) continue;
+    started = true;
+    _Rect16Rec next = *dragRect;
+    next.Origin = _Point16Rec{static_cast<int16_t>(startOrigin.X + dx), static_cast<int16_t>(startOrigin.Y + dy)};
+    if (drawn && RECT16_Equal(next, shown)) continue;
+    if (drawn) drawOutline(win, shown, pen);
+    *dragRect = next;
+    drawOutline(win, next, pen);
+    shown = next;
+    drawn = true;
+  }
+  EVENT_TrackDownEnd(w);
+  if (drawn) drawOutline(win, shown, pen);
+  return dragRect->Origin.X != startOrigin.X || dragRect->Origin.Y != startOrigin.Y;
 }

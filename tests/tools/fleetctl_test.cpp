@@ -1,6 +1,7 @@
 // fleetctl as a real process: exit statuses, output and alerts.
 #include <gtest/gtest.h>
 #include <fcntl.h>
+#include <signal.h>
 #include <sys/stat.h>
 #include <sys/wait.h>
 #include <unistd.h>
@@ -125,7 +126,7 @@ TEST_F(Fleetctl, UsageErrorsGiveStatusTwo) {
   }
   Outcome help = run({"--help"});
   EXPECT_EQ(help.status, 0);
-  for (const char* command : {"new", "make", "run", "kill", "status", "backup", "restore", "remove", "check", "config"})
+  for (const char* command : {"new", "make", "run", "kill", "status", "backup", "restore", "remove", "check", "config", "logs"})
     EXPECT_NE(help.out.find(std::string("  ") + command + " FLEETDIR"), std::string::npos) << command;
 }
 
@@ -137,6 +138,74 @@ TEST_F(Fleetctl, VerboseShowsProgressNotesOnStandardOutput) {
   EXPECT_NE(verbose.out.find("OWK Installation Directory: /opt/owb\n"), std::string::npos);
   EXPECT_NE(verbose.out.find("Current Directory: " + tmp_.path() + "\n"), std::string::npos);
   EXPECT_EQ(verbose.status, 0);
+}
+
+TEST_F(Fleetctl, LogsPrintsTheOutputFileOrItsLastLines) {
+  writeWholeFile(tmp_.file("demo/eng1.out"), "one\ntwo\nthree\nfour");
+  EXPECT_EQ(run({"logs", "demo", "eng1"}).out, "one\ntwo\nthree\nfour");
+  EXPECT_EQ(run({"logs", "demo", "eng1", "--lines", "2"}).out, "three\nfour");
+  writeWholeFile(tmp_.file("demo/eng1.out"), "one\ntwo\nthree\n");
+  EXPECT_EQ(run({"logs", "demo", "eng1", "--lines=2"}).out, "two\nthree\n");
+  EXPECT_EQ(run({"logs", "demo", "eng1", "--lines", "0"}).out, "");
+  EXPECT_EQ(run({"logs", "demo", "eng1", "--lines", "99"}).out, "one\ntwo\nthree\n");
+  std::string big;
+  for (int i = 0; i < 20000; ++i) big += "line " + std::to_string(i) + "\n";
+  writeWholeFile(tmp_.file("demo/big.out"), big);
+  EXPECT_EQ(run({"logs", "demo", "big", "--lines", "2"}).out, "line 19998\nline 19999\n");
+
+  Outcome missing = run({"logs", "demo", "nobody"});
+  EXPECT_EQ(missing.status, 1);
+  EXPECT_NE(missing.err.find("nobody.out"), std::string::npos);
+  ASSERT_EQ(mkfifo(tmp_.file("demo/pipe.out").c_str(), 0600), 0);
+  Outcome fifo = run({"logs", "demo", "pipe"});  // refused at once, not read
+  EXPECT_EQ(fifo.status, 1);
+  EXPECT_NE(fifo.err.find("not a regular file"), std::string::npos);
+  EXPECT_EQ(run({"logs", "demo", "../x"}).status, 2);
+  EXPECT_EQ(run({"logs", "demo", "eng1", "--lines", "-3"}).status, 2);
+  EXPECT_EQ(run({"logs", "demo"}).status, 2);
+}
+
+TEST_F(Fleetctl, LogsFollowPrintsWhatIsAppendedUntilInterrupted) {
+  std::string out = tmp_.file("demo/eng1.out");
+  writeWholeFile(out, "old 1\nold 2\n");
+  int pipeEnds[2];
+  ASSERT_EQ(pipe(pipeEnds), 0);
+  pid_t child = fork();
+  if (child == 0) {
+    dup2(pipeEnds[1], 1);
+    close(pipeEnds[0]);
+    if (chdir(tmp_.path().c_str()) != 0) _exit(126);
+    std::string program = fleetctlPath();
+    execl(program.c_str(), program.c_str(), "logs", "demo", "eng1", "--follow", "--lines", "1",
+          static_cast<char*>(nullptr));
+    _exit(127);
+  }
+  close(pipeEnds[1]);
+  fcntl(pipeEnds[0], F_SETFL, O_NONBLOCK);
+  std::string seen;
+  auto seenEventually = [&](const std::string& text) {
+    for (int i = 0; i < 500 && seen.find(text) == std::string::npos; ++i) {
+      char buffer[256];
+      ssize_t n = read(pipeEnds[0], buffer, sizeof buffer);
+      if (n > 0) seen.append(buffer, static_cast<size_t>(n));
+      else usleep(10000);
+    }
+    return seen.find(text) != std::string::npos;
+  };
+  EXPECT_TRUE(seenEventually("old 2\n"));
+  {
+    std::ofstream append(out, std::ios::app);
+    append << "new 3\n";
+  }
+  EXPECT_TRUE(seenEventually("old 2\nnew 3\n"));
+  EXPECT_EQ(seen.find("old 1"), std::string::npos);
+  writeWholeFile(out, "restarted\n");  // cut short: printed from its start
+  EXPECT_TRUE(seenEventually("new 3\nrestarted\n"));
+  kill(child, SIGINT);
+  int status = 0;
+  waitpid(child, &status, 0);
+  EXPECT_TRUE(WIFSIGNALED(status));
+  close(pipeEnds[0]);
 }
 
 }  // namespace

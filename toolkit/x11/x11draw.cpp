@@ -212,7 +212,47 @@ void DRAW_FrameEllipse(DrawPtr draw, const _Rect16Rec& rect, ColorPtr color, Pen
   });
 }
 
+namespace {
+DrawTextTapProc gTextTap = nullptr;
+void* gTextTapData = nullptr;
+}  // namespace
+
+void DRAW_SetTextTap(DrawTextTapProc proc, void* data) {
+  gTextTap = proc;
+  gTextTapData = data;
+}
+
+void DRAW_Image(DrawPtr draw, int x, int y, int w, int h, const uint32_t* argb) {
+  if (!usable(draw) || !argb || w <= 0 || h <= 0 || w > 4096 || h > 4096) return;
+  X11State& x11 = X11();
+  XRenderPictFormat* format = XRenderFindStandardFormat(x11.dpy, PictStandardARGB32);
+  if (!format) return;
+  // The pixels go to a 32-bit pixmap, which Render blends over the window.
+  Pixmap pixmap = XCreatePixmap(x11.dpy, draw->win, static_cast<unsigned>(w), static_cast<unsigned>(h), 32);
+  GC gc = XCreateGC(x11.dpy, pixmap, 0, nullptr);
+  std::vector<uint32_t> copy(argb, argb + static_cast<size_t>(w) * h);
+  XImage* image = XCreateImage(x11.dpy, nullptr, 32, ZPixmap, 0, reinterpret_cast<char*>(copy.data()),
+                               static_cast<unsigned>(w), static_cast<unsigned>(h), 32, w * 4);
+  if (image) {
+    // The pixels are 32-bit words in this machine's order; Xlib converts.
+    const uint32_t probe = 1;
+    image->byte_order = *reinterpret_cast<const uint8_t*>(&probe) == 1 ? LSBFirst : MSBFirst;
+    XPutImage(x11.dpy, pixmap, gc, image, 0, 0, 0, 0, static_cast<unsigned>(w), static_cast<unsigned>(h));
+    image->data = nullptr;  // the vector owns the pixels
+    XDestroyImage(image);
+    Picture source = XRenderCreatePicture(x11.dpy, pixmap, format, 0, nullptr);
+    XftDraw* xd = xftDrawOf(draw->win);
+    applyXftClip(draw, xd);
+    XRenderComposite(x11.dpy, PictOpOver, source, None, XftDrawPicture(xd), 0, 0, 0, 0, draw->origin.X + x,
+                     draw->origin.Y + y, static_cast<unsigned>(w), static_cast<unsigned>(h));
+    XRenderFreePicture(x11.dpy, source);
+  }
+  XFreeGC(x11.dpy, gc);
+  XFreePixmap(x11.dpy, pixmap);
+}
+
 void DRAW_Text(DrawPtr draw, FontPtr font, ColorPtr color, int x, int y, const char* text, int len) {
+  if (gTextTap && text) gTextTap(text, len, gTextTapData);
   if (!usable(draw) || !text || !color || color->Kind != COLOR_KINDRGB) return;
   if (len < 0) len = static_cast<int>(std::strlen(text));
   if (len == 0) return;

@@ -9,6 +9,7 @@
 
 #include <cstdlib>
 #include <cstring>
+#include <map>
 #include <set>
 #include <string>
 
@@ -19,6 +20,7 @@
 namespace {
 X11State gX;
 std::set<Window> gOurWins;
+std::map<std::string, Atom> gAtoms;  // atoms interned by name, per connection
 std::string gLastError;
 int gLook = DSPLY_LOOKFLAT;
 
@@ -87,6 +89,12 @@ bool DSPLY_Init(const char* displayName) {
   gX.netWmIconName = XInternAtom(dpy, "_NET_WM_ICON_NAME", False);
   gX.netWmIcon = XInternAtom(dpy, "_NET_WM_ICON", False);
   gX.utf8String = XInternAtom(dpy, "UTF8_STRING", False);
+  gX.wmState = XInternAtom(dpy, "WM_STATE", False);
+  gX.wmChangeState = XInternAtom(dpy, "WM_CHANGE_STATE", False);
+  gX.netWmState = XInternAtom(dpy, "_NET_WM_STATE", False);
+  gX.netWmStateMaxVert = XInternAtom(dpy, "_NET_WM_STATE_MAXIMIZED_VERT", False);
+  gX.netWmStateMaxHorz = XInternAtom(dpy, "_NET_WM_STATE_MAXIMIZED_HORZ", False);
+  gX.netActiveWindow = XInternAtom(dpy, "_NET_ACTIVE_WINDOW", False);
   gX.gc = XCreateGC(dpy, gX.root, 0, nullptr);
   static const char kGrayBits[] = {0x01, 0x02};
   gX.grayStipple = XCreateBitmapFromData(dpy, gX.root, kGrayBits, 2, 2);
@@ -107,6 +115,7 @@ void DSPLY_Exit() {
   XFreePixmap(gX.dpy, gX.grayStipple);
   XCloseDisplay(gX.dpy);
   gX = X11State{};
+  gAtoms.clear();
 }
 
 bool DSPLY_IsOpen() { return gX.dpy != nullptr; }
@@ -161,7 +170,8 @@ NatWinId DSPLY_NewWin(const _Rect16Rec& box, const char* label, ColorPtr backgro
   attrs.border_pixel = X11Pixel(COLOR_Border());
   attrs.bit_gravity = NorthWestGravity;
   attrs.event_mask = ExposureMask | ButtonPressMask | ButtonReleaseMask | PointerMotionMask | LeaveWindowMask |
-                     EnterWindowMask | KeyPressMask | KeyReleaseMask | StructureNotifyMask | FocusChangeMask;
+                     EnterWindowMask | KeyPressMask | KeyReleaseMask | StructureNotifyMask | FocusChangeMask |
+                     PropertyChangeMask;
   unsigned w = static_cast<unsigned>(box.Extent.X > 0 ? box.Extent.X : 1);
   unsigned h = static_cast<unsigned>(box.Extent.Y > 0 ? box.Extent.Y : 1);
   Window win = XCreateWindow(gX.dpy, gX.root, box.Origin.X, box.Origin.Y, w, h, 0, gX.depth, InputOutput,
@@ -195,6 +205,7 @@ NatWinId DSPLY_NewWin(const _Rect16Rec& box, const char* label, ColorPtr backgro
 void DSPLY_DisposeWin(NatWinId win) {
   if (!gX.dpy || !gOurWins.count(win)) return;
   X11ForgetWinDraw(win);
+  X11ForgetWinEvents(win);
   gOurWins.erase(win);
   XDestroyWindow(gX.dpy, win);
   XFlush(gX.dpy);
@@ -210,12 +221,122 @@ void DSPLY_HideWin(NatWinId win) {
   XWithdrawWindow(gX.dpy, win, gX.screen);
 }
 
+namespace {
+Atom atomOf(const char* name) {
+  auto it = gAtoms.find(name);
+  if (it != gAtoms.end()) return it->second;
+  Atom a = XInternAtom(gX.dpy, name, False);
+  gAtoms[name] = a;
+  return a;
+}
+}  // namespace
+
+namespace {
+// A client message to the root window, as the window manager protocols ask
+// (EWMH and ICCCM requests).
+void sendToRoot(Window win, Atom type, long l0, long l1 = 0, long l2 = 0, long l3 = 0) {
+  XEvent ev{};
+  ev.xclient.type = ClientMessage;
+  ev.xclient.window = win;
+  ev.xclient.message_type = type;
+  ev.xclient.format = 32;
+  ev.xclient.data.l[0] = l0;
+  ev.xclient.data.l[1] = l1;
+  ev.xclient.data.l[2] = l2;
+  ev.xclient.data.l[3] = l3;
+  XSendEvent(gX.dpy, gX.root, False, SubstructureRedirectMask | SubstructureNotifyMask, &ev);
+}
+
+void restack(Window win, int mode) {
+  XWindowChanges changes{};
+  changes.stack_mode = mode;
+  // Goes to the window manager's frame when there is one (ICCCM 4.1.5).
+  XReconfigureWMWindow(gX.dpy, win, gX.screen, CWStackMode, &changes);
+}
+}  // namespace
+
+bool DSPLY_HasWinMgr() {
+  if (!gX.dpy) return false;
+  std::string name = "WM_S" + std::to_string(gX.screen);
+  return XGetSelectionOwner(gX.dpy, atomOf(name.c_str())) != None;
+}
+
 void DSPLY_RaiseWin(NatWinId win) {
-  if (gX.dpy && win) XRaiseWindow(gX.dpy, win);
+  if (!gX.dpy || !win) return;
+  restack(win, Above);
+  // A window manager decides what comes to the front: ask it as an
+  // application (source 1).
+  if (DSPLY_HasWinMgr()) sendToRoot(win, gX.netActiveWindow, 1, CurrentTime);
+}
+
+void DSPLY_LowerWin(NatWinId win) {
+  if (gX.dpy && win) restack(win, Below);
 }
 
 void DSPLY_IconifyWin(NatWinId win) {
-  if (gX.dpy && win) XIconifyWindow(gX.dpy, win, gX.screen);
+  if (!gX.dpy || !win) return;
+  if (DSPLY_HasWinMgr()) XIconifyWindow(gX.dpy, win, gX.screen);
+  else XUnmapWindow(gX.dpy, win);
+}
+
+void DSPLY_DeiconifyWin(NatWinId win) {
+  if (gX.dpy && win) XMapRaised(gX.dpy, win);
+}
+
+bool DSPLY_SetWinMaximized(NatWinId win, bool maximized) {
+  if (!gX.dpy || !win || !DSPLY_HasWinMgr()) return false;
+  sendToRoot(win, gX.netWmState, maximized ? 1 : 0, static_cast<long>(gX.netWmStateMaxVert),
+             static_cast<long>(gX.netWmStateMaxHorz), 1);
+  return true;
+}
+
+_Rect16Rec DSPLY_GetWorkArea() {
+  _Point16Rec ext = DSPLY_GetScreenExt();
+  _Rect16Rec area = RECT16_Make(0, 0, ext.X, ext.Y);
+  if (!gX.dpy) return area;
+  Atom type;
+  int format;
+  unsigned long count = 0, after;
+  unsigned char* data = nullptr;
+  if (XGetWindowProperty(gX.dpy, gX.root, atomOf("_NET_WORKAREA"), 0, 4, False, XA_CARDINAL, &type, &format,
+                         &count, &after, &data) == Success &&
+      data && format == 32 && count >= 4) {
+    const long* v = reinterpret_cast<const long*>(data);
+    if (v[2] > 0 && v[3] > 0 && v[2] <= 32767 && v[3] <= 32767 && v[0] >= 0 && v[1] >= 0 && v[0] < 32767 &&
+        v[1] < 32767)
+      area = RECT16_Make(static_cast<int>(v[0]), static_cast<int>(v[1]), static_cast<int>(v[2]),
+                         static_cast<int>(v[3]));
+  }
+  if (data) XFree(data);
+  return area;
+}
+
+unsigned X11QueryWmState(Window win) {
+  unsigned state = 0;
+  Atom type;
+  int format;
+  unsigned long count = 0, after;
+  unsigned char* data = nullptr;
+  if (XGetWindowProperty(gX.dpy, win, gX.wmState, 0, 2, False, gX.wmState, &type, &format, &count, &after, &data) ==
+          Success &&
+      data && format == 32 && count >= 1 && reinterpret_cast<const long*>(data)[0] == IconicState)
+    state |= DSPLY_WMSTATEICONIC;
+  if (data) XFree(data);
+  data = nullptr;
+  count = 0;
+  if (XGetWindowProperty(gX.dpy, win, gX.netWmState, 0, 64, False, XA_ATOM, &type, &format, &count, &after,
+                         &data) == Success &&
+      data && format == 32) {
+    const long* atoms = reinterpret_cast<const long*>(data);
+    bool vert = false, horz = false;
+    for (unsigned long i = 0; i < count; i++) {
+      vert = vert || static_cast<Atom>(atoms[i]) == gX.netWmStateMaxVert;
+      horz = horz || static_cast<Atom>(atoms[i]) == gX.netWmStateMaxHorz;
+    }
+    if (vert && horz) state |= DSPLY_WMSTATEMAXIMIZED;
+  }
+  if (data) XFree(data);
+  return state;
 }
 
 void DSPLY_MoveResizeWin(NatWinId win, const _Rect16Rec& box) {
@@ -290,6 +411,31 @@ void DSPLY_FocusWin(NatWinId win) {
   // Focus can only be given to a viewable window.
   if (XGetWindowAttributes(gX.dpy, win, &attrs) && attrs.map_state == IsViewable)
     XSetInputFocus(gX.dpy, win, RevertToParent, CurrentTime);
+}
+
+
+void DSPLY_SetWinTextProperty(NatWinId win, const char* property, const std::string& text) {
+  if (!gX.dpy || !win || !property || !gOurWins.count(win)) return;
+  Atom prop = atomOf(property);
+  // The largest request the server takes, in bytes, less room for the
+  // request's own header.
+  long maxRequest = XExtendedMaxRequestSize(gX.dpy);
+  if (maxRequest <= 0) maxRequest = XMaxRequestSize(gX.dpy);
+  size_t chunk = static_cast<size_t>(maxRequest) * 4 - 256;
+  const unsigned char* data = reinterpret_cast<const unsigned char*>(text.data());
+  size_t done = 0;
+  int mode = PropModeReplace;
+  do {
+    size_t n = text.size() - done < chunk ? text.size() - done : chunk;
+    XChangeProperty(gX.dpy, win, prop, gX.utf8String, 8, mode, data + done, static_cast<int>(n));
+    done += n;
+    mode = PropModeAppend;
+  } while (done < text.size());
+}
+
+void DSPLY_DeleteWinProperty(NatWinId win, const char* property) {
+  if (!gX.dpy || !win || !property || !gOurWins.count(win)) return;
+  XDeleteProperty(gX.dpy, win, atomOf(property));
 }
 
 void DSPLY_InvalWinRect(NatWinId win, const _Rect16Rec& rect) {

@@ -6,6 +6,7 @@
 
 #include <cerrno>
 #include <cstring>
+#include <map>
 
 #include "toolkit/dsply.h"
 #include "toolkit/evkeys.h"
@@ -27,6 +28,9 @@ unsigned X11ToolkitMods(unsigned state) {
 }
 
 namespace {
+
+// The last configuration of each window, to tell a restack from a move.
+std::map<Window, XConfigureEvent> gLastConfigure;
 
 int keyOfSym(KeySym sym) {
   if (sym >= XK_F1 && sym <= XK_F12) return EVENT_KEYF1 + static_cast<int>(sym - XK_F1);
@@ -134,6 +138,12 @@ int wheelOf(unsigned b) {
 }
 unsigned buttonMask(int b) { return b == 1 ? EVENT_MODBUT1 : b == 2 ? EVENT_MODBUT2 : b == 3 ? EVENT_MODBUT3 : 0; }
 
+}  // namespace
+
+void X11ForgetWinEvents(Window win) { gLastConfigure.erase(win); }
+
+namespace {
+
 // Translates one X event; false for an event the toolkit has no use for.
 bool translate(XEvent* xe, _DsplyEventRec* ev) {
   X11State& x = X11();
@@ -199,6 +209,18 @@ bool translate(XEvent* xe, _DsplyEventRec* ev) {
     case ConfigureNotify: {
       while (XCheckTypedWindowEvent(x.dpy, w, ConfigureNotify, xe)) {
       }
+      // Same place and size with another window below: only the stacking
+      // order changed.
+      XConfigureEvent& c = xe->xconfigure;
+      auto last = gLastConfigure.find(w);
+      bool restacked = last != gLastConfigure.end() && last->second.x == c.x && last->second.y == c.y &&
+                       last->second.width == c.width && last->second.height == c.height &&
+                       last->second.above != c.above;
+      gLastConfigure[w] = c;
+      if (restacked) {
+        ev->Kind = DSPLY_EVRESTACK;
+        return true;
+      }
       ev->Kind = DSPLY_EVCONFIGURE;
       _Rect16Rec box;
       if (!DSPLY_QueryWinBox(ev->Win, &box))
@@ -206,6 +228,11 @@ bool translate(XEvent* xe, _DsplyEventRec* ev) {
       ev->Box = box;
       return true;
     }
+    case PropertyNotify:
+      if (xe->xproperty.atom != x.wmState && xe->xproperty.atom != x.netWmState) return false;
+      ev->Kind = DSPLY_EVWMSTATE;
+      ev->WmState = X11QueryWmState(w);
+      return true;
     case MapNotify: ev->Kind = DSPLY_EVMAP; return true;
     case UnmapNotify: ev->Kind = DSPLY_EVUNMAP; return true;
     case FocusIn:

@@ -25,7 +25,8 @@ struct X11State {
   int depth = 0;
   int dpi = 96;
   Atom wmProtocols = 0, wmDeleteWindow = 0, wmTakeFocus = 0, netWmName = 0, netWmIconName = 0,
-       netWmIcon = 0, utf8String = 0;
+       netWmIcon = 0, utf8String = 0, wmState = 0, wmChangeState = 0, netWmState = 0, netWmStateMaxVert = 0,
+       netWmStateMaxHorz = 0, netActiveWindow = 0;
   GC gc = nullptr;  // one graphics context for all drawing
   Pixmap grayStipple = 0;  // every other pixel, for the gray pattern
 };
@@ -44,6 +45,10 @@ Cursor X11Cursor(CursPtr cursor);
 void X11ReleaseAttributes();
 // Forgets the per-window drawing state of a window that goes away.
 void X11ForgetWinDraw(Window win);
+// The window manager's state of a window (DSPLY_WMSTATE... bits).
+unsigned X11QueryWmState(Window win);
+// Forgets what the event translation kept of a window that goes away.
+void X11ForgetWinEvents(Window win);
 // True for a window the toolkit made.
 bool X11IsOurWin(Window win);
 

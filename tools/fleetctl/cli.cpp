@@ -52,7 +52,12 @@ const char* const kHelp =
     "      \"<kind> <label> <value>\"; with --json an array of objects {\"kind\", \"label\",\n"
     "      \"value\"}, kind one of \"boolean\", \"integer\", \"string\", \"environ\", \"external\",\n"
     "      \"nil\", \"file\"; value true/false, a number, a string, {\"command\": ...,\n"
-    "      \"background\": true|false} for an external, null otherwise\n";
+    "      \"background\": true|false} for an external, null otherwise\n"
+    "  logs FLEETDIR LABEL [--follow] [--lines N]\n"
+    "      the output of process LABEL, FLEETDIR/LABEL.out (standard output and error, kept\n"
+    "      whether it runs in a terminal window or in the background); --lines N prints only\n"
+    "      the last N lines; --follow then prints what is appended, as tail -f does, until\n"
+    "      interrupted, starting again from the top when the file is cut short or replaced\n";
 
 }  // namespace
 
@@ -92,6 +97,7 @@ const std::vector<Command>& commandTable() {
       {"remove", {"FLEETDIR"}, {}, removeCommand},
       {"check", {"FLEETDIR"}, {}, checkCommand},
       {"config", {"FLEETDIR", "ENGINE"}, {{"--json", false, false}}, configCommand},
+      {"logs", {"FLEETDIR", "LABEL"}, {{"--follow", false, false}, {"--lines", true, false}}, logsCommand},
   };
   return kCommands;
 }

@@ -10,6 +10,8 @@ namespace fleetctl {
 int checkCommand(const ParsedArgs& args);
 // config FLEETDIR ENGINE [--json]: the engine's startup.cfg as read in use mode.
 int configCommand(const ParsedArgs& args);
+// logs FLEETDIR LABEL [--follow] [--lines N]: the process's output file.
+int logsCommand(const ParsedArgs& args);
 
 }  // namespace fleetctl
 

@@ -14,12 +14,22 @@
 // In the background form standard output and standard error go to
 // FLEETDIR/LABEL.out (appended to, so that the output of earlier runs
 // stays until a clean-up) and standard input comes from /dev/null.
+// Under a terminal window the command runs on a pseudo-terminal of its own
+// that run_prog relays, as script(1) does: the command still sees a
+// terminal (interactive programs and line buffering behave as on the
+// window's own), keys go to it, and what it writes shows in the window and
+// is appended to FLEETDIR/LABEL.out too.  The command leads its own session
+// and group there, and the pid file names it, not the relay.
 //
 // Exit status: 2 for a bad command line, 1 when the pid file or the output
 // file can't be written, 127 when the command can't be run (its pid file
 // is then removed again); otherwise whatever the command gives.
 #include <fcntl.h>
+#include <poll.h>
 #include <signal.h>
+#include <sys/ioctl.h>
+#include <sys/wait.h>
+#include <termios.h>
 #include <unistd.h>
 
 #include <cerrno>
@@ -97,6 +107,121 @@ bool sendOutputTo(const std::string& outputName) {
   return true;
 }
 
+// --- The terminal relay -------------------------------------------------------------
+
+volatile sig_atomic_t gWindowResized = 0;
+struct termios gSavedTerminal;
+bool gTerminalSaved = false;
+
+void restoreTerminal() {
+  if (gTerminalSaved) tcsetattr(STDIN_FILENO, TCSAFLUSH, &gSavedTerminal);
+}
+
+bool writeAll(int fd, const char* data, ssize_t length) {
+  while (length > 0) {
+    ssize_t n = write(fd, data, static_cast<size_t>(length));
+    if (n < 0 && errno == EINTR) continue;
+    if (n <= 0) return false;
+    data += n;
+    length -= n;
+  }
+  return true;
+}
+
+void copyWindowSize(int from, int to) {
+  struct winsize size;
+  if (ioctl(from, TIOCGWINSZ, &size) == 0) ioctl(to, TIOCSWINSZ, &size);
+}
+
+// Copies between the window's terminal and the command's until the command
+// has ended and its terminal is drained; exits with the command's status.
+[[noreturn]] void relay(int master, int output, pid_t command) {
+  bool toWindow = true;  // false once the window's terminal is gone
+  bool fromWindow = true;
+  int status = 0;
+  bool ended = false;
+  char buffer[8192];
+  for (;;) {
+    if (gWindowResized) {
+      gWindowResized = 0;
+      copyWindowSize(STDIN_FILENO, master);
+    }
+    struct pollfd watched[2] = {{master, POLLIN, 0}, {STDIN_FILENO, POLLIN, 0}};
+    int ready = poll(watched, fromWindow ? 2 : 1, ended ? 0 : 200);
+    if (ready < 0 && errno != EINTR) break;
+    if (ready > 0 && (watched[0].revents & (POLLIN | POLLHUP | POLLERR))) {
+      ssize_t n = read(master, buffer, sizeof buffer);
+      if (n <= 0 && !(n < 0 && errno == EINTR)) break;  // EIO: nothing holds the command's terminal any more
+      if (n > 0) {
+        writeAll(output, buffer, n);
+        if (toWindow) toWindow = writeAll(STDOUT_FILENO, buffer, n);
+      }
+      continue;
+    }
+    if (ready > 0 && fromWindow && (watched[1].revents & (POLLIN | POLLHUP | POLLERR))) {
+      ssize_t n = read(STDIN_FILENO, buffer, sizeof buffer);
+      if (n > 0) writeAll(master, buffer, n);
+      else if (!(n < 0 && errno == EINTR)) fromWindow = false;
+      continue;
+    }
+    if (ended) break;  // the command is gone and its terminal has nothing more
+    if (waitpid(command, &status, WNOHANG) == command) ended = true;
+  }
+  if (!ended) waitpid(command, &status, 0);
+  restoreTerminal();
+  _exit(WIFEXITED(status) ? WEXITSTATUS(status) : 128 + WTERMSIG(status));
+}
+
+// Under a terminal window: makes a pseudo-terminal, forks, and returns in
+// the child, which leads a new session on it; the parent stays behind as
+// the relay and never returns.  False, with errno, when the terminal or
+// the output file cannot be made.
+bool becomeCommandBehindRelay(const std::string& outputName) {
+  int output = open(outputName.c_str(), O_WRONLY | O_CREAT | O_APPEND | O_CLOEXEC, 0666);
+  if (output < 0) return false;
+  int master = posix_openpt(O_RDWR | O_NOCTTY);
+  if (master < 0 || grantpt(master) != 0 || unlockpt(master) != 0) return false;
+  fcntl(master, F_SETFD, FD_CLOEXEC);
+  const char* slaveName = ptsname(master);
+  if (!slaveName) return false;
+  std::string slavePath = slaveName;
+  bool onTerminal = isatty(STDIN_FILENO);
+  struct termios modes;
+  if (onTerminal && tcgetattr(STDIN_FILENO, &modes) == 0) {
+    gSavedTerminal = modes;
+    gTerminalSaved = true;
+  }
+  std::fflush(nullptr);
+  pid_t command = fork();
+  if (command < 0) return false;
+  if (command == 0) {
+    setsid();
+    int slave = open(slavePath.c_str(), O_RDWR);
+    if (slave < 0) _exit(127);
+    ioctl(slave, TIOCSCTTY, 0);
+    if (gTerminalSaved) tcsetattr(slave, TCSANOW, &gSavedTerminal);
+    if (onTerminal) copyWindowSize(STDIN_FILENO, slave);
+    for (int fd : {STDIN_FILENO, STDOUT_FILENO, STDERR_FILENO}) dup2(slave, fd);
+    if (slave > STDERR_FILENO) close(slave);
+    close(output);
+    return true;
+  }
+  // The relay: keys pass through untouched to the command's terminal,
+  // whose own line discipline handles them (Ctrl-C reaches the command).
+  if (gTerminalSaved) {
+    struct termios raw = gSavedTerminal;
+    cfmakeraw(&raw);
+    tcsetattr(STDIN_FILENO, TCSAFLUSH, &raw);
+  }
+  struct sigaction resized = {};
+  resized.sa_handler = [](int) { gWindowResized = 1; };
+  sigaction(SIGWINCH, &resized, nullptr);
+  // Stop signals are for the command's group; the relay ends with it.
+  signal(SIGINT, SIG_IGN);
+  signal(SIGQUIT, SIG_IGN);
+  relay(master, output, command);
+}
+
 }  // namespace
 
 int main(int argc, char** argv) {
@@ -115,6 +240,10 @@ int main(int argc, char** argv) {
   std::string base = fleetDir + "/" + label;
   if (form == "-b" && !sendOutputTo(base + ".out")) {
     std::fprintf(stderr, "run_prog: cannot write %s.out: %s\n", base.c_str(), std::strerror(errno));
+    return 1;
+  }
+  if (form == "-f" && !becomeCommandBehindRelay(base + ".out")) {
+    std::fprintf(stderr, "run_prog: cannot relay %s to %s.out: %s\n", label, base.c_str(), std::strerror(errno));
     return 1;
   }
   std::string pidFileName = base + ".pid";

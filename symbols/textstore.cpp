@@ -1,0 +1,422 @@
+// The text store of the source view: chunks of a file with their line
+// starts, an index of the chunks' first line numbers, and line fetching
+// with tab expansion.
+#include "symbols/textstore.h"
+
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <cerrno>
+#include <cstdlib>
+#include <cstring>
+#include <new>
+
+#include "shared/log.h"
+
+namespace {
+
+constexpr TypeIdent kTextChunkItemType = makeTypeIdent("TXTC");
+
+// Reads exactly length bytes at the file's present offset; false when the
+// file ends first or the read fails.
+bool readFully(int file, unsigned char* buffer, long length) {
+  long got = 0;
+  while (got < length) {
+    ssize_t n = read(file, buffer + got, static_cast<size_t>(length - got));
+    if (n < 0 && errno == EINTR) continue;
+    if (n <= 0) return false;
+    got += n;
+  }
+  return true;
+}
+
+bool preadFully(int file, unsigned char* buffer, long length, off_t position) {
+  long got = 0;
+  while (got < length) {
+    ssize_t n = pread(file, buffer + got, static_cast<size_t>(length - got), position + got);
+    if (n < 0 && errno == EINTR) continue;
+    if (n <= 0) return false;
+    got += n;
+  }
+  return true;
+}
+
+}  // namespace
+
+// --- TextDataChunk ------------------------------------------------------------------
+
+TextDataChunk::TextDataChunk(int theFile, long* bytesLeft, long theTabValue)
+    : file(theFile), tabValue(theTabValue) {
+  itemType = kTextChunkItemType;
+  long wanted = std::min(kTextChunkSize, std::max(0L, *bytesLeft));
+  *bytesLeft -= wanted;
+  filepos = lseek(file, 0, SEEK_CUR);
+  textData = static_cast<unsigned char*>(std::malloc(static_cast<size_t>(wanted) + 1));
+  if (!textData) {
+    lastError = kTextNoMemory;
+    return;
+  }
+  if (!readFully(file, textData, wanted)) {
+    OWB_LOG("problem reading into TextDataChunk");
+    std::free(textData);
+    textData = nullptr;
+    lastError = kTextFileUnreadable;
+    return;
+  }
+  textData[wanted] = 0;
+  textLength = wanted;
+  inMemory = TRUE;
+  try {
+    calculateLineStarts();
+  } catch (const std::bad_alloc&) {
+    unloadData();
+    lastError = kTextNoMemory;
+  }
+}
+
+TextDataChunk::~TextDataChunk() { std::free(textData); }
+
+bool TextDataChunk::isRunOn() const { return runOn_; }
+
+const unsigned char* TextDataChunk::scanForReturnAndTabs(const unsigned char* ptr, long* tabPadding) const {
+  const unsigned char* end = textData + textLength;
+  const unsigned char* newline = static_cast<const unsigned char*>(std::memchr(ptr, '\n', end - ptr));
+  const unsigned char* lineEnd = newline ? newline : end;
+  long tabs = 0;
+  for (const unsigned char* tab = ptr;
+       (tab = static_cast<const unsigned char*>(std::memchr(tab, '\t', lineEnd - tab))) != nullptr; ++tab)
+    ++tabs;
+  *tabPadding = tabs * (tabValue - 1);
+  return lineEnd;
+}
+
+void TextDataChunk::calculateLineStarts() {
+  lineStarts.clear();
+  totalColumns = 0;
+  firstLineWidth_ = 0;
+  if (!textData) return;
+  const unsigned char* end = textData + textLength;
+  long newlines = 0;
+  for (const unsigned char* p = textData;
+       (p = static_cast<const unsigned char*>(std::memchr(p, '\n', end - p))) != nullptr; ++p)
+    ++newlines;
+  // Exactly as many entries as needed: a big file has tens of thousands of
+  // chunks, and doubling growth would waste a quarter of the table.
+  lineStarts.reserve(static_cast<size_t>(newlines) + 2);
+  const unsigned char* p = textData;
+  while (p < end) {
+    lineStarts.push_back(static_cast<uint16_t>(p - textData));
+    long padding = 0;
+    const unsigned char* lineEnd = scanForReturnAndTabs(p, &padding);
+    const unsigned char* next = lineEnd < end ? lineEnd + 1 : end;
+    long width = (next - p) + padding;
+    if (lineStarts.size() == 1) firstLineWidth_ = width;
+    totalColumns = std::max(totalColumns, width);
+    p = next;
+  }
+  lineStarts.push_back(static_cast<uint16_t>(textLength));
+  runOn_ = textLength > 0 && textData[textLength - 1] != '\n';
+}
+
+void TextDataChunk::loadData() {
+  lastError = 0;
+  if (inMemory) return;
+  // The way back to text dropped by unloadData: read it again from where it
+  // came.
+  textData = static_cast<unsigned char*>(std::malloc(static_cast<size_t>(textLength) + 1));
+  if (!textData) {
+    lastError = kTextNoMemory;
+    return;
+  }
+  if (!preadFully(file, textData, textLength, filepos)) {
+    OWB_LOG("problem reading into TextDataChunk");
+    std::free(textData);
+    textData = nullptr;
+    lastError = kTextFileUnreadable;
+    return;
+  }
+  textData[textLength] = 0;
+  inMemory = TRUE;
+  calculateLineStarts();
+}
+
+void TextDataChunk::unloadData() {
+  std::free(textData);
+  textData = nullptr;
+  std::vector<uint16_t>().swap(lineStarts);
+  inMemory = FALSE;
+}
+
+const unsigned char* TextDataChunk::getNthLinePtr(long lineNumber, long* lineLength, bool* runOn) const {
+  if (lineNumber < 0 || lineNumber >= lineCount() || !textData) return nullptr;
+  long start = lineStarts[static_cast<size_t>(lineNumber)];
+  *lineLength = lineStarts[static_cast<size_t>(lineNumber) + 1] - start;
+  *runOn = lineNumber == lineCount() - 1 && isRunOn();
+  return textData + start;
+}
+
+// --- TextDataStore -----------------------------------------------------------------
+
+// Where tab expansion stands in a line that may come in several pieces.
+struct TextDataStore::ExpandState {
+  long column = 0;        // columns of the line passed so far
+  long skip = 0;          // columns to leave out at the start
+  bool leadingRun = true; // nothing but tabs seen so far
+  bool stopped = false;   // the destination is full
+};
+
+TextDataStore::TextDataStore(const char* pathname, long theTabValue)
+    : tabValue(theTabValue > 0 ? theTabValue : 1), pathname_(pathname ? pathname : "") {
+  // Opened without blocking so that a named pipe in the file's place cannot
+  // hold us up; only a regular file is read.
+  file = open(pathname_.c_str(), O_RDONLY | O_NONBLOCK | O_CLOEXEC);
+  if (file < 0) {
+    fail(kTextFileUnreadable, std::strerror(errno));
+    return;
+  }
+  struct stat status;
+  if (fstat(file, &status) != 0 || !S_ISREG(status.st_mode)) {
+    fail(kTextFileUnreadable, "not a regular file");
+    return;
+  }
+  device_ = status.st_dev;
+  inode_ = status.st_ino;
+  off_t length = lseek(file, 0, SEEK_END);
+  if (length < 0 || lseek(file, 0, SEEK_SET) != 0) {
+    fail(kTextFileUnreadable, std::strerror(errno));
+    return;
+  }
+  lastError = 0;
+  createNewTextChunks(static_cast<long>(length));
+}
+
+TextDataStore::~TextDataStore() {
+  if (file >= 0) close(file);
+}
+
+void TextDataStore::fail(ErrorCode code, const std::string& why) {
+  lastError = code;
+  failureText_ = why;
+}
+
+void TextDataStore::createNewTextChunks(long length) {
+  long bytesLeft = length;
+  while (bytesLeft > 0) {
+    std::unique_ptr<TextDataChunk> chunk(new (std::nothrow) TextDataChunk(file, &bytesLeft, tabValue));
+    if (!chunk) {
+      fail(kTextNoMemory, "out of memory");
+      return;
+    }
+    if (chunk->lastError != 0) {
+      fail(chunk->lastError, chunk->lastError == kTextNoMemory ? "out of memory" : "the file could not be read");
+      return;
+    }
+    readPosition_ += chunk->textLength;
+    try {
+      textChunks.push_back(std::move(chunk));
+      indexChunk(textChunks.size() - 1);
+    } catch (const std::bad_alloc&) {
+      fail(kTextNoMemory, "out of memory");
+      return;
+    }
+  }
+}
+
+// Adds chunk index to the line index.  A chunk after a run-on chunk counts
+// one line less: its first line is the rest of the line before.  The width
+// of a line that runs across chunks is the sum of its pieces.
+void TextDataStore::indexChunk(size_t index) {
+  const TextDataChunk& chunk = *textChunks[index];
+  bool afterRunOn = index > 0 && textChunks[index - 1]->isRunOn();
+  long carried = index > 0 ? runOnWidthAfter_[index - 1] : 0;
+  firstLineOf_.push_back(totalLines);
+  totalLines += chunk.lineCount() - (afterRunOn ? 1 : 0);
+  totalColumns = std::max(totalColumns, chunk.totalColumns);
+  long joinedFirst = afterRunOn ? carried + chunk.firstLineWidth() : chunk.firstLineWidth();
+  totalColumns = std::max(totalColumns, joinedFirst);
+  long runningOn = 0;
+  if (chunk.isRunOn()) {
+    if (chunk.lineCount() == 1) {
+      runningOn = joinedFirst;
+    } else {
+      long length = 0;
+      bool runOn = false;
+      const unsigned char* last = chunk.getNthLinePtr(chunk.lineCount() - 1, &length, &runOn);
+      long tabs = last ? std::count(last, last + length, '\t') : 0;
+      runningOn = length + tabs * (tabValue - 1);
+    }
+  }
+  runOnWidthAfter_.push_back(runningOn);
+}
+
+void TextDataStore::recountColumns() {
+  totalLines = 0;
+  totalColumns = 0;
+  firstLineOf_.clear();
+  runOnWidthAfter_.clear();
+  for (size_t index = 0; index < textChunks.size(); ++index) indexChunk(index);
+}
+
+bool TextDataStore::addNewFileData() {
+  if (file < 0) return false;
+  struct stat status;
+  if (fstat(file, &status) != 0 || status.st_size <= readPosition_) return false;
+  if (lseek(file, readPosition_, SEEK_SET) != readPosition_) return false;
+  size_t before = textChunks.size();
+  createNewTextChunks(static_cast<long>(status.st_size - readPosition_));
+  return textChunks.size() > before;
+}
+
+bool TextDataStore::fileChangedUnderneath() const {
+  if (file < 0) return false;
+  struct stat status;
+  if (fstat(file, &status) != 0 || status.st_size < readPosition_) return true;
+  struct stat named;
+  if (stat(pathname_.c_str(), &named) != 0) return true;
+  return named.st_dev != device_ || named.st_ino != inode_;
+}
+
+void TextDataStore::setTabValue(long newTabValue) {
+  if (newTabValue < 1) newTabValue = 1;
+  if (newTabValue == tabValue) return;
+  tabValue = newTabValue;
+  // The line starts do not depend on the tab width, only the widths do:
+  // each chunk counts its columns again, loading its text if it was dropped.
+  for (auto& chunk : textChunks) {
+    chunk->tabValue = tabValue;
+    if (!chunk->inMemory) chunk->loadData();
+    else chunk->calculateLineStarts();
+  }
+  recountColumns();
+}
+
+void TextDataStore::invalidateAllChunks() {
+  for (auto& chunk : textChunks) chunk->unloadData();
+}
+
+long TextDataStore::expandInto(const unsigned char* source, long sourceSize, unsigned char* dest, long destSize,
+                               ExpandState* state) {
+  auto tabWidth = [&]() { return state->leadingRun ? tabValue : tabValue - state->column % tabValue; };
+  long copied = 0;
+  long processed = 0;
+  // Step over the columns scrolled out of view.
+  while (processed < sourceSize && state->column < state->skip) {
+    const unsigned char* from = source + processed;
+    long plainRun = std::min(sourceSize - processed, state->skip - state->column);
+    const void* tab = std::memchr(from, '\t', static_cast<size_t>(plainRun));
+    long plain = tab ? static_cast<const unsigned char*>(tab) - from : plainRun;
+    if (plain > 0) {
+      state->leadingRun = false;
+      state->column += plain;
+      processed += plain;
+      continue;
+    }
+    long width = tabWidth();
+    ++processed;
+    if (state->column + width <= state->skip) {
+      state->column += width;
+      continue;
+    }
+    // A tab across the left edge: its remaining columns show as blanks.
+    long remaining = state->column + width - state->skip;
+    state->column += width;
+    if (remaining > destSize) {
+      state->stopped = true;
+      return 0;
+    }
+    std::memset(dest, ' ', static_cast<size_t>(remaining));
+    copied = remaining;
+  }
+  while (processed < sourceSize) {
+    if (copied >= destSize) {
+      state->stopped = true;
+      break;
+    }
+    const unsigned char* from = source + processed;
+    long room = std::min(sourceSize - processed, destSize - copied);
+    const void* tab = std::memchr(from, '\t', static_cast<size_t>(room));
+    long plain = tab ? static_cast<const unsigned char*>(tab) - from : room;
+    if (plain > 0) {
+      std::memcpy(dest + copied, from, static_cast<size_t>(plain));
+      state->leadingRun = false;
+      state->column += plain;
+      copied += plain;
+      processed += plain;
+      continue;
+    }
+    long width = tabWidth();
+    if (copied + width > destSize) {
+      state->stopped = true;
+      break;
+    }
+    std::memset(dest + copied, ' ', static_cast<size_t>(width));
+    state->column += width;
+    copied += width;
+    ++processed;
+  }
+  if (copied > destSize)
+    OWB_LOG("ERROR: srcview overran drawBuffer: numcopied = " << copied << ", numProcessed = " << processed
+                                                               << ", destSize = " << destSize);
+  return copied;
+}
+
+long TextDataStore::expandTabs(const unsigned char* source, long sourceSize, unsigned char* dest, long destSize,
+                               long rightScrolled) {
+  ExpandState state;
+  state.skip = std::max(0L, rightScrolled);
+  return expandInto(source, sourceSize, dest, destSize, &state);
+}
+
+long TextDataStore::fillBuffer(long lineNumber, unsigned char* lineBuffer, long lineBufferSize,
+                               long rightScrolled) {
+  lastError = 0;
+  if (lineNumber < 0 || lineNumber >= totalLines) {
+    lastError = kTextLineOutOfRange;
+    return 0;
+  }
+  if (!lineBuffer || lineBufferSize <= 0) return 0;
+  // The chunk of the line: the last whose first counted line is not beyond
+  // it.  Chunks wholly inside one long line count no line of their own and
+  // share their number with the next, so upper_bound passes over them.
+  size_t index =
+      static_cast<size_t>(std::upper_bound(firstLineOf_.begin(), firstLineOf_.end(), lineNumber) -
+                          firstLineOf_.begin()) - 1;
+  bool afterRunOn = index > 0 && textChunks[index - 1]->isRunOn();
+  long lineInChunk = lineNumber - firstLineOf_[index] + (afterRunOn ? 1 : 0);
+
+  ExpandState state;
+  state.skip = std::max(0L, rightScrolled);
+  long total = 0;
+  // A run-on line continues with the next chunk's first line, for as long
+  // as the chunks run on and the buffer has room.
+  while (index < textChunks.size()) {
+    TextDataChunk& chunk = *textChunks[index];
+    if (!chunk.inMemory) {
+      chunk.loadData();
+      if (chunk.lastError != 0) {
+        lastError = chunk.lastError;
+        break;
+      }
+    }
+    long length = 0;
+    bool runOn = false;
+    const unsigned char* line = chunk.getNthLinePtr(lineInChunk, &length, &runOn);
+    if (!line) break;
+    total += expandInto(line, length, lineBuffer + total, lineBufferSize - total, &state);
+    if (!runOn || state.stopped || total >= lineBufferSize) break;
+    ++index;
+    lineInChunk = 0;
+  }
+  long terminatorLoc = total - 1;
+  if (total < 0 || total > lineBufferSize) {
+    OWB_LOG("ERROR: " << (total < 0 ? "underran " : "overran ")
+                      << "lineBuffer in fillBuffer method, terminatorLoc = " << terminatorLoc);
+    terminatorLoc = total < 0 ? 0 : lineBufferSize - 1;
+  }
+  // The last character placed, normally the newline, gives way to the NUL;
+  // on a last line without newline that is a character of the text.
+  lineBuffer[std::max(0L, terminatorLoc)] = 0;
+  return total;
+}

@@ -1,0 +1,292 @@
+// The source window: a SourceView in a window of its own, with a status
+// line, a find prompt and the following of a growing file.
+#include "symbols/ui/srcwindow.h"
+
+#include <algorithm>
+#include <cstdlib>
+#include <cstring>
+
+#include "toolkit/evkeys.h"
+
+namespace {
+
+constexpr int kPad = 4;
+constexpr int kStatusHeight = 22;
+constexpr UInt16 kStretchBoth = 0x33;           // grows with the window both ways
+constexpr UInt16 kStretchWidthKeepBottom = 0x63; // grows in width, stays at the bottom
+
+int followIntervalFromEnvironment() {
+  const char* text = std::getenv("OWB_FOLLOW_INTERVAL");
+  int value = text ? std::atoi(text) : 0;
+  return value > 0 ? value : 250;
+}
+
+}  // namespace
+
+SourceWindow* SourceWindow::open(const char* fileName, long lineToView, bool follow, std::string* error) {
+  std::unique_ptr<SourceWindow> window(new SourceWindow());
+  window->followIntervalMs_ = followIntervalFromEnvironment();
+  const int width = 760, height = 520;
+  WinPtr win = WIN_FromRes(RES_Create(WIN_Class()));
+  WIN_Wgt(win)->ResBox = RECT16_Make(80, 60, width, height);
+  win->DpiX = win->DpiY = 96;  // the boxes below are for 96 dots per inch and scale with the screen
+  const char* slash = fileName ? std::strrchr(fileName, '/') : nullptr;
+  VSTR_Set(&WIN_Panel(win)->Label, slash ? slash + 1 : (fileName ? fileName : ""));
+
+  // The view, its bars right of and below it (the view places them), and
+  // the status line at the bottom.
+  const int bar = SB_GetThickness() + 4;
+  WgtPtr viewPort = WGT_Create();
+  viewPort->ResBox = RECT16_Make(kPad, kPad, width - 2 * kPad - bar, height - 3 * kPad - kStatusHeight - bar);
+  viewPort->RzFlags = kStretchBoth;
+  viewPort->WgtFlags = WGT_FLAGTABSTOP;
+  PANEL_AddWgt(WIN_Panel(win), viewPort);
+  SbPtr vertical = SB_Create();
+  SB_Wgt(vertical)->ResBox = RECT16_Make(width - kPad - bar + 4, kPad, bar - 4, 100);
+  SB_Wgt(vertical)->RzFlags = 0x36;  // stays at the right, grows in height
+  PANEL_AddWgt(WIN_Panel(win), SB_Wgt(vertical));
+  SbPtr horizontal = SB_Create();
+  SB_Wgt(horizontal)->ResBox = RECT16_Make(kPad, height - 2 * kPad - kStatusHeight - bar + 4, 100, bar - 4);
+  SB_Wgt(horizontal)->RzFlags = 0x63;  // grows in width, stays at the bottom
+  PANEL_AddWgt(WIN_Panel(win), SB_Wgt(horizontal));
+  TAreaPtr status = TAREA_Create();
+  WgtPtr statusWgt = reinterpret_cast<WgtPtr>(status);
+  statusWgt->ResBox = RECT16_Make(kPad, height - kPad - kStatusHeight, width - 2 * kPad, kStatusHeight);
+  statusWgt->RzFlags = kStretchWidthKeepBottom;
+  PANEL_AddWgt(WIN_Panel(win), statusWgt);
+  WIN_Init(win);
+  WGT_SetFont(viewPort, FONT_New("DejaVu Sans Mono", 10, false));
+  WGT_SetBgColor(viewPort, COLOR_White());
+  WGT_SetFgColor(viewPort, COLOR_Black());
+
+  window->win_ = win;
+  window->viewPort_ = viewPort;
+  window->status_ = status;
+  window->verticalScroll_ = vertical;
+  window->horizontalScroll_ = horizontal;
+  window->view_ = std::make_unique<SourceView>(win, viewPort, fileName, std::max(1L, lineToView), 0, true, 0,
+                                               false, false);
+  if (window->view_->lastError != 0) {
+    if (error) *error = std::string(fileName ? fileName : "") + ": " + window->view_->failureText();
+    window->view_.reset();
+    WIN_TerminateGetStatus(win);
+    window->win_ = nullptr;
+    return nullptr;
+  }
+  RES_SetNfyProcDS(WGT_Res(WIN_Wgt(win)), windowNfy, window.get());
+  RES_SetNfyProcDS(WGT_Res(viewPort), viewPortNfy, window.get());
+  RES_SetNfyProcDS(WGT_Res(SB_Wgt(vertical)), scrollBarNfy, window.get());
+  RES_SetNfyProcDS(WGT_Res(SB_Wgt(horizontal)), scrollBarNfy, window.get());
+  window->view_->setScrollBars(window.get());
+  // Without a line: a followed file from its end, another from its top.
+  if (lineToView <= 0 && follow) window->view_->jumpToLine(window->view_->dataStore->totalLines, 99, true, 0, false);
+  window->setFollowing(follow);
+  window->updateStatus();
+  WIN_Show(win);
+  WGT_GainFocus(viewPort);
+  return window.release();
+}
+
+SourceWindow::~SourceWindow() {
+  EVENT_StopCBackAlarm(this);
+  if (win_ && !closed_) {
+    RES_SetNfyProcDS(WGT_Res(WIN_Wgt(win_)), WIN_DefNfy, nullptr);
+    RES_SetNfyProcDS(WGT_Res(viewPort_), WGT_DefNfy, nullptr);
+    RES_SetNfyProcDS(WGT_Res(SB_Wgt(verticalScroll_)), SB_DefNfy, nullptr);
+    RES_SetNfyProcDS(WGT_Res(SB_Wgt(horizontalScroll_)), SB_DefNfy, nullptr);
+    WIN_TerminateGetStatus(win_);
+  }
+}
+
+void SourceWindow::close() {
+  if (closed_ || !win_) return;
+  EVENT_StopCBackAlarm(this);
+  WIN_TerminateGetStatus(win_);
+}
+
+bool SourceWindow::showFile(const char* fileName, long lineToView, long lineToHilite, bool hilite,
+                            std::string* error) {
+  view_->switchSourceView(fileName, std::max(1L, lineToView), 33, false, lineToHilite, hilite);
+  if (view_->lastError != 0) {
+    if (error) *error = std::string(fileName ? fileName : "") + ": " + view_->failureText();
+    message_ = view_->failureText();
+  }
+  const char* slash = std::strrchr(view_->sourceFileName.c_str(), '/');
+  WIN_SetLabel(win_, slash ? slash + 1 : view_->sourceFileName.c_str());
+  updateStatus();
+  return view_->lastError == 0;
+}
+
+void SourceWindow::setFollowing(bool follow) {
+  EVENT_StopCBackAlarm(this);
+  following_ = follow;
+  if (following_) {
+    view_->updateFileDisplay();
+    EVENT_StartCBackAlarmDS(followAlarm, this, followIntervalMs_);
+  }
+  updateStatus();
+}
+
+void SourceWindow::followAlarm(ClientPtr data) {
+  SourceWindow* window = static_cast<SourceWindow*>(data);
+  if (!window->following_ || window->closed_) return;
+  if (window->view_->updateFileDisplay()) window->updateStatus();
+  EVENT_StartCBackAlarmDS(followAlarm, window, window->followIntervalMs_);
+}
+
+bool SourceWindow::findText(const std::string& text) {
+  findText_ = text;
+  bool found = view_->find(text.c_str(), false);
+  message_ = found ? "" : "\"" + text + "\" not found below";
+  updateStatus();
+  return found;
+}
+
+std::string SourceWindow::statusText() const {
+  if (finding_) return "Find: " + findText_ + "_";
+  std::string text = view_->sourceFileName;
+  long total = view_->dataStore ? view_->dataStore->totalLines : 0;
+  if (total > 0) {
+    long last = std::min(total, view_->firstVisibleLine + view_->heightInLines);
+    text += "   lines " + std::to_string(view_->firstVisibleLine + 1) + "-" + std::to_string(last) + " of " +
+            std::to_string(total);
+  } else {
+    text += "   (empty)";
+  }
+  if (following_) text += "   following";
+  if (!message_.empty()) text += "   " + message_;
+  return text;
+}
+
+void SourceWindow::updateStatus() {
+  if (status_) TAREA_SetText(status_, statusText().c_str());
+}
+
+long SourceWindow::windowNfy(ResPtr res, Int message, ClientPtr data) {
+  SourceWindow* window = static_cast<SourceWindow*>(res->ClientData);
+  if (window && (message == WIN_NFYTERMINATED || message == WIN_NFYTERMINATE)) {
+    EVENT_StopCBackAlarm(window);
+    window->following_ = false;
+    if (message == WIN_NFYTERMINATED) window->closed_ = true;
+  }
+  return WIN_DefNfy(res, message, data);
+}
+
+void SourceWindow::placeBar(bool vertical, _Point16Rec origin, int length) {
+  SbPtr bar = vertical ? verticalScroll_ : horizontalScroll_;
+  if (!bar) return;
+  _Rect16Rec box = SB_Wgt(bar)->Box;
+  _Point16Rec extent = vertical ? _Point16Rec{box.Extent.X, static_cast<Int16>(length)}
+                                : _Point16Rec{static_cast<Int16>(length), box.Extent.Y};
+  if (box.Origin.X == origin.X && box.Origin.Y == origin.Y && box.Extent.X == extent.X && box.Extent.Y == extent.Y)
+    return;
+  WGT_Configure(SB_Wgt(bar), &origin, &extent);
+}
+
+void SourceWindow::setBarRange(bool vertical, const SourceViewScrollRange& range) {
+  SbPtr bar = vertical ? verticalScroll_ : horizontalScroll_;
+  if (!bar) return;
+  _SbInfoRec info = {static_cast<Int32>(range.min), static_cast<Int32>(range.max),
+                     static_cast<Int32>(range.thumbSize), static_cast<Int32>(range.thumbPos),
+                     static_cast<Int32>(range.step)};
+  SB_SetInfo(bar, &info);
+}
+
+long SourceWindow::scrollBarNfy(ResPtr res, Int message, ClientPtr data) {
+  SourceWindow* window = static_cast<SourceWindow*>(res->ClientData);
+  long result = SB_DefNfy(res, message, data);
+  if (window && window->view_ && message == SB_NFYTHUMBPOS) {
+    SbPtr bar = SB_FromWgt(WGT_FromRes(res));
+    if (bar == window->verticalScroll_) window->view_->vScrollbarCallback(SB_GetThumbPos(bar));
+    else window->view_->hScrollbarCallback(SB_GetThumbPos(bar));
+    window->updateStatus();
+  }
+  return result;
+}
+
+long SourceWindow::viewPortNfy(ResPtr res, Int message, ClientPtr data) {
+  SourceWindow* window = static_cast<SourceWindow*>(res->ClientData);
+  WgtPtr wgt = WGT_FromRes(res);
+  if (!window || !window->view_) return WGT_DefNfy(res, message, data);
+  switch (message) {
+    case WGT_NFYREDRAW:
+      window->view_->redrawView();
+      return 0;
+    case WGT_NFYRESIZE:
+    case WGT_NFYSIZEINIT:
+      WGT_DefNfy(res, message, data);
+      window->view_->recalculateDimensions();
+      window->view_->invalidateView();
+      window->updateStatus();
+      return 0;
+    case WGT_NFYMOUSECLICK: {
+      WGT_MouseHandled(wgt);
+      WGT_GainFocus(wgt);
+      if (Int wheel = EVENT_GetWheel()) {
+        SourceView* view = window->view_.get();
+        if (wheel == EVENT_WHEELUP || wheel == EVENT_WHEELDOWN) view->setFirstVisibleLine(view->firstVisibleLine + 3 * wheel);
+        else view->setFirstVisibleColumn(view->firstVisibleColumn + 4 * (wheel / 2));
+        window->updateStatus();
+        return 0;
+      }
+      if (EVENT_GetButton() != EVENT_BUT1) return 0;
+      _Point16Rec where;
+      EVENT_QueryWgtLoc(wgt, &where);
+      window->view_->handleMouseClick(where, EVENT_IsDouble() != 0);
+      window->updateStatus();
+      return 0;
+    }
+    case WGT_NFYKEYCHAR:
+      if (window->handleKey()) {
+        WGT_KeyHandled(wgt);
+        return 0;
+      }
+      return WGT_DefNfy(res, message, data);
+    default:
+      return WGT_DefNfy(res, message, data);
+  }
+}
+
+bool SourceWindow::handleKey() {
+  Int key = EVENT_GetKeyCode();
+  UInt mods = EVENT_GetKbMods();
+  bool control = (mods & EVENT_MODCONTROL) != 0;
+  const char* typed = EVENT_GetKbStr();
+  char ascii = typed && typed[0] && !typed[1] ? typed[0] : 0;
+  if (finding_) {
+    if (key == EVENT_KEYESCAPE) {
+      finding_ = false;
+    } else if (key == EVENT_KEYRETURN || key == EVENT_KEYENTER) {
+      finding_ = false;
+      if (!findText_.empty()) findText(findText_);
+    } else if (key == EVENT_KEYBACKSPACE) {
+      // Drops the last character, whole if it is a UTF-8 one.
+      while (!findText_.empty() && (static_cast<unsigned char>(findText_.back()) & 0xC0) == 0x80) findText_.pop_back();
+      if (!findText_.empty()) findText_.pop_back();
+    } else if (key == EVENT_KEYNORMAL && typed && *typed && !control) {
+      if (findText_.size() < 255) findText_ += typed;
+    } else {
+      return view_->handleKey(key, mods);
+    }
+    updateStatus();
+    return true;
+  }
+  bool handled = true;
+  if ((control && (ascii == 'f' || ascii == 'F' || ascii == 6)) || (!control && ascii == '/')) {
+    finding_ = true;
+    findText_.clear();
+    message_.clear();
+  } else if (key == EVENT_KEYF1 + 2 || (control && (ascii == 'g' || ascii == 'G' || ascii == 7)) ||
+             (!control && ascii == 'n')) {
+    if (!findText_.empty()) findText(findText_);
+  } else if (!control && ascii == 'F') {
+    setFollowing(!following_);
+  } else if ((control && (ascii == 'w' || ascii == 'W' || ascii == 23)) || (!control && ascii == 'q')) {
+    close();
+    return true;
+  } else {
+    handled = view_->handleKey(key, mods);
+  }
+  if (handled) updateStatus();
+  return handled;
+}

@@ -1,0 +1,83 @@
+// SourceWindow: a window that shows one file with a SourceView, a status
+// line, and a find prompt; it can follow the file as it grows.  The srcview
+// program shows one; a tool may open several.
+//
+// Keys (the view has the focus):
+//   arrows, Page Up/Down, Home/End, Ctrl+Home/End   scroll
+//   Ctrl+F or /     start a search: type the text, Return finds the next
+//                   match, Escape ends the search
+//   F3, Ctrl+G, n   find the same text again
+//   F               follow the file on or off
+//   Ctrl+W, q       close the window
+// A double click makes the clicked line the highlighted target line; a
+// click and drag selects text.
+//
+// Contracts:
+// - SourceWindow::open gives a window on screen, or null with *error
+//   saying why (the file cannot be shown).  The caller owns the object and
+//   deletes it once isClosed() is true or when it wants the window gone.
+// - While following, the window looks at the file every followIntervalMs
+//   (default 250, OWB_FOLLOW_INTERVAL overrides) from a toolkit alarm: the
+//   event loop must run.
+#ifndef OWB_SYMBOLS_UI_SRCWINDOW_H
+#define OWB_SYMBOLS_UI_SRCWINDOW_H
+
+#include <memory>
+#include <string>
+
+#include "symbols/ui/srcview.h"
+#include "toolkit/sb.h"
+#include "toolkit/tarea.h"
+
+class SourceWindow : private SourceViewScrollBars {
+ public:
+  // lineToView from 1; 0 for the top (or, when following, the end).
+  static SourceWindow* open(const char* fileName, long lineToView, bool follow, std::string* error);
+  ~SourceWindow();
+  SourceWindow(const SourceWindow&) = delete;
+  SourceWindow& operator=(const SourceWindow&) = delete;
+
+  // Shows another file (or the same one at another line), as a DISF asks.
+  bool showFile(const char* fileName, long lineToView, long lineToHilite, bool hilite, std::string* error);
+  void setFollowing(bool follow);
+  bool isFollowing() const { return following_; }
+  // Searches for text from the selection on; false when there is no
+  // further match (the status line says so).
+  bool findText(const std::string& text);
+  bool isClosed() const { return closed_; }
+  void close();
+  // What the status line shows now.
+  std::string statusText() const;
+
+  WinPtr win() const { return win_; }
+  WgtPtr viewPort() const { return viewPort_; }
+  SourceView* view() const { return view_.get(); }
+  SbPtr verticalBar() const { return verticalScroll_; }
+  SbPtr horizontalBar() const { return horizontalScroll_; }
+
+ private:
+  SourceWindow() = default;
+  static long windowNfy(ResPtr res, Int message, ClientPtr data);
+  static long viewPortNfy(ResPtr res, Int message, ClientPtr data);
+  static long scrollBarNfy(ResPtr res, Int message, ClientPtr data);
+  static void followAlarm(ClientPtr data);
+  void placeBar(bool vertical, _Point16Rec origin, int length) override;
+  void setBarRange(bool vertical, const SourceViewScrollRange& range) override;
+  bool handleKey();
+  void updateStatus();
+
+  WinPtr win_ = nullptr;
+  WgtPtr viewPort_ = nullptr;
+  TAreaPtr status_ = nullptr;
+  SbPtr verticalScroll_ = nullptr;
+  SbPtr horizontalScroll_ = nullptr;
+  std::unique_ptr<SourceView> view_;
+  bool following_ = false;
+  bool closed_ = false;
+  bool finding_ = false;     // the find prompt takes the keys
+  std::string findText_;     // the text being typed, or the last searched
+  std::string message_;      // a note for the status line ("Not found")
+  int followIntervalMs_ = 250;
+};
+
+#endif  // OWB_SYMBOLS_UI_SRCWINDOW_H

@@ -1,0 +1,172 @@
+// The alert window, driven through the X server while it runs its modal
+// loop.
+#include "shared/ui/alertwin.h"
+
+#include <algorithm>
+#include <functional>
+
+#include "shared/alert.h"
+#include "tests/fleetmgr/test_toolman.h"
+#include "tests/shared/ui/ui_fixture.h"
+#include "toolkit/tarea.h"
+
+namespace {
+
+class AlertTest : public tktest::ToolkitTest {
+ protected:
+  owbtest::TempDir home;
+  owbtest::ScopedEnv homeEnv{"HOME", home.path()};
+
+  void SetUp() override {
+    tktest::ToolkitTest::SetUp();
+    ASSERT_TRUE(uitest::loadInstallationLibraries());
+    forgetToolManagerPort();
+    gMessageCenter = new MessageCenter();
+    installAlertWindow();
+  }
+  void TearDown() override {
+    uninstallAlertWindow();
+    delete gMessageCenter;
+    gMessageCenter = nullptr;
+    tktest::ToolkitTest::TearDown();
+  }
+
+  WgtPtr child(Int n) { return WGT_FromRes(RES_GetNthChild(WGT_Res(WIN_Wgt(ALRTW_GetWin())), n)); }
+  TButPtr button(int number) {
+    return TBUT_FromWgt(WGT_FromRes(RES_GetNthChild(WGT_Res(child(ALRTW_BUTTONS)), number - 1)));
+  }
+  void press(int number) {
+    _Point16Rec p = tktest::absOf(TBUT_Wgt(button(number)), 12, 12);
+    driver_->click(p.X, p.Y);
+  }
+};
+
+// What an alert looked like while it stood.
+struct Seen {
+  bool open = false;
+  std::string title, text, icon;
+  std::vector<std::string> labels;  // of the visible buttons, 1 to 3
+};
+
+TEST_F(AlertTest, EachKindShowsItsIconAndButtonsAndAnswersWithTheButtonPressed) {
+  const char* icons[] = {"DefIconCriticalMsw", "DefIconQuestionMsw", "DefIconWarningMsw", "DefIconInfoMsw"};
+  for (long type = 0; type < 4; type++) {
+    int pressing = static_cast<int>(type % 3) + 1;
+    Seen seen;
+    auto look = [&] {
+      WinPtr win = ALRTW_GetWin();
+      seen.open = win && WIN_IsOpen(win);
+      if (!seen.open) return;
+      seen.title = WIN_GetLabel(win);
+      seen.text = TAREA_GetText(reinterpret_cast<TAreaPtr>(child(ALRTW_TEXT)));
+      seen.icon = RES_GetName(TBUT_GetIcon(TBUT_FromWgt(child(ALRTW_ICON))));
+      for (int n = 1; n <= 3; n++)
+        if (!TBUT_Wgt(button(n))->Invisible) seen.labels.push_back(TBUT_GetLabel(button(n)));
+      press(pressing);
+    };
+    uitest::after(300, &look);
+    long answer = displayAlertWindow("Something happened.", type, "Title", "One", "Two", "Three", FALSE, nullptr);
+    EXPECT_EQ(pressing, answer) << type;
+    EXPECT_TRUE(seen.open);
+    EXPECT_EQ("Title", seen.title);
+    EXPECT_EQ("Something happened.", seen.text);
+    EXPECT_EQ(icons[type], seen.icon);
+    EXPECT_EQ((std::vector<std::string>{"One", "Two", "Three"}), seen.labels);
+    EXPECT_EQ(nullptr, ALRTW_GetWin());
+  }
+}
+
+TEST_F(AlertTest, TextAloneGivesOkUnderTheDefaultTitleAndEscapeAnswers) {
+  Seen seen;
+  auto look = [&] {
+    WinPtr win = ALRTW_GetWin();
+    seen.open = win && WIN_IsOpen(win);
+    seen.title = WIN_GetLabel(win);
+    for (int n = 1; n <= 3; n++)
+      if (!TBUT_Wgt(button(n))->Invisible) seen.labels.push_back(TBUT_GetLabel(button(n)));
+    driver_->key(XK_Escape);
+  };
+  uitest::after(300, &look);
+  EXPECT_EQ(1, displayAlertWindow("Just this.", 3, nullptr, nullptr, nullptr, nullptr, FALSE, nullptr));
+  EXPECT_TRUE(seen.open);
+  EXPECT_EQ("Could not complete that operation", seen.title);
+  EXPECT_EQ(std::vector<std::string>{"Ok"}, seen.labels);
+
+  // Two buttons: Escape is the second, Return the first.
+  auto escape = [&] { driver_->key(XK_Escape); };
+  uitest::after(300, &escape);
+  EXPECT_EQ(2, displayAlertWindow("Replace it?", 1, "Replace", "Replace", "Cancel", "", FALSE, nullptr));
+  auto enter = [&] { driver_->key(XK_Return); };
+  uitest::after(300, &enter);
+  EXPECT_EQ(1, displayAlertWindow("Replace it?", 1, "Replace", "Replace", "Cancel", nullptr, FALSE, nullptr));
+}
+
+// A long text wraps, and the window grows to show all of it.
+TEST_F(AlertTest, LongTextWrapsAndTheWindowGrows) {
+  std::string text;
+  for (int i = 0; i < 40; i++) text += "word" + std::to_string(i) + " ";
+  text += std::string(120, 'x');
+  std::string shown;
+  int height = 0, textWidth = 0;
+  FontPtr font = nullptr;
+  auto look = [&] {
+    font = WGT_GetFont(child(ALRTW_TEXT));
+    shown = TAREA_GetText(reinterpret_cast<TAreaPtr>(child(ALRTW_TEXT)));
+    height = WIN_Wgt(ALRTW_GetWin())->Box.Extent.Y;
+    textWidth = child(ALRTW_TEXT)->Box.Extent.X;
+    press(1);
+  };
+  uitest::after(300, &look);
+  EXPECT_EQ(1, displayAlertWindow(text.c_str(), 2, nullptr, nullptr, nullptr, nullptr, FALSE, nullptr));
+  EXPECT_GT(std::count(shown.begin(), shown.end(), '\n'), 3);
+  EXPECT_GT(height, 200);
+  // No line is wider than the text's box, and nothing of the text is lost.
+  std::string rejoined;
+  size_t start = 0;
+  while (start <= shown.size()) {
+    size_t end = shown.find('\n', start);
+    if (end == std::string::npos) end = shown.size();
+    std::string line = shown.substr(start, end - start);
+    EXPECT_LE(DRAW_QueryTextExt(font, line.c_str(), -1).X, textWidth + 1) << line;
+    rejoined += line;
+    start = end + 1;
+  }
+  std::string compact = text;
+  compact.erase(std::remove(compact.begin(), compact.end(), ' '), compact.end());
+  rejoined.erase(std::remove(rejoined.begin(), rejoined.end(), ' '), rejoined.end());
+  EXPECT_EQ(compact, rejoined);
+}
+
+ErrorCode gPings = 0;
+ErrorCode pingHandler(Message*, Message*) {
+  gPings++;
+  return kNoError;
+}
+
+// A second alert asked while one stands gives 0 at once; a message that
+// arrives while the alert stands is served.
+TEST_F(AlertTest, AlertsDoNotNestAndMessagesAreServedMeanwhile) {
+  MessageTemplate none = makeMessageTemplate({});
+  gMessageCenter->registerMessageHandler(OWB_TYPE("PING"), &none, pingHandler);
+  gPings = 0;
+  fmtest::TestToolManager sender(home.path());
+  long nested = -1;
+  auto during = [&] {
+    nested = displayAlertWindow("Second", 0, nullptr, nullptr, nullptr, nullptr, FALSE, nullptr);
+    Message ping(OWB_TYPE("PING"), nullptr);
+    sender.sendTo(gMessageCenter->thisToolInfo.listenerPort, ping);
+  };
+  std::function<void()> finish;
+  finish = [&] {
+    if (gPings > 0) press(1);
+    else uitest::after(100, &finish);  // the message is not served yet
+  };
+  uitest::after(300, &during);
+  uitest::after(400, &finish);
+  EXPECT_EQ(1, displayAlertWindow("First", 0, nullptr, nullptr, nullptr, nullptr, FALSE, nullptr));
+  EXPECT_EQ(0, nested);
+  EXPECT_EQ(1, gPings);
+  gMessageCenter->removeMessageHandler(OWB_TYPE("PING"));
+}
+
+}  // namespace

@@ -1,0 +1,348 @@
+// The source view and its window on the test X server: geometry and
+// scroll arithmetic, jumps and the target line, search, mouse selection
+// through real input, keys, and following a file that grows.
+#include "symbols/ui/srcview.h"
+
+#include <X11/keysym.h>
+#include <gtest/gtest.h>
+
+#include <fstream>
+#include <memory>
+#include <string>
+#include <thread>
+
+#include "symbols/ui/srcwindow.h"
+#include "toolkit/tk_fixture.h"
+
+namespace {
+
+void writeFile(const std::string& path, const std::string& text, bool append = false) {
+  std::ofstream out(path, append ? std::ios::binary | std::ios::app : std::ios::binary | std::ios::trunc);
+  out << text;
+}
+
+std::string numberedLines(int count) {
+  std::string text;
+  for (int i = 1; i <= count; ++i) text += "line " + std::to_string(i) + (i % 10 == 0 ? " needle\n" : "\n");
+  return text;
+}
+
+// Scroll bars that only remember what they were told.
+struct RecordingBars : SourceViewScrollBars {
+  void placeBar(bool vertical, _Point16Rec origin, int length) override {
+    (vertical ? vOrigin : hOrigin) = origin;
+    (vertical ? vLength : hLength) = length;
+  }
+  void setBarRange(bool vertical, const SourceViewScrollRange& range) override {
+    (vertical ? v : h) = range;
+  }
+  SourceViewScrollRange v, h;
+  _Point16Rec vOrigin{}, hOrigin{};
+  int vLength = 0, hLength = 0;
+};
+
+class SourceViewTest : public tktest::ToolkitTest {
+ protected:
+  // A window with a 400 x 300 viewport at (10, 10) showing path.
+  std::unique_ptr<SourceView> openView(const std::string& path, long line = 1) {
+    win_ = keep(tktest::newWin(40, 40, 460, 360, "view"));
+    viewPort_ = WGT_Create();
+    viewPort_->ResBox = RECT16_Make(10, 10, 400, 300);
+    PANEL_AddWgt(WIN_Panel(win_), viewPort_);
+    WIN_Init(win_);
+    WGT_SetFont(viewPort_, FONT_New("DejaVu Sans Mono", 10, false));
+    auto view = std::make_unique<SourceView>(win_, viewPort_, path.c_str(), line, 0, false, 0, false, false);
+    view->setScrollBars(&bars_);
+    return view;
+  }
+  owbtest::TempDir dir_;
+  WinPtr win_ = nullptr;
+  WgtPtr viewPort_ = nullptr;
+  RecordingBars bars_;
+};
+
+TEST_F(SourceViewTest, GeometryAndScrollBarsFollowTheText) {
+  writeFile(dir_.file("f"), numberedLines(1000) + std::string(300, 'x') + "\n");
+  auto view = openView(dir_.file("f"));
+  ASSERT_EQ(view->lastError, 0);
+  ASSERT_GT(view->fontHeight, 8);
+  EXPECT_EQ(view->heightInLines, (300 - 6) / view->fontHeight);
+  EXPECT_EQ(view->widthInCharacters, 400 / view->fontWidth);
+  EXPECT_EQ(view->drawBufferSize, view->widthInCharacters + 1);
+  EXPECT_TRUE(RECT16_Equal(view->viewPortClip,
+                           RECT16_Make(16, 16, 392, view->heightInLines * view->fontHeight)));
+  // The bars stand 4 pixels right of and below the viewport.
+  EXPECT_EQ(bars_.vOrigin.X, 10 + 400 + 4);
+  EXPECT_EQ(bars_.vOrigin.Y, 10);
+  EXPECT_EQ(bars_.vLength, 300);
+  EXPECT_EQ(bars_.hOrigin.Y, 10 + 300 + 4);
+  EXPECT_EQ(bars_.hLength, 400);
+  EXPECT_EQ(bars_.v.max, 1001);
+  EXPECT_EQ(bars_.v.thumbSize, view->heightInLines);
+  EXPECT_EQ(bars_.v.step, 1);
+  EXPECT_EQ(bars_.h.max, 302);  // the widest line with its newline, plus one
+  EXPECT_EQ(bars_.h.thumbSize, view->widthInCharacters);
+
+  view->setFirstVisibleLine(-5);
+  EXPECT_EQ(view->firstVisibleLine, 0);
+  view->setFirstVisibleLine(100000);
+  EXPECT_EQ(view->firstVisibleLine, 1001 - view->heightInLines);
+  EXPECT_EQ(bars_.v.thumbPos, view->firstVisibleLine);
+  view->vScrollbarCallback(40);
+  EXPECT_EQ(view->firstVisibleLine, 40);
+  view->hScrollbarCallback(100000);
+  EXPECT_EQ(view->firstVisibleColumn, 302 - view->widthInCharacters);
+
+  // A taller viewport at the end of the text: the view moves back so that
+  // the end stays at the end.
+  view->setFirstVisibleLine(100000);
+  long before = view->firstVisibleLine;
+  _Point16Rec taller{400, 600};
+  WGT_Configure(viewPort_, nullptr, &taller);
+  view->recalculateDimensions();
+  EXPECT_LT(view->firstVisibleLine, before);
+  EXPECT_EQ(view->firstVisibleLine + view->heightInLines, 1001);
+
+  // A text that fits: always from the top.
+  writeFile(dir_.file("short"), "a\nb\n");
+  view->switchSourceView(dir_.file("short").c_str(), 2, 0, true, 0, false);
+  view->setFirstVisibleLine(1);
+  EXPECT_EQ(view->firstVisibleLine, 0);
+}
+
+TEST_F(SourceViewTest, JumpsHoldLinesToTheTextAndMoveTheHighlight) {
+  writeFile(dir_.file("f"), numberedLines(1000));
+  auto view = openView(dir_.file("f"), 500);
+  long height = view->heightInLines;
+  EXPECT_EQ(view->firstVisibleLine, 499);  // to the top, at 0 percent
+  EXPECT_EQ(view->getLine(), 500);
+
+  view->jumpToLine(5000, 0, true, 0, true);  // beyond the end: the last line
+  EXPECT_EQ(view->targetLine, 999);
+  EXPECT_TRUE(view->targetIsHilited);
+  EXPECT_EQ(view->firstVisibleLine, 1000 - height);
+
+  view->jumpToLine(300, 50, true, 0, false);
+  EXPECT_EQ(view->firstVisibleLine, 299 - 50 * height / 100);
+  EXPECT_FALSE(view->targetIsHilited);
+  long first = view->firstVisibleLine;
+  view->jumpToLine(302, 0, false, 0, false);  // visible already: stays
+  EXPECT_EQ(view->firstVisibleLine, first);
+  view->jumpToLine(-7, 0, true, 2000, true);  // the line held to 1, the target to the end
+  EXPECT_EQ(view->firstVisibleLine, 0);
+  EXPECT_EQ(view->targetLine, 999);
+
+  // A highlight clears the selection.
+  view->setTargetHilite(false);
+  ASSERT_TRUE(view->find("line 2", true));
+  EXPECT_TRUE(view->hasSelection());
+  view->jumpToLine(10, 0, false, 0, true);
+  EXPECT_FALSE(view->hasSelection());
+  EXPECT_EQ(view->targetLine, 9);
+
+  // Reloading keeps the place, the target and its highlight.
+  view->setFirstVisibleLine(120);
+  view->reloadFile();
+  EXPECT_EQ(view->firstVisibleLine, 120);
+  EXPECT_EQ(view->targetLine, 9);
+  EXPECT_TRUE(view->targetIsHilited);
+}
+
+TEST_F(SourceViewTest, FindGoesDownFromTheSelectionWithoutWrapping) {
+  writeFile(dir_.file("f"), numberedLines(95) + "\tTabbed Needle here\n");
+  auto view = openView(dir_.file("f"));
+  ASSERT_TRUE(view->find("needle", false));
+  EXPECT_EQ(view->selectionStartLine, 9);
+  EXPECT_EQ(view->selectionStartChar, 8);
+  EXPECT_EQ(view->selectionEndChar, 14);
+  EXPECT_EQ(view->targetLine, 9);
+  char text[64];
+  EXPECT_EQ(view->getSelection(text, sizeof text), 6);
+  EXPECT_STREQ(text, "needle");
+  ASSERT_TRUE(view->findSelection());
+  EXPECT_EQ(view->selectionStartLine, 19);
+  // The match shows a third of the way down once the view has to move.
+  for (int i = 0; i < 6; ++i) ASSERT_TRUE(view->find("needle", false));
+  EXPECT_EQ(view->selectionStartLine, 79);
+  view->setFirstVisibleLine(0);
+  ASSERT_TRUE(view->find("needle", false));
+  EXPECT_EQ(view->selectionStartLine, 89);
+  // A third of the way down, unless that would leave room below the end.
+  EXPECT_EQ(view->firstVisibleLine, std::min(89 - 33L * view->heightInLines / 100, 96L - view->heightInLines));
+  // Case counts when asked; tabs are expanded in the columns found.
+  EXPECT_FALSE(view->find("NEEDLE", true));
+  EXPECT_EQ(view->selectionStartLine, 89);  // kept
+  ASSERT_TRUE(view->find("needle", false));
+  EXPECT_EQ(view->selectionStartLine, 95);
+  EXPECT_EQ(view->selectionStartChar, 4 + 7);
+  EXPECT_FALSE(view->find("needle", false));  // no wrap to the top
+  EXPECT_EQ(view->selectionStartLine, 95);
+  // From a highlighted target without a selection: that line on.
+  view->jumpToLine(50, 0, false, 0, true);
+  ASSERT_TRUE(view->find("line", false));
+  EXPECT_EQ(view->selectionStartLine, 49);
+}
+
+TEST_F(SourceViewTest, MouseSelectsByDragAndTargetsByDoubleClick) {
+  writeFile(dir_.file("f"), numberedLines(200));
+  auto view = openView(dir_.file("f"));
+  RES_SetNfyProcDS(WGT_Res(viewPort_),
+                   [](ResPtr res, Int message, ClientPtr data) -> long {
+                     SourceView* shown = static_cast<SourceView*>(res->ClientData);
+                     if (message == WGT_NFYREDRAW) {
+                       shown->redrawView();
+                       return 0;
+                     }
+                     if (message == WGT_NFYMOUSECLICK) {
+                       WGT_MouseHandled(WGT_FromRes(res));
+                       _Point16Rec where;
+                       EVENT_QueryWgtLoc(WGT_FromRes(res), &where);
+                       shown->handleMouseClick(where, EVENT_IsDouble() != 0);
+                       return 0;
+                     }
+                     return WGT_DefNfy(res, message, data);
+                   },
+                   view.get());
+  ASSERT_TRUE(tktest::showAndWait(win_));
+  int fw = view->fontWidth, fh = view->fontHeight;
+  // From column 0 of line 3 to column 4 of line 4 ("line 3\nline").
+  _Point16Rec from = tktest::absOf(viewPort_, 6 + 1, 6 + 2 * fh + fh / 2);
+  _Point16Rec to = tktest::absOf(viewPort_, 6 + 4 * fw + 1, 6 + 3 * fh + fh / 2);
+  // The loop tracks on this thread, so the rest of each gesture comes from
+  // another connection while it does.
+  auto dragTo = [&](_Point16Rec start, _Point16Rec end, int holdMs) {
+    driver_->moveTo(start.X, start.Y);
+    driver_->press(1);
+    std::thread hand([&] {
+      owbtest::XTestDriver other(owbtest::sharedXvfb().display());
+      std::this_thread::sleep_for(std::chrono::milliseconds(150));
+      other.moveTo(end.X, end.Y);
+      std::this_thread::sleep_for(std::chrono::milliseconds(holdMs));
+      other.release(1);
+    });
+    settle(std::max(300, holdMs + 300));
+    hand.join();
+    settle();
+    std::this_thread::sleep_for(std::chrono::milliseconds(400));  // no double click with the next
+  };
+  dragTo(from, to, 100);
+  EXPECT_EQ(view->selectionStartLine, 2);
+  EXPECT_EQ(view->selectionEndLine, 3);
+  char text[64];
+  view->getSelection(text, sizeof text);
+  EXPECT_STREQ(text, "line 3\nline");
+
+  // Held below the view, the drag scrolls it until the button comes up.
+  dragTo(from, tktest::absOf(viewPort_, 40, 300 + 30), 1200);
+  EXPECT_GT(view->firstVisibleLine, 3);
+  EXPECT_GT(view->selectionEndLine, view->heightInLines);
+  EXPECT_EQ(view->selectionStartLine, 2);
+
+  // A double click on line 6 makes it the highlighted target.
+  view->setFirstVisibleLine(0);
+  settle();
+  _Point16Rec sixth = tktest::absOf(viewPort_, 30, 6 + 5 * fh + fh / 2);
+  driver_->click(sixth.X, sixth.Y);
+  settle();
+  std::this_thread::sleep_for(std::chrono::milliseconds(60));
+  driver_->click(sixth.X, sixth.Y);
+  settle();
+  EXPECT_TRUE(view->targetIsHilited);
+  EXPECT_EQ(view->targetLine, 5);
+  EXPECT_FALSE(view->hasSelection());
+  _Point16Rec where{30, static_cast<int16_t>(6 + 5 * fh + 2)};
+  EXPECT_FALSE(view->handleMouseClick(where, true));  // on the target already
+  RES_SetNfyProcDS(WGT_Res(viewPort_), WGT_DefNfy, nullptr);
+}
+
+TEST_F(SourceViewTest, WindowScrollsFindsAndFollowsAGrowingFile) {
+  setenv("OWB_FOLLOW_INTERVAL", "30", 1);
+  std::string path = dir_.file("run.out");
+  writeFile(path, numberedLines(300));
+  std::string error;
+  std::unique_ptr<SourceWindow> window(SourceWindow::open(path.c_str(), 1, false, &error));
+  ASSERT_TRUE(window) << error;
+  SourceView* view = window->view();
+  ASSERT_TRUE(tktest::runUntil([&] { return WIN_IsOpen(window->win()) && WIN_HasFocus(window->win()); }));
+  settle();
+
+  driver_->key(XK_Page_Down);
+  settle();
+  EXPECT_EQ(view->firstVisibleLine, view->heightInLines - 1);
+  driver_->key(XK_End, XK_Control_L);
+  settle();
+  EXPECT_EQ(view->firstVisibleLine + view->heightInLines, 300);
+  driver_->key(XK_Home, XK_Control_L);
+  settle();
+  EXPECT_EQ(view->firstVisibleLine, 0);
+
+  // The bars: placed beside the view, a press on the down arrow scrolls a
+  // line, one on the track below the thumb a page.
+  WgtPtr bar = SB_Wgt(window->verticalBar());
+  EXPECT_EQ(bar->Box.Origin.X, window->viewPort()->Box.Origin.X + window->viewPort()->Box.Extent.X + 4);
+  EXPECT_EQ(bar->Box.Extent.Y, window->viewPort()->Box.Extent.Y);
+  _SbInfoRec info;
+  SB_QueryInfo(window->verticalBar(), &info);
+  EXPECT_EQ(info.Max, 300);
+  EXPECT_EQ(info.ThumbSize, view->heightInLines);
+  _Rect16Rec arrow = SB_QueryPartRect(window->verticalBar(), SB_PARTARROW2);
+  clickOn(bar, arrow.Origin.X + arrow.Extent.X / 2, arrow.Origin.Y + arrow.Extent.Y / 2);
+  EXPECT_EQ(view->firstVisibleLine, 1);
+  _Rect16Rec track = SB_QueryPartRect(window->verticalBar(), SB_PARTBODY2);
+  clickOn(bar, track.Origin.X + track.Extent.X / 2, track.Origin.Y + track.Extent.Y - 2);
+  EXPECT_EQ(view->firstVisibleLine, 1 + view->heightInLines);
+  view->setFirstVisibleLine(0);
+  SB_QueryInfo(window->verticalBar(), &info);
+  EXPECT_EQ(info.ThumbPos, 0);
+
+  // Ctrl+F, the text, Return; then n for the next one.
+  driver_->key(XK_f, XK_Control_L);
+  for (KeySym sym : {XK_n, XK_e, XK_e, XK_d, XK_l, XK_e}) driver_->key(sym);
+  settle();
+  EXPECT_EQ(window->statusText(), "Find: needle_");
+  driver_->key(XK_Return);
+  settle();
+  EXPECT_EQ(view->selectionStartLine, 9);
+  driver_->key(XK_n);
+  settle();
+  EXPECT_EQ(view->selectionStartLine, 19);
+  EXPECT_FALSE(window->findText("absent"));
+  EXPECT_NE(window->statusText().find("\"absent\" not found below"), std::string::npos);
+
+  // Following: what is appended comes into view at the bottom.
+  driver_->key(XK_F, XK_Shift_L);
+  settle();
+  ASSERT_TRUE(window->isFollowing());
+  writeFile(path, "appended 1\nappended 2\n", true);
+  ASSERT_TRUE(tktest::runUntil([&] { return view->dataStore->totalLines == 302; }));
+  EXPECT_EQ(view->firstVisibleLine + view->heightInLines, 302);
+  // Cut short and written anew: read again from the start.
+  writeFile(path, "fresh\n");
+  ASSERT_TRUE(tktest::runUntil([&] { return view->dataStore && view->dataStore->totalLines == 1; }));
+  EXPECT_EQ(view->firstVisibleLine, 0);
+  settle();
+  EXPECT_TRUE(WIN_SaveAsPng(window->win(), dir_.file("shot.png").c_str()));
+
+  driver_->key(XK_q);
+  settle();
+  EXPECT_TRUE(window->isClosed());
+  unsetenv("OWB_FOLLOW_INTERVAL");
+}
+
+TEST_F(SourceViewTest, BadFilesLeaveAViewThatShowsNothing) {
+  auto view = openView(dir_.file("missing"));
+  EXPECT_EQ(view->lastError, -1301);
+  EXPECT_FALSE(view->failureText().empty());
+  EXPECT_EQ(view->getLine(), 0);
+  EXPECT_FALSE(view->find("x", false));
+  EXPECT_FALSE(view->updateFileDisplay());
+  std::string error;
+  EXPECT_EQ(SourceWindow::open(dir_.path().c_str(), 1, false, &error), nullptr);
+  EXPECT_NE(error.find("not a regular file"), std::string::npos);
+  writeFile(dir_.file("good"), "x\n");
+  EXPECT_TRUE(view->switchSourceView(dir_.file("good").c_str(), 1, 0, false, 0, false));
+  EXPECT_EQ(view->lastError, 0);
+  EXPECT_FALSE(view->switchSourceView(dir_.file("good").c_str(), 1, 0, false, 0, false));
+}
+
+}  // namespace

@@ -1,0 +1,353 @@
+// The automation surface, read as another client reads it: the property
+// on the client window, through a connection of its own.
+#include <gtest/gtest.h>
+
+#include <X11/Xatom.h>
+
+#include <cstdio>
+#include <map>
+#include <sstream>
+#include <string>
+#include <vector>
+
+#include "tests/toolkit/tk_fixture.h"
+#include "toolkit/autom.h"
+#include "toolkit/lbox.h"
+#include "toolkit/pfld.h"
+
+namespace {
+
+using tktest::ToolkitTest;
+
+struct Line {
+  std::string path, cls;
+  int x = 0, y = 0, w = 0, h = 0;
+  std::string state, text;
+  bool has(char letter) const { return state.find(letter) != std::string::npos; }
+};
+
+// The property as another client reads it; "<none>" when it is not there.
+std::string readProperty(Display* dpy, Window win) {
+  Atom prop = XInternAtom(dpy, "_OWB_WIDGETS", False);
+  Atom utf8 = XInternAtom(dpy, "UTF8_STRING", False);
+  std::string text;
+  long offset = 0;
+  for (;;) {
+    Atom type;
+    int format;
+    unsigned long count, after;
+    unsigned char* data = nullptr;
+    if (XGetWindowProperty(dpy, win, prop, offset, 1 << 16, False, AnyPropertyType, &type, &format, &count, &after,
+                           &data) != Success)
+      return "<error>";
+    if (type == None) return "<none>";
+    if (type != utf8 || format != 8) {
+      XFree(data);
+      return "<wrong type>";
+    }
+    text.append(reinterpret_cast<char*>(data), count);
+    XFree(data);
+    if (after == 0) return text;
+    offset += static_cast<long>(count / 4);
+  }
+}
+
+std::map<std::string, Line> parse(const std::string& text) {
+  std::map<std::string, Line> lines;
+  std::istringstream in(text);
+  for (std::string row; std::getline(in, row);) {
+    std::vector<std::string> f;
+    size_t start = 0;
+    for (size_t tab; (tab = row.find('\t', start)) != std::string::npos; start = tab + 1)
+      f.push_back(row.substr(start, tab - start));
+    f.push_back(row.substr(start));
+    if (f.size() != 8) {
+      ADD_FAILURE() << "not 8 fields: " << row;
+      continue;
+    }
+    Line l{f[0], f[1], std::stoi(f[2]), std::stoi(f[3]), std::stoi(f[4]), std::stoi(f[5]), f[6], f[7]};
+    lines[l.path] = l;
+  }
+  return lines;
+}
+
+class AutomationTest : public ToolkitTest {
+ protected:
+  void SetUp() override {
+    ToolkitTest::SetUp();
+    AUTOM_SetOn(1);
+    ASSERT_TRUE(tktest::loadTestLibrary());
+    win_ = keep(WIN_LoadInit("wgtdemo", "TestWindow"));
+    WGT_Disable(child(6));
+    ASSERT_TRUE(tktest::showAndWait(win_));
+    ASSERT_TRUE(tktest::runUntil([&] { return WIN_HasFocus(win_); }));
+    settle(20);
+  }
+  void TearDown() override {
+    ToolkitTest::TearDown();
+    AUTOM_SetOn(0);
+  }
+  WgtPtr child(Int i) { return PANEL_GetNthWgt(WIN_Panel(win_), i); }
+  WgtPtr radio(Int i) { return PANEL_GetNthWgt(reinterpret_cast<PanelPtr>(child(3)), i); }
+  std::string raw() {
+    settle(20);
+    return readProperty(driver_->display(), WIN_GetNatWin(win_));
+  }
+  std::map<std::string, Line> lines() { return parse(raw()); }
+  // Clicks the centre of a box read from the property, placed on the
+  // screen as another client sees the window.
+  void clickCentre(const Line& l) {
+    int ax, ay;
+    Window unused;
+    Display* dpy = driver_->display();
+    XTranslateCoordinates(dpy, WIN_GetNatWin(win_), DefaultRootWindow(dpy), l.x + l.w / 2, l.y + l.h / 2, &ax, &ay,
+                          &unused);
+    driver_->click(ax, ay);
+    settle();
+  }
+  WinPtr win_ = nullptr;
+};
+
+TEST_F(AutomationTest, EveryWidgetHasALineWithItsPathClassBoxStateAndText) {
+  std::map<std::string, Line> l = lines();
+  ASSERT_EQ(l.size(), 11u) << raw();
+  const Line& w = l["-"];
+  EXPECT_EQ(w.cls, "Win");
+  EXPECT_EQ(std::vector<int>({w.x, w.y, w.w, w.h}), std::vector<int>({0, 0, 420, 260}));
+  EXPECT_EQ(w.state, "VEF");
+  EXPECT_EQ(w.text, "Widget test");
+  // The depth-first order: the window, then each child before its own
+  // children.
+  std::string order;
+  std::istringstream in(raw());
+  for (std::string row; std::getline(in, row);) order += row.substr(0, row.find('\t')) + " ";
+  EXPECT_EQ(order, "- 0 1 2 3 3,0 3,1 3,2 4 5 6 ");
+
+  // Boxes are the template's, placed in the window (the template is made
+  // for this screen's resolution).
+  for (Int i = 0; i < 7; i++) {
+    _Rect16Rec rb;
+    WGT_GetResBox(child(i), &rb);
+    const Line& c = l[std::to_string(i)];
+    EXPECT_EQ(c.cls, WGT_Res(child(i))->ResClass->Name);
+    EXPECT_EQ(std::vector<int>({c.x, c.y, c.w, c.h}),
+              std::vector<int>({rb.Origin.X, rb.Origin.Y, rb.Extent.X, rb.Extent.Y}));
+  }
+  _Rect16Rec panelBox, radioBox;
+  WGT_GetResBox(child(3), &panelBox);
+  WGT_GetResBox(radio(1), &radioBox);
+  EXPECT_EQ(l["3,1"].cls, "TBut");
+  EXPECT_EQ(l["3,1"].x, panelBox.Origin.X + radioBox.Origin.X);
+  EXPECT_EQ(l["3,1"].y, panelBox.Origin.Y + radioBox.Origin.Y);
+
+  EXPECT_EQ(l["0"].text, "Buttons of every kind");
+  EXPECT_EQ(l["0"].state, "VE");
+  EXPECT_EQ(l["3"].text, "");  // a group's frame title is no text of a widget
+  EXPECT_EQ(l["3,0"].state, "VES");  // the selected radio button
+  EXPECT_EQ(l["4"].state, "VED");     // the default button
+  EXPECT_EQ(l["6"].state, "V");       // disabled
+  EXPECT_EQ(l["6"].text, "Not now");
+
+  // The state follows hiding, enabling, selecting and the focus.
+  WGT_SetInvisible(child(3));
+  WGT_Enable(child(6));
+  TBUT_Select(TBUT_FromWgt(radio(2)));
+  TBUT_Select(TBUT_FromWgt(child(2)));
+  ASSERT_TRUE(WGT_GainFocus(child(1)));
+  l = lines();
+  EXPECT_EQ(l["3"].state, "E");
+  EXPECT_EQ(l["3,2"].state, "ES");  // hidden with its panel
+  EXPECT_EQ(l["3,0"].state, "E");
+  EXPECT_EQ(l["6"].state, "VE");
+  EXPECT_EQ(l["2"].state, "VES");
+  EXPECT_EQ(l["1"].state, "VEF");
+  // A widget moved out of the window is not shown.
+  _Point16Rec away{500, 10};
+  WGT_Configure(child(2), &away, nullptr);
+  EXPECT_EQ(lines()["2"].state, "ES");
+}
+
+TEST_F(AutomationTest, TextsAreEscapedAndThePropertyIsWrittenOnlyOnChange) {
+  TBUT_SetLabel(TBUT_FromWgt(child(1)), "a\tb\\c\nd\xff" "e\xc3\xa9");
+  EXPECT_EQ(lines()["1"].text, "a\\tb\\\\c\\nd\\xFFe\xc3\xa9");
+  EXPECT_EQ(AUTOM_Escape("\xc0\xaf|\xed\xa0\x80|\xf4\x90\x80\x80|\xe2\x82"),
+            "\\xC0\\xAF|\\xED\\xA0\\x80|\\xF4\\x90\\x80\\x80|\\xE2\\x82");
+  EXPECT_EQ(AUTOM_Escape("\xf0\x9f\x9a\x80 ok"), "\xf0\x9f\x9a\x80 ok");
+
+  long writes = AUTOM_GetWriteCount();
+  settle(100);
+  EXPECT_EQ(AUTOM_GetWriteCount(), writes);  // nothing changed, nothing written
+  WIN_SetLabel(win_, "Renamed");
+  EXPECT_EQ(lines()["-"].text, "Renamed");
+  EXPECT_EQ(AUTOM_GetWriteCount(), writes + 1);
+
+  // Off: the property goes and nothing more is written.
+  AUTOM_SetOn(0);
+  WIN_SetLabel(win_, "Again");
+  EXPECT_EQ(raw(), "<none>");
+  EXPECT_EQ(AUTOM_GetWriteCount(), writes + 1);
+}
+
+TEST_F(AutomationTest, ClickingTheCentreOfABoxFromThePropertyReachesThatWidget) {
+  tktest::NfyLog log;
+  tktest::logTo(child(4), &log);
+  tktest::logTo(radio(1), &log);
+  std::map<std::string, Line> l = lines();
+  clickCentre(l["4"]);
+  EXPECT_EQ(log.count(child(4), TBUT_NFYHIT), 1);
+  clickCentre(l["3,1"]);
+  EXPECT_EQ(log.count(radio(1), TBUT_NFYHIT), 1);
+  l = lines();
+  EXPECT_TRUE(l["3,1"].has('S'));
+  EXPECT_FALSE(l["3,0"].has('S'));
+}
+
+// A widget with cells, as a list box has them: each cell's text is what
+// was drawn in it, captured around its drawing.
+struct CellList {
+  int rows = 3, cols = 2;
+  int describedCells = -1;  // -1: the drawn cells; else this many made up
+  std::vector<std::string> drawn;
+};
+CellList gCells;
+
+long cellListNfy(ResPtr res, Int message, ClientPtr data) {
+  WgtPtr w = WGT_FromRes(res);
+  if (message != WGT_NFYREDRAW) return WGT_DefNfy(res, message, data);
+  DrawPtr d = WGT_BeginDraw(w);
+  gCells.drawn.clear();
+  for (int r = 0; r < gCells.rows; r++)
+    for (int c = 0; c < gCells.cols; c++) {
+      AUTOM_CaptureBegin();
+      std::string a = "R" + std::to_string(r), b = "C" + std::to_string(c);
+      DRAW_Text(d, WGT_GetFont(w), COLOR_Text(), c * 60 + 2, r * 20 + 14, a.c_str(), -1);
+      DRAW_Text(d, WGT_GetFont(w), COLOR_Text(), c * 60 + 30, r * 20 + 14, b.c_str(), -1);
+      gCells.drawn.push_back(AUTOM_CaptureEnd());
+    }
+  WGT_EndDraw(d);
+  return 0;
+}
+
+void describeCells(WgtPtr, AutomDesc* desc) {
+  if (gCells.describedCells >= 0) {
+    for (int i = 0; i < gCells.describedCells; i++)
+      AUTOM_AddCell(desc, 0, i, RECT16_Make(0, i, 10, 1), 0, "x");
+    return;
+  }
+  for (size_t i = 0; i < gCells.drawn.size(); i++) {
+    int r = static_cast<int>(i) / gCells.cols, c = static_cast<int>(i) % gCells.cols;
+    AUTOM_AddCell(desc, c, r, RECT16_Make(c * 60, r * 20, 60, 20), r == 1, gCells.drawn[i].c_str());
+  }
+  AUTOM_AddLine(desc, "/more", "Part", RECT16_Make(0, 60, 10, 10), "", "a\tpart");
+}
+
+TEST_F(AutomationTest, CellsFollowTheirWidgetWithWhatWasDrawnInThem) {
+  static _PFldRec noFields[] = {{nullptr, 0, 0, 0, 0, -1}};
+  RClasPtr cls = WgtRegisterClass("AutomCellTest", "Test", WGT_Class(), noFields,
+                                  static_cast<Int>(sizeof(_WgtObj)), nullptr, nullptr, cellListNfy);
+  AUTOM_SetDescribeProc(cls, describeCells);
+  gCells = CellList{};
+  WgtPtr list = WGT_FromRes(RES_Create(cls));
+  list->ResBox = RECT16_Make(20, 170, 130, 60);
+  PANEL_AddWgt(WIN_Panel(win_), list);
+  std::map<std::string, Line> l = lines();
+  EXPECT_EQ(l["7"].cls, "AutomCellTest");
+  const Line& cell = l["7/1,1"];
+  EXPECT_EQ(cell.cls, "Cell");
+  EXPECT_EQ(std::vector<int>({cell.x, cell.y, cell.w, cell.h}), std::vector<int>({80, 190, 60, 20}));
+  EXPECT_EQ(cell.state, "VS");
+  EXPECT_EQ(cell.text, "R1 C1");
+  EXPECT_EQ(l["7/0,2"].state, "V");
+  EXPECT_EQ(l["7/0,2"].text, "R2 C0");
+  EXPECT_EQ(l["7/more"].cls, "Part");
+  EXPECT_EQ(l["7/more"].y, 230);
+  EXPECT_EQ(l["7/more"].state, "-");
+  EXPECT_EQ(l["7/more"].text, "a\\tpart");
+  EXPECT_EQ(l.size(), 12u + 7u);
+  // Capture is off outside AUTOM_CaptureBegin .. End, and a capture
+  // without the surface gives nothing.
+  AUTOM_SetOn(0);
+  AUTOM_CaptureBegin();
+  EXPECT_EQ(AUTOM_CaptureEnd(), "");
+  AUTOM_SetOn(1);
+
+  // A large description is written and read whole.
+  gCells.describedCells = 10000;
+  WGT_Inval(list, nullptr);
+  std::string big = raw();
+  size_t lineCount = 0;
+  for (char ch : big) lineCount += ch == '\n';
+  EXPECT_EQ(lineCount, 12u + 10000u);
+  EXPECT_NE(big.find("7/0,9999\tCell\t20\t10169\t10\t1\tV\tx\n"), std::string::npos);
+  gCells.describedCells = -1;
+  AUTOM_SetDescribeProc(cls, nullptr);
+}
+
+TEST_F(AutomationTest, AListBoxIsFollowedByItsCellsInView) {
+  WinPtr win = keep(tktest::newWin(500, 100, 320, 200, "list"));
+  LBoxPtr box = LBOX_Create();
+  LBOX_Wgt(box)->ResBox = RECT16_Make(10, 10, 300, 150);
+  box->StringFlags = LBOX_STRINGCLIENTDATA;
+  PANEL_AddWgt(WIN_Panel(win), LBOX_Wgt(box));
+  WIN_Init(win);
+  static const char* const kTexts[] = {"Head 1", "Head 2", "Head 3", "r1c1", "r1c2", "r1c3", "r2c1", "r2c2",
+                                       "r2c3", "r3c1", "r3c2", "r3c3", "r4c1", "r4c2", "r4c3", "r5c1", "r5c2",
+                                       "r5c3", "r6c1", "r6c2", "r6c3", "r7c1", "r7c2", "r7c3", "r8c1", "r8c2",
+                                       "r8c3", "r9c1", "r9c2", "r9c3"};
+  for (Int r = 0; r < 10; r++)
+    for (Int c = 1; c <= 3; c++) {
+      LBOX_GoColRow(box, c, r);
+      LBOX_CurSetClientData(box, const_cast<char*>(kTexts[r * 3 + c - 1]));
+    }
+  LBOX_RowSelect(box, 2);
+  ASSERT_TRUE(tktest::showAndWait(win));
+  auto read = [&] {
+    settle(20);
+    return parse(readProperty(driver_->display(), WIN_GetNatWin(win)));
+  };
+  std::map<std::string, Line> l = read();
+  EXPECT_EQ(l["0"].cls, "LBox");
+  EXPECT_EQ(l["0/1,0"].cls, "Cell");
+  EXPECT_EQ(l["0/1,0"].text, "Head 1");
+  EXPECT_EQ(l["0/3,1"].text, "r1c3");
+  EXPECT_EQ(l["0/3,1"].state, "V");
+  EXPECT_EQ(l["0/2,2"].state, "VS");
+  // Only what is in view: the box is too low for nine rows.
+  EXPECT_EQ(l.count("0/1,9"), 0u);
+  EXPECT_EQ(l.count("0/0,1"), 0u);  // the heading column is not shown
+  // Cells lie side by side inside the box.
+  EXPECT_EQ(l["0/2,1"].x, l["0/1,1"].x + l["0/1,1"].w);
+  EXPECT_GE(l["0/1,1"].y, l["0/1,0"].y + l["0/1,0"].h);
+  EXPECT_GE(l["0/1,1"].x, 10);
+
+  // A click on the middle of a cell read from the property selects it.
+  const Line& target = l["0/3,3"];
+  ASSERT_EQ(target.text, "r3c3");
+  int ax, ay;
+  Window unused;
+  Display* dpy = driver_->display();
+  XTranslateCoordinates(dpy, WIN_GetNatWin(win), DefaultRootWindow(dpy), target.x + target.w / 2,
+                        target.y + target.h / 2, &ax, &ay, &unused);
+  driver_->click(ax, ay);
+  l = read();
+  EXPECT_EQ(l["0/3,3"].state, "VS");
+  EXPECT_EQ(l["0/2,2"].state, "V");
+}
+
+TEST_F(AutomationTest, AWindowDestroyedByAnotherClientEndsNothing) {
+  Display* dpy = driver_->display();
+  XDestroyWindow(dpy, WIN_GetNatWin(win_));
+  XSync(dpy, False);
+  WIN_SetLabel(win_, "Gone");
+  TBUT_SetLabel(TBUT_FromWgt(child(1)), "still here");
+  settle(50);
+  EXPECT_EQ(readProperty(dpy, WIN_GetNatWin(win_)), "<error>");
+  // The loop goes on with other windows.
+  WinPtr other = keep(tktest::newWin(50, 50, 200, 100, "other"));
+  WIN_Init(other);
+  ASSERT_TRUE(tktest::showAndWait(other));
+  settle(20);
+  EXPECT_EQ(parse(readProperty(dpy, WIN_GetNatWin(other)))["-"].text, "other");
+}
+
+}  // namespace

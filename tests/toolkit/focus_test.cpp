@@ -1,0 +1,107 @@
+// Keyboard focus driven by real keys: the focus order of the test window,
+// radio groups, refusals, the panel's own key lists, Return and space.
+#include <gtest/gtest.h>
+
+#include <vector>
+
+#include "tests/toolkit/tk_fixture.h"
+#include "toolkit/kylst.h"
+
+namespace {
+
+using tktest::ToolkitTest;
+
+class FocusTest : public ToolkitTest {
+ protected:
+  void SetUp() override {
+    ToolkitTest::SetUp();
+    ASSERT_TRUE(tktest::loadTestLibrary());
+    win_ = keep(WIN_LoadInit("wgtdemo", "TestWindow"));
+    WGT_Disable(child(6));
+    ASSERT_TRUE(tktest::showAndWait(win_));
+    ASSERT_TRUE(tktest::runUntil([&] { return WIN_HasFocus(win_); }));
+  }
+  WgtPtr child(Int i) { return PANEL_GetNthWgt(WIN_Panel(win_), i); }
+  WgtPtr radio(Int i) { return PANEL_GetNthWgt(reinterpret_cast<PanelPtr>(child(3)), i); }
+  WgtPtr focus() { return PANEL_GetDeepFocusWgt(WIN_Panel(win_)); }
+  // The focus after each of n presses of a key.
+  std::vector<WgtPtr> walk(int n, KeySym key, KeySym mod = NoSymbol) {
+    std::vector<WgtPtr> seen;
+    for (int i = 0; i < n; i++) {
+      driver_->key(key, mod);
+      settle(20);
+      seen.push_back(focus());
+    }
+    return seen;
+  }
+  WinPtr win_ = nullptr;
+};
+
+TEST_F(FocusTest, TabAndShiftTabWalkTheWindowAndLeaveARadioGroupWithOneKey) {
+  // The label takes no focus, the disabled button is passed over, and the
+  // radio group is entered at its first button and left with one Tab.
+  EXPECT_EQ(walk(6, XK_Tab),
+            (std::vector<WgtPtr>{child(1), child(2), radio(0), child(4), child(5), child(1)}));
+  EXPECT_TRUE(WGT_HasFocus(child(1), 1));
+  // Backwards the group is entered from its end and left with one key.
+  EXPECT_EQ(walk(5, XK_Tab, XK_Shift_L),
+            (std::vector<WgtPtr>{child(5), child(4), radio(2), child(2), child(1)}));
+
+  // The arrows move within the group, round its ends, and only there.
+  driver_->key(XK_Tab);
+  driver_->key(XK_Tab);
+  settle(20);
+  ASSERT_EQ(focus(), radio(0));
+  EXPECT_EQ(walk(3, XK_Down), (std::vector<WgtPtr>{radio(1), radio(2), radio(0)}));
+  EXPECT_EQ(walk(1, XK_Up), (std::vector<WgtPtr>{radio(2)}));
+  WGT_GainFocus(child(1));
+  EXPECT_EQ(walk(1, XK_Down), (std::vector<WgtPtr>{child(1)}));
+
+  // Invisible and disabled widgets are passed over, as is one that refuses.
+  WGT_SetInvisible(child(2));
+  WGT_Disable(radio(0));
+  EXPECT_EQ(walk(2, XK_Tab), (std::vector<WgtPtr>{radio(1), child(4)}));
+  RES_SetNfyProcDS(
+      WGT_Res(child(5)),
+      [](ResPtr res, Int message, ClientPtr data) -> long {
+        long r = TBUT_DefNfy(res, message, data);
+        if (message == WGT_NFYGAINFOCUS) WGT_SetGainFocusAccepted(0);
+        return r;
+      },
+      nullptr);
+  EXPECT_EQ(walk(1, XK_Tab), (std::vector<WgtPtr>{child(1)}));
+}
+
+TEST_F(FocusTest, APanelsOwnKeyListsReplaceTheDefaultOnes) {
+  PanelPtr panel = WIN_Panel(win_);
+  ASSERT_NE(panel->KeysNext, nullptr);
+  EXPECT_STREQ(KYLST_GetKeys(reinterpret_cast<KyLstPtr>(panel->KeysNext)), "Tab");
+  EXPECT_STREQ(KYLST_GetKeys(reinterpret_cast<KyLstPtr>(panel->KeysPrevInGroup)), "Up Left");
+  RES_Release(panel->KeysNext);
+  panel->KeysNext = WGT_Res(reinterpret_cast<WgtPtr>(KYLST_New("F6 Ctrl+n")));
+  EXPECT_EQ(walk(1, XK_F6), (std::vector<WgtPtr>{child(1)}));
+  EXPECT_EQ(walk(1, XK_n, XK_Control_L), (std::vector<WgtPtr>{child(2)}));
+  EXPECT_EQ(walk(1, XK_Tab), (std::vector<WgtPtr>{child(2)}));  // no longer a focus key
+  EXPECT_EQ(walk(1, XK_F6, XK_Shift_L), (std::vector<WgtPtr>{child(2)}));  // modifiers must match
+}
+
+TEST_F(FocusTest, ReturnPressesTheDefaultButtonAndSpaceTheFocusedOne) {
+  tktest::NfyLog log;
+  for (Int i : {1, 2, 4}) tktest::logTo(child(i), &log);
+  driver_->key(XK_Return);
+  settle();
+  EXPECT_EQ(log.count(child(4), TBUT_NFYHIT), 1);
+  walk(2, XK_Tab);
+  ASSERT_EQ(focus(), child(2));
+  driver_->key(XK_space);
+  settle();
+  EXPECT_EQ(log.count(child(2), TBUT_NFYHIT), 1);
+  EXPECT_TRUE(TBUT_GetSelected(TBUT_FromWgt(child(2))));
+  // Return still goes to the default button while another has the focus.
+  driver_->key(XK_Return);
+  settle();
+  EXPECT_EQ(log.count(child(4), TBUT_NFYHIT), 2);
+  EXPECT_EQ(log.count(child(1), TBUT_NFYHIT), 0);
+}
+
+}  // namespace

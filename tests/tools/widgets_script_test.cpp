@@ -1,0 +1,87 @@
+// scripts/owb-widgets.sh against the test window program, as a GUI test of
+// someone else's would use it: xprop reads the widget description and
+// xdotool clicks, from processes of their own.
+#include <gtest/gtest.h>
+
+#include <signal.h>
+#include <stdlib.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <chrono>
+#include <cstdio>
+#include <string>
+#include <thread>
+
+#include "tests/testsupport.h"
+#include "tests/xvfb_support.h"
+
+namespace {
+
+// Runs a shell command; its exit status and standard output.
+int run(const std::string& command, std::string* output) {
+  FILE* pipe = popen((command + " 2>/dev/null").c_str(), "r");
+  if (!pipe) return -1;
+  std::string text;
+  char buffer[4096];
+  size_t n;
+  while ((n = fread(buffer, 1, sizeof buffer, pipe)) > 0) text.append(buffer, n);
+  int status = pclose(pipe);
+  if (output) *output = text;
+  return WIFEXITED(status) ? WEXITSTATUS(status) : -1;
+}
+
+template <class Done>
+bool waitFor(Done done, int timeoutMs = 10000) {
+  auto deadline = std::chrono::steady_clock::now() + std::chrono::milliseconds(timeoutMs);
+  while (!done()) {
+    if (std::chrono::steady_clock::now() > deadline) return false;
+    std::this_thread::sleep_for(std::chrono::milliseconds(50));
+  }
+  return true;
+}
+
+TEST(WidgetsScript, ListsTheTestWindowAndClicksItsWidgetsByTextAndPath) {
+  if (access("/usr/bin/xdotool", X_OK) != 0 || access("/usr/bin/xprop", X_OK) != 0)
+    GTEST_SKIP() << "needs xdotool and xprop (x11-utils)";
+  ASSERT_TRUE(owbtest::sharedXvfb().ok());
+  owbtest::TempDir dir;
+  std::string out = dir.file("wgtdemo.out");
+  setenv("OWB_AUTOMATION", "1", 1);
+  pid_t demo = owbtest::startProgram({owbtest::installTree() + "/bin/wgtdemo"}, out);
+  unsetenv("OWB_AUTOMATION");
+  ASSERT_GT(demo, 0);
+  struct Reap {
+    pid_t pid;
+    ~Reap() {
+      if (pid > 0 && waitpid(pid, nullptr, WNOHANG) == 0) {
+        kill(pid, SIGTERM);
+        waitpid(pid, nullptr, 0);
+      }
+    }
+  } reap{demo};
+
+  std::string script = owbtest::sourceDir() + "/scripts/owb-widgets.sh";
+  std::string list;
+  ASSERT_TRUE(waitFor([&] { return run(script + " 'Widget test'", &list) == 0; })) << list;
+  EXPECT_NE(list.find("-\tWin\t0\t0\t420\t260\t"), std::string::npos) << list;
+  EXPECT_NE(list.find("3,1\tTBut\t230\t98\t160\t24\tVE\tWarm\n"), std::string::npos) << list;
+
+  // The disabled button is no target; an unknown one neither.
+  EXPECT_NE(run(script + " 'Widget test' TBut 'Not now'", nullptr), 0);
+  EXPECT_NE(run(script + " 'Widget test' TBut Nothing", nullptr), 0);
+
+  ASSERT_EQ(run(script + " 'Widget test' TBut Warm", nullptr), 0);
+  EXPECT_TRUE(waitFor([&] { return owbtest::readWholeFile(out).find("Warm\n") != std::string::npos; }));
+  EXPECT_TRUE(waitFor([&] {
+    return run(script + " 'Widget test'", &list) == 0 && list.find("\tVES\tWarm\n") != std::string::npos;
+  })) << list;
+
+  // OK by its path ends the program.
+  ASSERT_EQ(run(script + " 'Widget test' --path 4", nullptr), 0);
+  EXPECT_TRUE(waitFor([&] { return waitpid(demo, nullptr, WNOHANG) == demo; }));
+  reap.pid = 0;
+  EXPECT_NE(owbtest::readWholeFile(out).find("OK\n"), std::string::npos);
+}
+
+}  // namespace
