@@ -28,6 +28,10 @@ Boolean chooseFleetDirectory(char* directory, size_t size);
 // fleet being deleted.
 void terminateFleetWindow(WinPtr win);
 
+// Gives win the tool's icon, gFleetMgrIcon (the settings, engine place
+// and status windows carry it).  Nothing happens without the icon.
+void setFleetWindowIcon(WinPtr win);
+
 // The text with which the functions above say that their window is missing.
 extern const char* const kWindowNotAvailableText;
 

@@ -9,15 +9,13 @@
 #define OWB_FLEETMGR_SETTINGSFILE_H
 
 #include "fleetmgr/engconfig.h"
+#include "fleetmgr/fltstat.h"
 #include "owbtypes.h"
 
-// One entry of a folder table: entry 0 is the label over the list, the
-// others are the list's columns.  A width code below 0 is the list's width
-// divided by its negation, above 0 that many pixels, 0 what is left.
-struct fleetListInfo {
-  const char* columnHeading;
-  int columnWidth;
-};
+// A folder table is a list of fleetListInfo (fltstat.h): entry 0 is the
+// label over the list, the others are the list's columns, each width a
+// code: below 0 the list's width divided by its negation, above 0 that
+// many pixels, 0 what is left.
 
 // The dialog's five folders, in the order of its tabs.
 enum {

@@ -14,6 +14,7 @@
 #include "fleetmgr/fieldtext.h"
 #include "fleetmgr/fleetdlg.h"
 #include "fleetmgr/fleetdlg_add.h"
+#include "fleetmgr/fleetwindows.h"
 #include "fleetmgr/registry.h"
 #include "fleetmgr/settings.h"
 #include "fleetmgr/settingsfile.h"
@@ -79,7 +80,7 @@ void S_showFolder(ResPtr win, int folder) {
   const ConfigFolder& info = gConfigFolders[folder];
   if (ResPtr label = childAt(win, LIST_LABEL))
     if (RCLAS_IsSubClassOf(label->ResClass, TAREA_Class()))
-      TAREA_SetText(reinterpret_cast<TAreaPtr>(label), info.table[0].columnHeading);
+      TAREA_SetText(reinterpret_cast<TAreaPtr>(label), info.table[0].heading);
   LBOX_Reset(list);
   for (int c = 0; c < info.columns; c++) LBOX_InsertCol(list);
   LBOX_GoHome(list);
@@ -90,10 +91,10 @@ void S_showFolder(ResPtr win, int folder) {
   int listWidth = listWgt->Box.Extent.X - WGT_ScaleX16(listWgt, 20);
   int used = 0;
   for (int column = 1; column <= info.columns; column++) {
-    int width = columnWidthFromCode(info.table[column].columnWidth, listWidth, used);
+    int width = columnWidthFromCode(info.table[column].width, listWidth, used);
     used += width;
     LBOX_SetCurColWidth(list, width);
-    LBOX_CurSetClientData(list, const_cast<char*>(info.table[column].columnHeading));
+    LBOX_CurSetClientData(list, const_cast<char*>(info.table[column].heading));
     for (long i = items ? items->totalElements - 1 : -1; i >= 0; i--) {
       LBOX_GoDown(list);
       LBOX_CurSetClientData(list, const_cast<char*>(configFolderCell(items->get(i), column)));
@@ -119,15 +120,22 @@ long folderTabBtnNfy(ResPtr res, Int message, ClientPtr data) {
   return TBUT_DefNfy(res, message, data);
 }
 
+// The list's own drawing first, then the cell's string if it has one.
+void S_drawConfigCell(ResPtr res, ClientPtr data) {
+  LBoxPtr list = LBOX_FromWgt(WGT_FromRes(res));
+  LBOX_DefNfy(res, LBOX_NFYCELLDRAW, data);
+  if (auto* text = static_cast<const char*>(LBOX_CurGetClientData(list))) drawCellString(list, text);
+}
+
 long configListBoxNfy(ResPtr res, Int message, ClientPtr data) {
   LBoxPtr list = LBOX_FromWgt(WGT_FromRes(res));
   switch (message) {
     case LBOX_NFYCELLDRAW:
-      drawListCell(res, data, static_cast<const char*>(LBOX_CurGetClientData(list)));
+      S_drawConfigCell(res, data);
       return 0;
     case LBOX_NFYCELLHIGHLIGHTSEL:
     case LBOX_NFYCELLUNHIGHLIGHTSEL:
-      drawListCell(res, data, static_cast<const char*>(LBOX_CurGetClientData(list)));
+      S_drawConfigCell(res, data);
       if (sSelecting) return 0;
       break;  // taken as a click on the cell
     case LBOX_NFYCELLHIGHLIGHTFOCUS:
@@ -276,6 +284,7 @@ WinPtr createNewEnginePlaceConfigDialog() {
   if (list) LBOX_SetNumCol(list, 3);
   WIN_Init(dialog);
   win->ClientData = gFleetMgr->currentFleet;
+  setFleetWindowIcon(dialog);
   char title[sizeof(Str255) + 32];
   std::snprintf(title, sizeof title, "Engine Configuration file %s", gFleetMgr->configFile->filename);
   WIN_SetLabel(dialog, title);

@@ -2,7 +2,11 @@
 #include "fleetmgr/settingsui.h"
 
 #include "fleetmgr/fleetwindows.h"
+#include "fleetmgr/fltstat.h"
 #include "fleetmgr/registry.h"
+#include "shared/ui/filepick.h"
+
+#include <cstdio>
 
 ResPtr childAt(ResPtr root, std::initializer_list<Int> path) {
   ResPtr res = root;
@@ -29,20 +33,24 @@ FleetObject* fleetOfWindow(ResPtr res) {
 }
 
 void drawListCell(ResPtr list, ClientPtr data, const char* text) {
-  LBOX_DefNfy(list, LBOX_NFYCELLDRAW, data);
-  if (text) LBOX_DrawCellText(LBOX_FromWgt(WGT_FromRes(list)), text, nullptr, nullptr);
+  // A cell without a value is the list's own.
+  if (text) drawCellString(LBOX_FromWgt(WGT_FromRes(list)), text);
+  else LBOX_DefNfy(list, LBOX_NFYCELLDRAW, data);
 }
 
 namespace {
 
-// Until the tool's file picker is wired in, a request for a file is
-// answered as if the user cancelled it.
-bool S_noChooser(int, char* filename, size_t size, const char*, const char*, bool, bool) {
-  if (filename && size) filename[0] = '\0';
-  return false;
+// The tool's file picker.
+bool S_filePicker(int mode, char* filename, size_t size, const char* prompt, const char* pattern, bool mustExist,
+                  bool confirmOverwrite) {
+  fileNameType chosen;
+  if (!chooseFile(mode, chosen, prompt, nullptr, pattern, mustExist ? TRUE : FALSE, confirmOverwrite ? TRUE : FALSE))
+    return false;
+  std::snprintf(filename, size, "%s", chosen);
+  return true;
 }
 
-SettingsFileChooser sChooser = S_noChooser;
+SettingsFileChooser sChooser = S_filePicker;
 
 }  // namespace
 
@@ -57,7 +65,7 @@ bool chooseSettingsFile(int mode, char* filename, size_t size, const char* promp
 
 SettingsFileChooser setSettingsFileChooser(SettingsFileChooser chooser) {
   SettingsFileChooser previous = sChooser;
-  sChooser = chooser ? chooser : S_noChooser;
+  sChooser = chooser ? chooser : S_filePicker;
   return previous;
 }
 

@@ -39,8 +39,8 @@ long onHitNfy(ResPtr res, Int message, ClientPtr data) {
   return TBUT_DefNfy(res, message, data);
 }
 
-// Draws a list cell: the list's own background, then text (may be null).
-// data is the drawing message's record.
+// Draws a list cell with drawCellString; a cell without text (null) is
+// drawn by the list itself.  data is the drawing message's record.
 void drawListCell(ResPtr list, ClientPtr data, const char* text);
 
 // Asks the user for a file: mode 1 lists files; pattern as "*.cfg" or
@@ -50,8 +50,8 @@ typedef bool (*SettingsFileChooser)(int mode, char* filename, size_t size, const
                                     bool mustExist, bool confirmOverwrite);
 bool chooseSettingsFile(int mode, char* filename, size_t size, const char* prompt, const char* pattern,
                         bool mustExist, bool confirmOverwrite);
-// Replaces the chooser (null: the built-in one, which cancels until the
-// tool's file picker is wired in); returns the previous one.
+// Replaces the chooser (null: the tool's file picker); returns the
+// previous one.
 SettingsFileChooser setSettingsFileChooser(SettingsFileChooser chooser);
 
 // True when dialog is the engine place configuration dialog of a

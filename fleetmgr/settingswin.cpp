@@ -438,6 +438,7 @@ void FleetObject::createFleetSettingsDialog() {
 
     WIN_Init(win);
     res->ClientData = this;
+    setFleetWindowIcon(win);
     showFolder(res, kEngPlaceTab);
     fieldSetText(childAt(res, ENGINE_OPTIONS), fleetFile ? fleetFile->engineOptions : "");
     S_fillEngineList(this, listAt(res, ENG_LIST));

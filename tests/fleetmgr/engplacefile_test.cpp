@@ -234,7 +234,7 @@ TEST(ConfigFolders, WidthCodesAndCells) {
   int used = 0;
   std::vector<int> widths;
   for (int c = 1; c <= gConfigFolders[kConfigOptionsFolder].columns; c++) {
-    widths.push_back(columnWidthFromCode(gCfgOptionsHeadingStrs[c].columnWidth, 400, used));
+    widths.push_back(columnWidthFromCode(gCfgOptionsHeadingStrs[c].width, 400, used));
     used += widths.back();
   }
   EXPECT_EQ(widths, (std::vector<int>{100, 100, 200}));

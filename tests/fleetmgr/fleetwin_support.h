@@ -1,0 +1,141 @@
+// The world of the tests of the Fleet Manager's windows: the in-process
+// tool of fleetmgr_support.h, plus the toolkit started on the shared Xvfb
+// as the tool starts it, the tool's templates and icon loaded, the shared
+// drawing objects set, and an XTest driver to press the windows' buttons.
+// Every window still open at the end of a test is closed.
+#ifndef OWB_TESTS_FLEETMGR_FLEETWIN_SUPPORT_H
+#define OWB_TESTS_FLEETMGR_FLEETWIN_SUPPORT_H
+
+#include <gtest/gtest.h>
+
+#include <chrono>
+#include <memory>
+#include <string>
+
+#include "fleetmgr/fleetmgr.h"
+#include "fleetmgr/fleetmgr_support.h"
+#include "shared/ui/resources.h"
+#include "shared/ui/uiglobals.h"
+#include "toolkit/app.h"
+#include "toolkit/dsply.h"
+#include "toolkit/err.h"
+#include "toolkit/errw.h"
+#include "toolkit/event.h"
+#include "toolkit/lbox.h"
+#include "toolkit/tbut.h"
+#include "toolkit/winpub.h"
+#include "xvfb_support.h"
+
+namespace fmtest {
+
+// The toolkit, the tool's templates and the drawing objects, once per test
+// program; false when there is no X server.
+inline bool startToolWindows() {
+  static int started = 0;
+  if (started) return started > 0;
+  started = -1;
+  if (!owbtest::sharedXvfb().ok()) return false;
+  setenv("DISPLAY", owbtest::sharedXvfb().display().c_str(), 1);
+  setenv("ND_PATH", (owbtest::installTree() + "/bin/resource").c_str(), 1);
+  GW_LibInstall();
+  GW_LibLoadInit();
+  // Failures go to the error stream, not to a window waiting for a user.
+  ERRW_Exit();
+  ErrTrace frame("Test", __FILE__, __LINE__);
+  bool loaded = ERR_TryRecoverFn(frame, [] {
+    RLIB_LoadLibFile("shared", "shared.dat");
+    RLIB_LoadLibFile("fleetmgr", "fleetmgr.dat");
+    gFleetMgrIcon = RES_LoadInit("shared", "fleetmgr");
+  });
+  if (!loaded) return false;
+  gBlackColor = COLOR_Black();
+  gHiliteColor = COLOR_LoadByText("#3264c8");
+  gTextFont = FONT_LoadByText("DejaVu Sans 10");
+  gLabelFont = FONT_LoadByText("DejaVu Sans 10 bold");
+  gSolidPen = PEN_Solid();
+  started = 1;
+  return true;
+}
+
+class WindowTest : public ToolTest {
+ protected:
+  void SetUp() override {
+    ToolTest::SetUp();
+    ASSERT_TRUE(startToolWindows()) << "no X server or no templates: " << DSPLY_GetLastError();
+    driver_ = std::make_unique<owbtest::XTestDriver>(owbtest::sharedXvfb().display());
+    ASSERT_TRUE(driver_->ok());
+  }
+  void TearDown() override {
+    // The fleets' own windows end with their fleets; the dialogs here.
+    for (Int n = WIN_GetNumOpen(); n > 0; n--)
+      if (WinPtr win = WIN_GetNthOpen(n - 1)) WIN_TerminateGetStatus(win);
+    settle();
+    ToolTest::TearDown();
+    settle();
+  }
+
+  // Runs the loop until nothing has come for a moment.
+  static void settle(int quietMs = 60) {
+    auto quietSince = std::chrono::steady_clock::now();
+    auto deadline = quietSince + std::chrono::seconds(5);
+    while (std::chrono::steady_clock::now() < deadline) {
+      DSPLY_Sync();
+      bool pending = EVENT_IsPending();
+      EVENT_ProcessPending();
+      if (pending) {
+        quietSince = std::chrono::steady_clock::now();
+      } else {
+        if (std::chrono::steady_clock::now() - quietSince > std::chrono::milliseconds(quietMs)) return;
+        DSPLY_WaitForInput(5);
+      }
+    }
+  }
+
+  // The open window with that title, or null.
+  static WinPtr openWindow(const std::string& title) {
+    for (Int n = 0; n < WIN_GetNumOpen(); n++) {
+      WinPtr win = WIN_GetNthOpen(n);
+      if (win && WIN_GetLabel(win) && title == WIN_GetLabel(win)) return win;
+    }
+    return nullptr;
+  }
+  // Waits until the window of that title is open and drawn.
+  WinPtr waitForWindow(const std::string& title) {
+    auto deadline = std::chrono::steady_clock::now() + std::chrono::seconds(5);
+    WinPtr win = nullptr;
+    while (!(win = openWindow(title)) && std::chrono::steady_clock::now() < deadline) settle(20);
+    settle();
+    return win;
+  }
+
+  static WgtPtr child(WinPtr win, Int index) {
+    ResPtr res = RES_GetNthChild(reinterpret_cast<ResPtr>(win), index);
+    return res ? WGT_FromRes(res) : nullptr;
+  }
+  static bool isOn(WinPtr win, Int index) { return TBUT_GetSelected(TBUT_FromWgt(child(win, index))); }
+  static bool enabled(WinPtr win, Int index) { return WGT_IsEnabled(child(win, index)); }
+
+  // A real click in the middle of a widget, then the loop until quiet.
+  void click(WgtPtr wgt) {
+    ASSERT_NE(wgt, nullptr);
+    _Point16Rec p{static_cast<int16_t>(wgt->Box.Extent.X / 2), static_cast<int16_t>(wgt->Box.Extent.Y / 2)};
+    WGT_ConvertWgtToAbs(wgt, &p);
+    driver_->click(p.X, p.Y);
+    DSPLY_Sync();
+    settle();
+  }
+  // A click at a point of a widget.
+  void clickAt(WgtPtr wgt, int x, int y) {
+    _Point16Rec p{static_cast<int16_t>(x), static_cast<int16_t>(y)};
+    WGT_ConvertWgtToAbs(wgt, &p);
+    driver_->click(p.X, p.Y);
+    DSPLY_Sync();
+    settle();
+  }
+
+  std::unique_ptr<owbtest::XTestDriver> driver_;
+};
+
+}  // namespace fmtest
+
+#endif  // OWB_TESTS_FLEETMGR_FLEETWIN_SUPPORT_H

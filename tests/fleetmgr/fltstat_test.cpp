@@ -1,0 +1,151 @@
+// The fleet status window on the X server: its rows from a status list,
+// the run and kill buttons following the selected row, a refresh with
+// fewer rows freeing the rows' buffers, one window per fleet.
+#include <gtest/gtest.h>
+
+#include <cstdlib>
+#include <cstring>
+#include <ctime>
+#include <string>
+#include <vector>
+
+#include "fleetmgr/fleetwin_support.h"
+#include "fleetmgr/fltstat.h"
+#include "fleetmgr/registry.h"
+
+namespace {
+
+using fmtest::WindowTest;
+
+fleetProcessInfo* record(const char* label, int type, bool running, const char* command, pid_t pid, time_t start,
+                         long debuggerPort = 0) {
+  auto* p = static_cast<fleetProcessInfo*>(std::calloc(1, sizeof(fleetProcessInfo)));
+  std::snprintf(p->processLabel, sizeof p->processLabel, "%s", label);
+  p->processType = type;
+  p->isRunning = running ? 1 : 0;
+  p->commandLine = command ? strdup(command) : nullptr;
+  p->processID = pid;
+  p->startTime = start;
+  p->moreData.engData.debuggerPort = debuggerPort;
+  p->moreData.engData.udpPort = debuggerPort ? debuggerPort + 1 : 0;
+  p->moreData.engData.tcpPort = debuggerPort ? debuggerPort + 2 : 0;
+  return p;
+}
+
+fleetProcessInfo* chain(std::vector<fleetProcessInfo*> records) {
+  for (size_t i = 0; i + 1 < records.size(); i++) records[i]->next = records[i + 1];
+  return records.empty() ? nullptr : records.front();
+}
+
+// The texts of a row, columns 1 to 9 ("" for an empty cell).
+std::vector<std::string> rowOf(LBoxPtr lbox, Int row) {
+  std::vector<std::string> texts;
+  for (Int col = 1; col <= kFleetStatusColumns; col++) {
+    LBOX_GoColRow(lbox, col, row);
+    const char* text = static_cast<const char*>(LBOX_CurGetClientData(lbox));
+    texts.push_back(text ? text : "");
+  }
+  return texts;
+}
+
+class StatusWindowTest : public WindowTest {
+ protected:
+  FleetObject* fleetWith(fleetProcessInfo* status) {
+    FleetObject* fleet = gFleetMgr->addFleet(root.file("yard").c_str(), nullptr);
+    fleet->fleetStatus = status;
+    return fleet;
+  }
+  static LBoxPtr listOf(WinPtr win) { return reinterpret_cast<LBoxPtr>(child(win, 4)); }
+  // Clicks the middle of a body row of the list (rows from 1).
+  void clickRow(LBoxPtr lbox, Int row) {
+    LBOX_GoColRow(lbox, 2, row);
+    _Rect16Rec rect, clip;
+    LBOX_CurQueryRects(lbox, &rect, &clip);
+    clickAt(LBOX_Wgt(lbox), rect.Origin.X + rect.Extent.X / 2, rect.Origin.Y + rect.Extent.Y / 2);
+  }
+};
+
+TEST_F(StatusWindowTest, RowsShowTheProcessesAndTheButtonsFollowTheSelectedRow) {
+  const time_t started = 1700000000;
+  FleetObject* fleet = fleetWith(chain({record("eng1", kEngineProcess, true, "bin/eng -d1", 4242, started, 7000),
+                                        record("placemon", kExternalProcess, false, "placemon -v", 4343, 0),
+                                        record("old", kFossilProcess, false, nullptr, 0, 0)}));
+  fleet->createFleetStatusWindow();
+  WinPtr win = waitForWindow("Fleet Status: " + root.file("yard"));
+  ASSERT_NE(win, nullptr);
+  ASSERT_EQ(fleet->fleetStatusWindow, win);
+  LBoxPtr lbox = listOf(win);
+
+  EXPECT_EQ(LBOX_GetUsedRows(lbox), 3);
+  std::vector<std::string> headings;
+  for (Int col = 1; col <= kFleetStatusColumns; col++) {
+    LBOX_GoColRow(lbox, col, 0);
+    headings.push_back(static_cast<const char*>(LBOX_CurGetClientData(lbox)));
+  }
+  EXPECT_EQ(headings, (std::vector<std::string>{"Type", "Name", "Status", "Command Line", "Date Started", "PID",
+                                                "DAS Port", "UDP Port", "TCP Port"}));
+  EXPECT_EQ(rowOf(lbox, 1), (std::vector<std::string>{"Engine", "eng1", "Up", "bin/eng -d1", std::ctime(&started),
+                                                      "4242", "7000", "7001", "7002"}));
+  // Not running: pid 0; no start time: no date; not an engine: no ports.
+  EXPECT_EQ(rowOf(lbox, 2),
+            (std::vector<std::string>{"External Process", "placemon", "Down", "placemon -v", "", "0", "", "", ""}));
+  EXPECT_EQ(rowOf(lbox, 3), (std::vector<std::string>{"Fossil", "old", "Down", "", "", "0", "", "", ""}));
+  LBOX_GoColRow(lbox, 3, 1);
+  EXPECT_EQ(LBOX_CurGetClientData(lbox), static_cast<ClientPtr>(const_cast<char*>(gStatusUpStr)));
+
+  // The first row is selected at the opening: an Up row can be killed.
+  EXPECT_TRUE(enabled(win, 2));
+  EXPECT_FALSE(enabled(win, 3));
+  EXPECT_FALSE(WGT_IsVisible(child(win, 5)));
+  EXPECT_FALSE(WGT_IsEnabled(child(win, 6)));
+
+  clickRow(lbox, 2);  // Down: run, not kill
+  EXPECT_FALSE(enabled(win, 2));
+  EXPECT_TRUE(enabled(win, 3));
+  LBOX_GoColRow(lbox, 1, 2);
+  EXPECT_TRUE(LBOX_IsCurSelected(lbox));
+  LBOX_GoColRow(lbox, 1, 1);
+  EXPECT_FALSE(LBOX_IsCurSelected(lbox));
+
+  // The keyboard moves the selection as a click does.
+  driver_->key(XK_Up);
+  settle();
+  EXPECT_TRUE(enabled(win, 2));
+  EXPECT_FALSE(enabled(win, 3));
+
+  // A second "Fleet Status" refreshes the same window, with fewer rows:
+  // the old rows' buffers are freed (the sanitizer build checks).
+  freeFleetProcessInfo(&fleet->fleetStatus);
+  fleet->fleetStatus = chain({record("eng1", kEngineProcess, false, "bin/eng -d1", 0, 0, 7000)});
+  fleet->createFleetStatusWindow();
+  settle();
+  EXPECT_EQ(fleet->fleetStatusWindow, win);
+  EXPECT_EQ(LBOX_GetUsedRows(lbox), 1);
+  EXPECT_EQ(rowOf(lbox, 1), (std::vector<std::string>{"Engine", "eng1", "Down", "bin/eng -d1", "", "0", "7000",
+                                                      "7001", "7002"}));
+  EXPECT_TRUE(enabled(win, 3));
+
+  // No processes: the headings alone, and neither button.
+  freeFleetProcessInfo(&fleet->fleetStatus);
+  fleet->createFleetStatusWindow();
+  settle();
+  EXPECT_EQ(LBOX_GetUsedRows(lbox), 0);
+  EXPECT_FALSE(enabled(win, 2));
+  EXPECT_FALSE(enabled(win, 3));
+
+  // The close button ends the window and the fleet forgets it.
+  click(child(win, 1));
+  EXPECT_EQ(fleet->fleetStatusWindow, nullptr);
+  EXPECT_EQ(openWindow("Fleet Status: " + root.file("yard")), nullptr);
+}
+
+TEST_F(StatusWindowTest, AFleetDeletedWithItsWindowOpenEndsTheWindow) {
+  FleetObject* fleet = fleetWith(chain({record("eng1", kEngineProcess, true, "bin/eng", 11, 0, 7000)}));
+  fleet->createFleetStatusWindow();
+  ASSERT_NE(waitForWindow("Fleet Status: " + root.file("yard")), nullptr);
+  gFleetMgr->deleteFleet(fleet->fleetFileName);
+  settle();
+  EXPECT_EQ(openWindow("Fleet Status: " + root.file("yard")), nullptr);
+}
+
+}  // namespace
