@@ -287,6 +287,36 @@ void setHeadings(LBoxPtr lbox) {
   }
 }
 
+namespace {
+
+// The table's widths were made for smaller fonts than the tool draws with
+// now: a column is widened, never narrowed, until its heading and its
+// texts fit, so that "External Process" or a date is not cut.  The command
+// line keeps its width: it is the long one, and would push the pid and the
+// ports out of sight.
+void S_widenColumnsToFit(LBoxPtr lbox, Int rows) {
+  WgtPtr wgt = LBOX_Wgt(lbox);
+  const Int margins = WGT_ScaleX16(wgt, kTextShrink) + WGT_ScaleX16(wgt, kTextInset);
+  for (Int col = 1; col <= kFleetStatusColumns; col++) {
+    if (col == kCommandCol) continue;
+    Int needed = 0;
+    for (Int row = 0; row <= rows; row++) {
+      LBOX_GoColRow(lbox, col, row);
+      const char* text = static_cast<const char*>(LBOX_CurGetClientData(lbox));
+      FontPtr font = row == 0 ? gLabelFont : gTextFont;
+      if (!text || !*text || !font) continue;
+      Int width = DRAW_QueryTextExt(font, text, static_cast<int>(std::strcspn(text, "\n"))).X + margins;
+      if (width > needed) needed = width;
+    }
+    if (needed > LBOX_GetColWidth(lbox, col)) {
+      LBOX_GoColRow(lbox, col, 0);
+      LBOX_SetCurColWidth(lbox, needed);
+    }
+  }
+}
+
+}  // namespace
+
 void setStatusData(LBoxPtr lbox, fleetProcessInfo* data) {
   if (!lbox) return;
   LBOX_ClearAll(lbox);
@@ -312,6 +342,7 @@ void setStatusData(LBoxPtr lbox, fleetProcessInfo* data) {
     LBOX_CurSetClientData(lbox, p->commandLine);
     S_fillBuffers(lbox, rowNum, p);
   }
+  S_widenColumnsToFit(lbox, rowNum - 1);
 }
 
 void setButtonStates(WinPtr win, LBoxPtr lbox) {

@@ -109,6 +109,7 @@ struct LBoxState {
   Int state = LBOX_STATEIDLE;
   UInt16 focusFlags = 0;
   Int focusCol = -1, focusRow = -1;  // the user's cell
+  Int hoverCol = -1, hoverRow = -1;  // the cell under the pointer
   PenPtr cellPen = nullptr;
   std::vector<Int32> colStart;  // x of each column in the document, from column 1
   bool colStartValid = false;
@@ -704,28 +705,60 @@ void userCell(LBoxPtr b, Int col, Int row, bool validate) {
   RES_Release(WGT_Res(w));
 }
 
-void S_Click(LBoxPtr b) {
-  WgtPtr w = W(b);
+// The cell under a point of the box; false off the cells (a bar, the
+// frame, below the last row or right of the last column).
+bool cellAt(LBoxPtr b, _Point16Rec loc, Int* col, Int* row) {
   SAreaPtr a = SA(b);
-  _Point16Rec loc;
-  EVENT_QueryWgtLoc(w, &loc);
   Int part = SAREA_QueryPartOnLoc(a, loc.X, loc.Y);
-  if (part < 0 || EVENT_GetButton() != EVENT_BUT1) return;
-  WGT_MouseHandled(w);
-  if (w->WgtFlags & (WGT_FLAGTABSTOP | WGT_FLAGGROUP)) WGT_GainFocus(w);
-  Int col = 0, row = 0;
-  if (part == SAREA_PARTBODY || part == SAREA_PARTTOPHEAD)
-    col = colAtDocX(b, a->DocBox.X + loc.X - a->ViewBox.Origin.X);
+  if (part < 0) return false;
+  *col = 0;
+  *row = 0;
+  if (part == SAREA_PARTBODY || part == SAREA_PARTTOPHEAD) {
+    *col = colAtDocX(b, a->DocBox.X + loc.X - a->ViewBox.Origin.X);
+    if (*col == 0) return false;
+  }
   if (part == SAREA_PARTBODY || part == SAREA_PARTLEFTHEAD) {
     int64_t y = static_cast<int64_t>(a->DocBox.Y) + loc.Y - a->ViewBox.Origin.Y;
-    row = static_cast<Int>(y / bodyRowHeight(b) + 1);
-    if (row > shownRows(b)) return;  // below the last row
+    *row = static_cast<Int>(y / bodyRowHeight(b) + 1);
+    if (*row > shownRows(b)) return false;
   }
-  if (col == 0 && (part == SAREA_PARTBODY || part == SAREA_PARTTOPHEAD)) return;  // right of the last column
+  return true;
+}
+
+void S_Click(LBoxPtr b) {
+  WgtPtr w = W(b);
+  _Point16Rec loc;
+  EVENT_QueryWgtLoc(w, &loc);
+  if (EVENT_GetButton() != EVENT_BUT1 || SAREA_QueryPartOnLoc(SA(b), loc.X, loc.Y) < 0) return;
+  WGT_MouseHandled(w);
+  if (w->WgtFlags & (WGT_FLAGTABSTOP | WGT_FLAGGROUP)) WGT_GainFocus(w);
+  Int col, row;
+  if (!cellAt(b, loc, &col, &row)) return;
   Int saved = st(b).state;
   st(b).state = LBOX_STATEPROCESSINGMOUSECLICK;
   userCell(b, col, row, EVENT_IsDouble());
   st(b).state = saved;
+}
+
+// The pointer entering and leaving cells: LBOX_NFYCELLOUT for the one it
+// left, LBOX_NFYCELLIN for the one it is on.
+void setHoverCell(LBoxPtr b, Int col, Int row) {
+  LBoxState& s = st(b);
+  if (s.hoverCol == col && s.hoverRow == row) return;
+  Int oldC = s.hoverCol, oldR = s.hoverRow;
+  s.hoverCol = col;
+  s.hoverRow = row;
+  if (oldC >= 0) sendAtCell(b, oldC, oldR, LBOX_NFYCELLOUT);
+  if (col >= 0) sendAtCell(b, col, row, LBOX_NFYCELLIN);
+}
+
+void S_MouseMove(LBoxPtr b) {
+  _Point16Rec loc;
+  EVENT_QueryWgtLoc(W(b), &loc);
+  Int col, row;
+  if (!cellAt(b, loc, &col, &row)) col = row = -1;
+  else WGT_MouseHandled(W(b));
+  setHoverCell(b, col, row);
 }
 
 bool S_Key(LBoxPtr b) {
@@ -733,6 +766,12 @@ bool S_Key(LBoxPtr b) {
   Int rows = shownRows(b), cols = shownCols(b);
   if (rows < 1 || cols < 1) return false;
   Int col = s.focusCol >= 1 ? s.focusCol : 1, row = s.focusRow >= 1 ? s.focusRow : 0;
+  CellRec first;
+  if (s.focusRow < 1 && LBOX_SelTopLeft(b, &first)) {
+    // No cell of the user's yet: the keys start from the selection.
+    col = std::max<Int>(first.Col, 1);
+    row = first.Row;
+  }
   Int page = std::max(1, SA(b)->ViewBox.Extent.Y / bodyRowHeight(b) - 1);
   bool validate = false;
   switch (EVENT_GetKeyCode()) {
@@ -813,10 +852,12 @@ void clearCells(LBoxPtr b) {
   s.drawnSel.clear();
   s.pending.clear();
   s.focusCol = s.focusRow = -1;
+  s.hoverCol = s.hoverRow = -1;
 }
 
 void afterStructure(LBoxPtr b) {
   headingsChanged(b);
+  st(b).hoverCol = st(b).hoverRow = -1;
   st(b).colStartValid = false;
   LBoxReCompute(b);
   if (initialized(b)) WGT_Inval(W(b), nullptr);
@@ -857,6 +898,9 @@ void lineOp(LBoxPtr b, bool rows, bool insert) {
       if (insert) s.colDefs.insert(s.colDefs.begin() + at, ColDef());
       else s.colDefs.erase(s.colDefs.begin() + at);
     }
+    // A definition pushed past the last column goes with it.
+    if (s.colWidth.size() > static_cast<size_t>(kMaxIndex) + 1) s.colWidth.resize(static_cast<size_t>(kMaxIndex) + 1);
+    if (s.colDefs.size() > static_cast<size_t>(kMaxIndex) + 1) s.colDefs.resize(static_cast<size_t>(kMaxIndex) + 1);
   }
   Int& focus = rows ? s.focusRow : s.focusCol;
   if (focus >= at) focus = insert ? std::min(focus + 1, kMaxIndex) : (focus == at ? -1 : focus - 1);
@@ -919,6 +963,14 @@ long LBOX_DefNfy(ResPtr res, Int message, ClientPtr data) {
     case WGT_NFYKEYCHAR:
       if (!S_Key(b)) return SAREA_DefNfy(res, message, data);
       return 0;
+    case WGT_NFYMOUSEMOVE:
+      SAREA_DefNfy(res, message, data);  // the bars
+      if (!WGT_IsMouseHandled()) S_MouseMove(b);
+      else setHoverCell(b, -1, -1);
+      return 0;
+    case WGT_NFYMOUSEOUT:
+      setHoverCell(b, -1, -1);
+      return SAREA_DefNfy(res, message, data);
     case WGT_NFYFOCUSGAINED:
     case WGT_NFYFOCUSLOST:
       if (st(b).focusCol >= 0)

@@ -21,7 +21,8 @@
 // cursor on it; passed on, it selects the cell (or its row, with
 // LBOX_SELROWS).  A double click, Return or Enter send LBOX_NFYVALIDATE.
 // With the focus, the arrow keys, Home, End, Page Up and Page Down move the
-// user's cell, keep it in view and act as a click on it.  The wheel and the
+// user's cell, keep it in view and act as a click on it.  The pointer going
+// over cells sends LBOX_NFYCELLOUT and LBOX_NFYCELLIN.  The wheel and the
 // bars scroll.  In-cell editing and sorting are not offered.
 //
 // Selection is a list of ranges.  Each change is drawn and told when the

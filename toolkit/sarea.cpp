@@ -122,7 +122,9 @@ void S_Redraw(SAreaPtr a) {
   DrawPtr d = WGT_BeginDraw(w);
   _Rect16Rec all = RECT16_Make(0, 0, w->Box.Extent.X, w->Box.Extent.Y);
   DRAW_FillRect(d, all, WGT_GetBgColor(w));
-  if (a->HVFlags & SAREA_BORDER) DRAW_FrameRect(d, all, COLOR_Border(), PEN_Solid());
+  // The frame shows the focus in the accent colour.
+  if (a->HVFlags & SAREA_BORDER)
+    DRAW_FrameRect(d, all, WGT_HasFocus(w, 1) ? COLOR_Accent() : COLOR_Border(), PEN_Solid());
   WGT_EndDraw(d);
   for (Int part = SAREA_PARTBODY; part <= SAREA_PARTCORNER; part++) {
     _Rect16Rec r = partRect(a, part);
@@ -230,6 +232,18 @@ long SAREA_DefNfy(ResPtr res, Int message, ClientPtr data) {
     case WGT_NFYENABLE:
     case WGT_NFYDISABLE:
       if (initialized(a)) WGT_Inval(w, nullptr);
+      return PANEL_DefNfy(res, message, data);
+    case WGT_NFYFOCUSGAINED:
+    case WGT_NFYFOCUSLOST:
+    case WGT_NFYACTIVATE:
+    case WGT_NFYDEACTIVATE:
+      if (initialized(a) && (a->HVFlags & SAREA_BORDER)) {
+        // Only the frame changes.
+        _Rect16Rec all = RECT16_Make(0, 0, w->Box.Extent.X, w->Box.Extent.Y);
+        _Rect16Rec edges[4] = {RECT16_Make(0, 0, all.Extent.X, 1), RECT16_Make(0, all.Extent.Y - 1, all.Extent.X, 1),
+                               RECT16_Make(0, 0, 1, all.Extent.Y), RECT16_Make(all.Extent.X - 1, 0, 1, all.Extent.Y)};
+        for (const _Rect16Rec& e : edges) WGT_Inval(w, &e);
+      }
       return PANEL_DefNfy(res, message, data);
     default:
       return PANEL_DefNfy(res, message, data);

@@ -17,6 +17,11 @@
 // bars.  Document coordinates are 32-bit; the body's pixel (ViewBox.Origin)
 // shows document point (ScrollX, ScrollY).
 //
+// A subclass passes WGT_NFYMOUSECLICK and WGT_NFYMOUSEMOVE to SAREA_DefNfy
+// first (the bars and the wheel take theirs) and acts only when
+// WGT_IsMouseHandled() is still false afterwards; WGT_NFYKEYCHAR it passes
+// on when it does not use the key (the default scrolls).
+//
 // Contracts:
 //  - SAREA_SetDocExt and SAREA_SetHeadExt lay the area out again and keep
 //    the scroll position inside the document.

@@ -11,15 +11,12 @@
 #include <chrono>
 #include <memory>
 #include <string>
+#include <vector>
 
-#include "fleetmgr/fleetmgr.h"
 #include "fleetmgr/fleetmgr_support.h"
-#include "shared/ui/resources.h"
-#include "shared/ui/uiglobals.h"
-#include "toolkit/app.h"
+#include "fleetmgr/fleetops.h"
+#include "fleetmgr/toolwindows.h"
 #include "toolkit/dsply.h"
-#include "toolkit/err.h"
-#include "toolkit/errw.h"
 #include "toolkit/event.h"
 #include "toolkit/lbox.h"
 #include "toolkit/tbut.h"
@@ -27,35 +24,6 @@
 #include "xvfb_support.h"
 
 namespace fmtest {
-
-// The toolkit, the tool's templates and the drawing objects, once per test
-// program; false when there is no X server.
-inline bool startToolWindows() {
-  static int started = 0;
-  if (started) return started > 0;
-  started = -1;
-  if (!owbtest::sharedXvfb().ok()) return false;
-  setenv("DISPLAY", owbtest::sharedXvfb().display().c_str(), 1);
-  setenv("ND_PATH", (owbtest::installTree() + "/bin/resource").c_str(), 1);
-  GW_LibInstall();
-  GW_LibLoadInit();
-  // Failures go to the error stream, not to a window waiting for a user.
-  ERRW_Exit();
-  ErrTrace frame("Test", __FILE__, __LINE__);
-  bool loaded = ERR_TryRecoverFn(frame, [] {
-    RLIB_LoadLibFile("shared", "shared.dat");
-    RLIB_LoadLibFile("fleetmgr", "fleetmgr.dat");
-    gFleetMgrIcon = RES_LoadInit("shared", "fleetmgr");
-  });
-  if (!loaded) return false;
-  gBlackColor = COLOR_Black();
-  gHiliteColor = COLOR_LoadByText("#3264c8");
-  gTextFont = FONT_LoadByText("DejaVu Sans 10");
-  gLabelFont = FONT_LoadByText("DejaVu Sans 10 bold");
-  gSolidPen = PEN_Solid();
-  started = 1;
-  return true;
-}
 
 class WindowTest : public ToolTest {
  protected:
@@ -131,6 +99,21 @@ class WindowTest : public ToolTest {
     driver_->click(p.X, p.Y);
     DSPLY_Sync();
     settle();
+  }
+
+  // A fleet of two engines (eng1, eng2) on the installation's engine place
+  // made by the tool as the settings window makes it; null on failure.
+  FleetObject* makeToolFleet(const std::string& name, long basePort) {
+    toolman->answerProjectPath(std::vector<std::string>{root.file("fleets.prj")});
+    FleetObject* fleet = gFleetMgr->addFleet(root.file(name).c_str(), nullptr);
+    fleet->fleetFile->basePort = basePort;
+    fleet->addEngine("eng2");
+    for (long i = 0; i < 2; ++i)
+      std::snprintf(static_cast<EngineObject*>(fleet->engineList.get(i))->engConfig->enginePlaceConfig,
+                    sizeof(fileNameType), "%s/lib/engplace.cfg", owbtest::installTree().c_str());
+    MakeFleetArgs make;
+    std::snprintf(make.fleetDefn.engineOptions, sizeof make.fleetDefn.engineOptions, "-d1");
+    return fleet->doMakeFleetCmd(&make) == kNoError ? fleet : nullptr;
   }
 
   std::unique_ptr<owbtest::XTestDriver> driver_;

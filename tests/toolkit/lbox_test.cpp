@@ -287,7 +287,19 @@ TEST_F(LBoxTest, AClickThroughAScrolledViewReachesTheOwnerAtItsCell) {
   EXPECT_EQ(drawn[std::make_pair(4, 0)], "Head 4");  // the headings stay in view
   EXPECT_EQ(drawn.count(std::make_pair(1, 1)), 0u);
 
-  _Point16Rec p = cellPoint(3, 105);
+  // The pointer going over cells.
+  _Point16Rec p = cellPoint(2, 104);
+  driver_->moveTo(p.X, p.Y);
+  settle();
+  ASSERT_NE(owner_.last(LBOX_NFYCELLIN), nullptr);
+  EXPECT_EQ(owner_.last(LBOX_NFYCELLIN)->row, 104);
+  p = cellPoint(3, 105);
+  driver_->moveTo(p.X, p.Y);
+  settle();
+  EXPECT_EQ(owner_.last(LBOX_NFYCELLOUT)->row, 104);
+  EXPECT_EQ(owner_.last(LBOX_NFYCELLIN)->col, 3);
+  EXPECT_EQ(owner_.last(LBOX_NFYCELLIN)->row, 105);
+
   driver_->click(p.X, p.Y);
   settle();
   const Heard* clicked = owner_.last(LBOX_NFYCELLCLICKED);
@@ -357,10 +369,12 @@ TEST_F(LBoxTest, WheelAndThumbScrollAndKeysFollowTheUsersCell) {
   EXPECT_LT(SAREA_GetScrollY(area()), maxY * 2 / 3 + 1);
   EXPECT_EQ(SB_GetThumbPos(vsb), SAREA_GetScrollY(area()));
 
-  // Keys: the user's cell moves and stays in view; Return validates.
+  // Keys: the user's cell starts from the selection, moves and stays in
+  // view; Return validates.
   SAREA_ScrollTo(area(), 0, 0);
-  p = cellPoint(1, 1);
-  driver_->click(p.X, p.Y);
+  LBOX_GoColRow(box_, 1, 1);
+  LBOX_CurSelectRow(box_);
+  ASSERT_TRUE(WGT_GainFocus(LBOX_Wgt(box_)));
   settle();
   owner_.heard.clear();
   driver_->key(XK_Down);
@@ -480,7 +494,7 @@ TEST_F(SbTest, ArrowsRepeatWhileHeldAndTheBodyPages) {
   EVENT_StartCBackAlarmDS([](ClientPtr d) { static_cast<owbtest::XTestDriver*>(d)->release(1); }, driver_.get(), 1000);
   ASSERT_TRUE(tktest::runUntil([&] { return TIMER_GetQueuedCount() == 0 && !EVENT_IsTracking(); }, 4000));
   settle();
-  EXPECT_GE(SB_GetThumbPos(bar_), 10 + 10 * 4);
+  EXPECT_GE(SB_GetThumbPos(bar_), 10 + 10 * 3);  // the first step and at least two repeats
   EXPECT_LE(SB_GetThumbPos(bar_), 10 + 10 * 10);
   EXPECT_EQ(bar_->PressedPart, SB_PARTNONE);
   // A click on the body after the thumb pages by the thumb's size.
@@ -499,6 +513,25 @@ TEST_F(SbTest, ArrowsRepeatWhileHeldAndTheBodyPages) {
   driver_->key(XK_Prior);
   settle();
   EXPECT_EQ(SB_GetThumbPos(bar_), 890);
+
+  // The thumb dragged to the start: told on the way, accepted at the end.
+  Int hits = log_.count(SB_NFYTHUMBPOS);
+  _Rect16Rec thumb = SB_QueryPartRect(bar_, SB_PARTTHUMB);
+  _Point16Rec from = tktest::absOf(SB_Wgt(bar_), thumb.Origin.X + 2, thumb.Origin.Y + thumb.Extent.Y / 2);
+  struct Drag {
+    owbtest::XTestDriver* driver;
+    int x, y;
+  } drag{driver_.get(), from.X - 400, from.Y};
+  EVENT_StartCBackAlarmDS([](ClientPtr d) { auto* g = static_cast<Drag*>(d); g->driver->moveTo(g->x, g->y); }, &drag,
+                          150);
+  EVENT_StartCBackAlarmDS([](ClientPtr d) { static_cast<Drag*>(d)->driver->release(1); }, &drag, 300);
+  driver_->moveTo(from.X, from.Y);
+  driver_->press(1);
+  ASSERT_TRUE(tktest::runUntil([&] { return TIMER_GetQueuedCount() == 0 && !EVENT_IsTracking(); }));
+  settle();
+  EXPECT_EQ(SB_GetThumbPos(bar_), 0);
+  EXPECT_GT(log_.count(SB_NFYTHUMBPOS), hits);
+  EXPECT_EQ(log_.count(SB_NFYACCEPT), 1);
 }
 
 }  // namespace
