@@ -23,6 +23,7 @@
 #include "fleetmgr/settingsui.h"
 #include "shared/ui/resources.h"
 #include "shared/ui/uiglobals.h"
+#include "fleetmgr/fleetwin_support.h"
 #include "tests/toolkit/tk_fixture.h"
 #include "toolkit/lbox.h"
 
@@ -43,38 +44,17 @@ bool queuedChooser(int, char* filename, size_t size, const char*, const char*, b
   return true;
 }
 
-class SettingsWindowTest : public ToolTest {
+class SettingsWindowTest : public fmtest::WindowTest {
  protected:
   void SetUp() override {
-    ToolTest::SetUp();
-    ASSERT_TRUE(tktest::startToolkit()) << "no X server";
-    ERRW_Exit();
-    driver_ = std::make_unique<owbtest::XTestDriver>(owbtest::sharedXvfb().display());
-    ASSERT_TRUE(driver_->ok());
-    std::snprintf(gResourcesDirectory, sizeof gResourcesDirectory, "%s/", (owbtest::installTree() + "/bin/resource").c_str());
-    if (!RLIB_Find("fleetmgr")) {
-      ASSERT_NE(ndLoadResourceLibary("fleetmgr", "fleetmgr.dat"), nullptr);
-    }
-    if (!gTextFont) {
-      gTextFont = FONT_LoadByText("DejaVu Sans 10");
-    }
-    if (!gLabelFont) {
-      gLabelFont = FONT_LoadByText("DejaVu Sans 10 bold");
-    }
+    WindowTest::SetUp();
     setSettingsFileChooser(queuedChooser);
     chosenFiles().clear();
     toolman->answerProjectPath(std::vector<std::string>{});
   }
   void TearDown() override {
     setSettingsFileChooser(nullptr);
-    ToolTest::TearDown();  // deleting the fleets closes their windows
-    EVENT_Update();
-    EVENT_ProcessPending();
-    for (WinPtr w : kept_) {
-      if (WIN_GetState(w) != WIN_STATETERMINATED) WIN_TerminateGetStatus(w);
-    }
-    EVENT_Update();
-    EVENT_ProcessPending();
+    WindowTest::TearDown();  // deleting the fleets closes their windows
     for (WinPtr w : kept_) RES_Release(winRes(w));
     kept_.clear();
   }
@@ -91,11 +71,8 @@ class SettingsWindowTest : public ToolTest {
   static WgtPtr at(WinPtr win, std::initializer_list<Int> path) { return WGT_FromRes(childAt(winRes(win), path)); }
 
   // A real click in the middle of a widget, then the loop until done.
-  void click(WgtPtr w, const std::function<bool()>& done = [] { return true; }) {
-    ASSERT_NE(w, nullptr);
-    _Point16Rec p = tktest::absOf(w, w->Box.Extent.X / 2, w->Box.Extent.Y / 2);
-    driver_->click(p.X, p.Y);
-    pump();
+  void clickUntil(WgtPtr w, const std::function<bool()>& done) {
+    click(w);
     EXPECT_TRUE(tktest::runUntil(done));
   }
   // Clicks the cell (col, row) of a list.
@@ -103,25 +80,7 @@ class SettingsWindowTest : public ToolTest {
     LBOX_GoColRow(list, col, row);
     _Rect16Rec rect, clip;
     LBOX_CurQueryRects(list, &rect, &clip);
-    _Point16Rec p = tktest::absOf(LBOX_Wgt(list), rect.Origin.X + rect.Extent.X / 2, rect.Origin.Y + rect.Extent.Y / 2);
-    driver_->click(p.X, p.Y);
-    pump();
-  }
-  static void pump() {
-    DSPLY_Sync();
-    tktest::runUntil([] { return false; }, 150);
-  }
-  static WinPtr openWindow(const char* label) {
-    WinPtr found = nullptr;
-    tktest::runUntil([&] {
-      for (Int i = 0; i < WIN_GetNumOpen() && !found; i++) {
-        WinPtr w = WIN_GetNthOpen(i);
-        if (WIN_GetState(w) != WIN_STATETERMINATED && WIN_GetLabel(w) && std::string(WIN_GetLabel(w)) == label)
-          found = w;
-      }
-      return found != nullptr;
-    });
-    return found;
+    clickAt(LBOX_Wgt(list), rect.Origin.X + rect.Extent.X / 2, rect.Origin.Y + rect.Extent.Y / 2);
   }
   static std::string cell(LBoxPtr list, Int col, Int row) {
     LBOX_GoColRow(list, col, row);
@@ -131,13 +90,20 @@ class SettingsWindowTest : public ToolTest {
   static void shot(WinPtr win, const std::string& name) {
     const char* dir = std::getenv("FLEETMGR_SHOTS");
     if (!dir) return;
-    pump();
+    settle();
     const char* dpi = std::getenv("OWB_DPI");
     std::string suffix = dpi && std::atoi(dpi) >= 192 ? "-200" : "";
     WIN_SaveAsPng(win, (std::string(dir) + "/" + name + suffix + ".png").c_str());
   }
 
-  std::unique_ptr<owbtest::XTestDriver> driver_;
+  // Shows a window and waits until it is drawn.
+  static bool shown(WinPtr win) {
+    if (!win) return false;
+    WIN_Show(win);
+    settle();
+    return WIN_IsOpen(win) != 0;
+  }
+
   std::vector<WinPtr> kept_;
 };
 
@@ -175,20 +141,20 @@ TEST_F(SettingsWindowTest, NewFleetMadeFromTheWindowGivesTheFilesOfFleetctlNew) 
   fleet->createFleetSettingsDialog();
   WinPtr win = keep(fleet->fleetSettingsWindow);
   ASSERT_NE(win, nullptr);
-  ASSERT_TRUE(tktest::showAndWait(win));
+  ASSERT_TRUE(shown(win));
   LBoxPtr engines = listAt(winRes(win), {0, 0, 0});
   ASSERT_NE(engines, nullptr);
   EXPECT_EQ(TAREA_GetText(reinterpret_cast<TAreaPtr>(at(win, {0, 1}))), std::string("Fleet Name: yard"));
 
   // The detail panel opens and closes with its button.
   Int shortHeight = WIN_Wgt(win)->Box.Extent.Y;
-  click(at(win, {1, 2}), [&] { return fleet->showMoreDetail != 0; });
+  clickUntil(at(win, {1, 2}), [&] { return fleet->showMoreDetail != 0; });
   EXPECT_STREQ(TBUT_GetLabel(TBUT_FromWgt(at(win, {1, 2}))), "Less Detail...");
   EXPECT_GT(WIN_Wgt(win)->Box.Extent.Y, shortHeight + 100);
 
   // A second engine; a name already there adds nothing.
   fieldSetText(childAt(winRes(win), {0, 0, 1}), "eng2");
-  click(at(win, {0, 0, 2}), [&] { return fleet->engineList.totalElements == 2; });
+  clickUntil(at(win, {0, 0, 2}), [&] { return fleet->engineList.totalElements == 2; });
   click(at(win, {0, 0, 2}));
   EXPECT_EQ(fmtest::engineLabels(fleet), (std::vector<std::string>{"eng1", "eng2"}));
   LBOX_GoColRow(engines, 1, 1);
@@ -205,14 +171,14 @@ TEST_F(SettingsWindowTest, NewFleetMadeFromTheWindowGivesTheFilesOfFleetctlNew) 
 
   // The authority is checked before anything is made.
   fieldSetText(childAt(winRes(win), {0, 3, 9}), (authority + "0").c_str());
-  click(at(win, {1, 0}), [&] { return !seenAlerts().empty(); });
+  clickUntil(at(win, {1, 0}), [&] { return !seenAlerts().empty(); });
   ASSERT_EQ(seenAlerts().size(), 1u);
   EXPECT_EQ(seenAlerts()[0].text, "Illegal authority string: authority must be 34 characters long.");
   EXPECT_FALSE(fleet->fleetExists);
   EXPECT_EQ(fleet->fleetSettingsWindow, win);
 
   fieldSetText(childAt(winRes(win), {0, 3, 9}), authority.c_str());
-  click(at(win, {1, 0}), [&] { return fleet->fleetSettingsWindow == nullptr; });
+  clickUntil(at(win, {1, 0}), [&] { return fleet->fleetSettingsWindow == nullptr; });
   EXPECT_TRUE(fleet->fleetExists);
   EXPECT_EQ(seenAlerts().size(), 1u) << seenAlerts().back().text;
   std::map<std::string, std::string> made;
@@ -230,14 +196,14 @@ TEST_F(SettingsWindowTest, CancelForgetsTheEditsOfASavedFleetAndClosesTheWindow)
   FleetObject* fleet = gFleetMgr->addFleet(dir.c_str(), readDefinition(dir));
   fleet->createFleetSettingsDialog();
   WinPtr win = keep(fleet->fleetSettingsWindow);
-  ASSERT_TRUE(tktest::showAndWait(win));
+  ASSERT_TRUE(shown(win));
   fieldSetText(childAt(winRes(win), {0, 0, 1}), "B");
-  click(at(win, {0, 0, 2}), [&] { return fleet->engineList.totalElements == 2; });
+  clickUntil(at(win, {0, 0, 2}), [&] { return fleet->engineList.totalElements == 2; });
   // A second command only brings the same window up.
   fleet->createFleetSettingsDialog();
   EXPECT_EQ(fleet->fleetSettingsWindow, win);
 
-  click(at(win, {1, 1}), [&] { return WIN_GetState(win) == WIN_STATETERMINATED; });
+  clickUntil(at(win, {1, 1}), [&] { return WIN_GetState(win) == WIN_STATETERMINATED; });
   FleetObject* reread = gFleetMgr->findFleet((dir + "/harbour.flt").c_str());
   ASSERT_NE(reread, nullptr);
   EXPECT_EQ(fmtest::engineLabels(reread), std::vector<std::string>{"A"});
@@ -249,14 +215,14 @@ TEST_F(SettingsWindowTest, EnginePlaceConfigurationComposedWithOneEntryOfEachKin
   fleet->showMoreDetail = TRUE;
   fleet->createFleetSettingsDialog();
   WinPtr settings = fleet->fleetSettingsWindow;
-  ASSERT_TRUE(tktest::showAndWait(settings));
+  ASSERT_TRUE(shown(settings));
 
   std::string cfg = root.file("place.cfg");
   chosenFiles() = {cfg};
-  click(at(settings, {0, 3, 7, 1}), [&] { return fleet->engConfigDlg != nullptr; });
+  clickUntil(at(settings, {0, 3, 7, 1}), [&] { return fleet->engConfigDlg != nullptr; });
   WinPtr dlg = fleet->engConfigDlg;
   ASSERT_NE(dlg, nullptr);
-  ASSERT_TRUE(tktest::showAndWait(dlg));
+  ASSERT_TRUE(shown(dlg));
   EXPECT_EQ(std::string(WIN_GetLabel(dlg)), "Engine Configuration file " + cfg);
   LBoxPtr list = listAt(winRes(dlg), {2, 0});
   EXPECT_EQ(cell(list, 1, 0), "Filename");
@@ -268,60 +234,60 @@ TEST_F(SettingsWindowTest, EnginePlaceConfigurationComposedWithOneEntryOfEachKin
   click(at(dlg, {2, 1}));
   EXPECT_EQ(cell(list, 1, 1), "pre2.wcp");
 
-  click(at(dlg, {1, 1}), [&] { return cell(list, 1, 1) == "<none>"; });
+  clickUntil(at(dlg, {1, 1}), [&] { return cell(list, 1, 1) == "<none>"; });
   chosenFiles() = {"auto.s"};
   click(at(dlg, {2, 1}));
   EXPECT_EQ(cell(list, 1, 1), "auto.s");
 
   // An environment variable through its dialog.
-  click(at(dlg, {1, 2}), [&] { return cell(list, 2, 0) == "Variable Value"; });
+  clickUntil(at(dlg, {1, 2}), [&] { return cell(list, 2, 0) == "Variable Value"; });
   click(at(dlg, {2, 1}));
-  WinPtr env = keep(openWindow("Environment Variable"));
+  WinPtr env = keep(waitForWindow("Environment Variable"));
   ASSERT_NE(env, nullptr);
-  ASSERT_TRUE(tktest::showAndWait(env));
+  ASSERT_TRUE(shown(env));
   fieldSetText(childAt(winRes(env), {1}), "PLACE_HOME");
   fieldSetText(childAt(winRes(env), {2}), "/srv/place");
-  click(at(env, {3}), [&] { return WIN_GetState(env) == WIN_STATETERMINATED; });
+  clickUntil(at(env, {3}), [&] { return WIN_GetState(env) == WIN_STATETERMINATED; });
   EXPECT_EQ(cell(list, 1, 1), "PLACE_HOME");
   EXPECT_EQ(cell(list, 2, 1), "/srv/place");
 
   // A configuration option: refused while its value is wrong, then added.
-  click(at(dlg, {1, 3}), [&] { return cell(list, 3, 0) == "Value"; });
+  clickUntil(at(dlg, {1, 3}), [&] { return cell(list, 3, 0) == "Value"; });
   click(at(dlg, {2, 1}));
-  WinPtr opt = keep(openWindow("Configuration Option"));
+  WinPtr opt = keep(waitForWindow("Configuration Option"));
   ASSERT_NE(opt, nullptr);
-  ASSERT_TRUE(tktest::showAndWait(opt));
+  ASSERT_TRUE(shown(opt));
   EXPECT_TRUE(TBUT_GetSelected(TBUT_FromWgt(at(opt, {5, 6}))));  // "String" at the start
-  click(at(opt, {5, 3}), [&] { return TBUT_GetSelected(TBUT_FromWgt(at(opt, {5, 3}))) != 0; });  // Integer
+  clickUntil(at(opt, {5, 3}), [&] { return TBUT_GetSelected(TBUT_FromWgt(at(opt, {5, 3}))) != 0; });  // Integer
   fieldSetText(childAt(winRes(opt), {1}), "RegionPort");
   fieldSetText(childAt(winRes(opt), {2}), "7x");
-  click(at(opt, {3}), [&] { return !seenAlerts().empty(); });
+  clickUntil(at(opt, {3}), [&] { return !seenAlerts().empty(); });
   ASSERT_EQ(seenAlerts().size(), 1u);
   EXPECT_EQ(seenAlerts()[0].text, "Invalid integer value.");
   EXPECT_NE(WIN_GetState(opt), WIN_STATETERMINATED);
   fieldSetText(childAt(winRes(opt), {2}), " - 7");
-  click(at(opt, {3}), [&] { return WIN_GetState(opt) == WIN_STATETERMINATED; });
+  clickUntil(at(opt, {3}), [&] { return WIN_GetState(opt) == WIN_STATETERMINATED; });
   EXPECT_EQ(cell(list, 1, 1), "Integer");
   EXPECT_EQ(cell(list, 2, 1), "RegionPort");
   EXPECT_EQ(cell(list, 3, 1), "-7");
 
   // An external process, and one removed again.
-  click(at(dlg, {1, 4}), [&] { return cell(list, 1, 0) == "Symbolic Name"; });
+  clickUntil(at(dlg, {1, 4}), [&] { return cell(list, 1, 0) == "Symbolic Name"; });
   for (const char* name : {"monitor", "spare"}) {
     click(at(dlg, {2, 1}));
-    WinPtr ext = keep(openWindow("External Process"));
+    WinPtr ext = keep(waitForWindow("External Process"));
     ASSERT_NE(ext, nullptr);
-    ASSERT_TRUE(tktest::showAndWait(ext));
+    ASSERT_TRUE(shown(ext));
     fieldSetText(childAt(winRes(ext), {1}), name);
     fieldSetText(childAt(winRes(ext), {2}), "placemon -p 1");
-    click(at(ext, {3}), [&] { return WIN_GetState(ext) == WIN_STATETERMINATED; });
+    clickUntil(at(ext, {3}), [&] { return WIN_GetState(ext) == WIN_STATETERMINATED; });
   }
   EXPECT_EQ(gFleetMgr->configFile->extProcsList.totalElements, 2);
   clickCell(list, 1, 1);  // "spare", the newest
-  click(at(dlg, {2, 2}), [&] { return gFleetMgr->configFile->extProcsList.totalElements == 1; });
+  clickUntil(at(dlg, {2, 2}), [&] { return gFleetMgr->configFile->extProcsList.totalElements == 1; });
   EXPECT_EQ(cell(list, 1, 1), "monitor");
 
-  click(at(dlg, {3}), [&] { return fleet->engConfigDlg == nullptr; });
+  clickUntil(at(dlg, {3}), [&] { return fleet->engConfigDlg == nullptr; });
   std::string text = owbtest::readWholeFile(cfg);
   size_t body = text.find("\n\n");
   ASSERT_NE(body, std::string::npos);
@@ -345,22 +311,22 @@ TEST_F(SettingsWindowTest, AddDialogOutlivingItsConfigurationDialogAddsNothing) 
   FleetObject* fleet = gFleetMgr->addFleet(root.file("yard").c_str(), nullptr);
   fleet->showMoreDetail = TRUE;
   fleet->createFleetSettingsDialog();
-  ASSERT_TRUE(tktest::showAndWait(fleet->fleetSettingsWindow));
+  ASSERT_TRUE(shown(fleet->fleetSettingsWindow));
   chosenFiles() = {root.file("place.cfg")};
-  click(at(fleet->fleetSettingsWindow, {0, 3, 7, 1}), [&] { return fleet->engConfigDlg != nullptr; });
+  clickUntil(at(fleet->fleetSettingsWindow, {0, 3, 7, 1}), [&] { return fleet->engConfigDlg != nullptr; });
   WinPtr dlg = fleet->engConfigDlg;
-  ASSERT_TRUE(tktest::showAndWait(dlg));
+  ASSERT_TRUE(shown(dlg));
   click(at(dlg, {1, 2}));
   click(at(dlg, {2, 1}));
-  WinPtr env = keep(openWindow("Environment Variable"));
+  WinPtr env = keep(waitForWindow("Environment Variable"));
   ASSERT_NE(env, nullptr);
-  ASSERT_TRUE(tktest::showAndWait(env));
+  ASSERT_TRUE(shown(env));
 
   // The fleet goes (its dialogs with it) while the add dialog is open.
   gFleetMgr->deleteFleet(fleet->fleetFileName);
-  pump();
+  settle();
   fieldSetText(childAt(winRes(env), {1}), "NAME");
-  click(at(env, {3}), [&] { return WIN_GetState(env) == WIN_STATETERMINATED; });
+  clickUntil(at(env, {3}), [&] { return WIN_GetState(env) == WIN_STATETERMINATED; });
   EXPECT_EQ(gFleetMgr->configFile->envVarList.totalElements, 0);
 }
 
@@ -371,7 +337,7 @@ TEST_F(SettingsWindowTest, PicturesOfEachWindow) {
   fleet->fleetFile->basePort = 6100;
   fleet->showMoreDetail = TRUE;
   fleet->createFleetSettingsDialog();
-  ASSERT_TRUE(tktest::showAndWait(fleet->fleetSettingsWindow));
+  ASSERT_TRUE(shown(fleet->fleetSettingsWindow));
   shot(fleet->fleetSettingsWindow, "fleetmgr-settings");
 
   gFleetMgr->configFile = new EngConfigFile(root.file("place.cfg").c_str());
@@ -385,7 +351,7 @@ TEST_F(SettingsWindowTest, PicturesOfEachWindow) {
   addConfigOption(option2);
   gFleetMgr->currentFleet = fleet;
   WinPtr dlg = fleet->engConfigDlg = createNewEnginePlaceConfigDialog();
-  ASSERT_TRUE(tktest::showAndWait(dlg));
+  ASSERT_TRUE(shown(dlg));
   TBUT_Select(TBUT_FromWgt(at(dlg, {1, 3})));
   WGT_Send(at(dlg, {1, 3}), TBUT_NFYHIT);
   shot(dlg, "fleetmgr-engplace");
@@ -401,7 +367,7 @@ TEST_F(SettingsWindowTest, PicturesOfEachWindow) {
     ASSERT_NE(win, nullptr);
     fieldSetText(childAt(winRes(win), {1}), d.first);
     fieldSetText(childAt(winRes(win), {2}), d.second);
-    ASSERT_TRUE(tktest::showAndWait(win));
+    ASSERT_TRUE(shown(win));
     shot(win, d.name);
     WIN_TerminateGetStatus(win);
   }
