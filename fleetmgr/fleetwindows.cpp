@@ -3,10 +3,13 @@
 #include "fleetmgr/fleetwindows.h"
 
 #include <cstdint>
+#include <cstdio>
 #include <vector>
 
 #include "fleetmgr/fleetmgr.h"
 #include "shared/alert.h"
+#include "shared/ui/filepick.h"
+#include "toolkit/icon.h"
 #include "toolkit/pfld.h"
 #include "toolkit/rclas.h"
 #include "toolkit/winpub.h"
@@ -23,9 +26,12 @@ void windowNotAvailable(const char* title) {
 }  // namespace
 
 Boolean chooseFleetDirectory(char* directory, size_t size) {
-  if (directory && size > 0) directory[0] = '\0';
-  windowNotAvailable("New Fleet");
-  return FALSE;
+  if (!directory || size == 0) return FALSE;
+  directory[0] = '\0';
+  fileNameType chosen;
+  if (!chooseDirectory(chosen, "Enter a directory name for the fleet", "", "*", FALSE)) return FALSE;
+  std::snprintf(directory, size, "%s", chosen);
+  return TRUE;
 }
 
 void terminateFleetWindow(WinPtr win) {
@@ -36,23 +42,15 @@ void terminateFleetWindow(WinPtr win) {
 
 void setFleetWindowIcon(WinPtr win) {
   ResPtr icon = gFleetMgrIcon;
-  if (!win || !icon) return;
-  PFldPtr widthField = RCLAS_FindField(icon->ResClass, "Width");
-  PFldPtr heightField = RCLAS_FindField(icon->ResClass, "Height");
-  PFldPtr bitsField = RCLAS_FindField(icon->ResClass, "Bits");
-  if (!widthField || !heightField || !bitsField) return;
-  long width = PFLD_GetInt(icon, widthField), height = PFLD_GetInt(icon, heightField);
-  const _DataRec* bits = PFLD_GetData(icon, bitsField);
-  if (width <= 0 || height <= 0 || width > 256 || height > 256 || !bits || !bits->Data) return;
-  // One bit a pixel, rows padded to whole bytes, the first pixel in the
-  // high bit: set bits are drawn dark on a light tile.
-  const long rowBytes = (width + 7) / 8;
-  std::vector<uint32_t> argb(static_cast<size_t>(width * height));
-  for (long y = 0; y < height; y++)
-    for (long x = 0; x < width; x++) {
-      size_t at = static_cast<size_t>(y * rowBytes + x / 8);
-      bool set = at < bits->Size && (bits->Data[at] >> (7 - x % 8)) & 1;
-      argb[static_cast<size_t>(y * width + x)] = set ? 0xff203c78u : 0xffe8eef8u;
-    }
-  WIN_SetIcon(win, static_cast<Int>(width), static_cast<Int>(height), argb.data());
+  if (!win || !icon || !ICON_IsIcon(icon)) return;
+  PFldPtr shapeField = RCLAS_FindField(icon->ResClass, "Shape");
+  const char* shape = shapeField ? PFLD_GetStr(icon, shapeField) : nullptr;
+  _Point16Rec size = ICON_GetSize(icon);
+  if (!shape || !*shape || size.X <= 0 || size.Y <= 0) return;
+  // Window managers show the icon larger than its 16 units: drawn at
+  // 64 pixels a side it stays sharp there.
+  constexpr int kIconPixels = 64;
+  std::vector<uint32_t> argb = ICON_RenderShape(shape, size.X, size.Y, kIconPixels, kIconPixels);
+  if (argb.size() == static_cast<size_t>(kIconPixels * kIconPixels))
+    WIN_SetIcon(win, kIconPixels, kIconPixels, argb.data());
 }

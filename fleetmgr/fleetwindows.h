@@ -2,7 +2,7 @@
 // option dialogs, the status window and the directory picker of "New
 // Fleet".
 //
-// Those not built yet (the settings window, the directory picker) tell the
+// Those not built yet (the settings window) tell the
 // user through the alert that the window is not available and open
 // nothing; the command that called them has done everything before the
 // window all the same.
@@ -17,9 +17,10 @@
 // The option dialogs (run, kill, backup, restore) are in fleetdlg.h.
 #include "fleetmgr/fleetdlg.h"
 
-// Asks for the directory of a new fleet ("Enter a directory name for the
-// fleet").  Fills directory (size bytes) and returns true when one was
-// chosen, false when the user cancelled.
+// Asks for the directory of a new fleet in the file picker's directory
+// chooser ("Enter a directory name for the fleet"), a modal window.  Fills
+// directory (size bytes, the choice cut to fit) and returns true when one
+// was chosen, false when the user cancelled.
 Boolean chooseFleetDirectory(char* directory, size_t size);
 
 // Ends a fleet's window (settings, engine place or status); null is

@@ -7,7 +7,7 @@
 # for.  Needs the build's installation in $OWB (scripts/demo.sh sets it),
 # Xvfb, xdotool and ImageMagick's import.  Runs in a home of its own.
 set -euo pipefail
-: "${OWB:?set OWB to the build's installation (build/owb)}"
+: "${OWB:?set OWB to the installation of the build, build/owb}"
 outdir="$(mkdir -p "$1" && cd "$1" && pwd)"
 suffix="${2:-}"
 dpi="${3:-96}"

@@ -12,6 +12,7 @@
 #include "fleetmgr/fleetcmds.h"
 #include "fleetmgr/fleetmgr_support.h"
 #include "fleetmgr/fleetwin_support.h"
+#include "shared/ui/filepick.h"
 #include "fleetmgr/fleetops.h"
 #include "fleetmgr/fleetreports.h"
 #include "fleetmgr/fleetwindows.h"
@@ -22,14 +23,8 @@ namespace {
 using fmtest::ToolTest;
 typedef std::vector<std::pair<std::string, std::string>> Notes;
 
-// A CMDS message as the Tool Manager sends it.
 Message commandMessage(const char* command, const std::string& file) {
-  Message message(kCommandSelectedMessage, nullptr);
-  message.addStringParam(kParamStr31, command);
-  message.addStringParam(kParamStr31, "");
-  message.addLongParam(0);
-  message.addParam(kParamStr31, file.c_str(), static_cast<long>(file.size() + 1));
-  return message;
+  return fmtest::commandSelectedMessage(command, file);
 }
 
 long mockPort(const std::string& portsFile, const std::string& engine) {
@@ -293,9 +288,25 @@ TEST_F(ToolTest, DeleteFleetDirectoryAsksThenWithdrawsEnginesAndFile) {
   EXPECT_EQ(order[2].type(), kRemoveFileMessage);  // after the engines
 }
 
-TEST_F(ToolTest, NewFleetCancelledAtTheDirectoryAddsNothing) {
+TEST_F(CommandWindowTest, NewFleetCancelledAtTheDirectoryAddsNothing) {
+  // The directory chooser is modal: its cancel button is pressed from
+  // within its own loop.
+  struct Press {
+    CommandWindowTest* test;
+    bool pickerShown = false;
+  } press{this};
+  EVENT_StartCBackAlarmDS(
+      [](ClientPtr data) {
+        auto* p = static_cast<Press*>(data);
+        WinPtr picker = FPICK_GetWin();
+        p->pickerShown = picker && WIN_IsOpen(picker);
+        if (picker) WGT_Send(child(picker, FPICK_CANCEL), TBUT_NFYHIT);
+      },
+      &press, 500);
   Message message = commandMessage("New Fleet", "");
   EXPECT_EQ(newFleetCommand(&message, nullptr), kNoError);
+  EXPECT_TRUE(press.pickerShown);
+  EXPECT_EQ(FPICK_GetWin(), nullptr);
   EXPECT_EQ(gFleetMgr->fleetList.totalElements, 0);
   EXPECT_EQ(gFleetMgr->currentFleet, nullptr);
 }

@@ -97,12 +97,7 @@ class FleetMgrProcess : public ::testing::Test {
     return toolman->ask(toolPort, question);
   }
   std::optional<WireMessage> command(const char* text, const std::string& file) {
-    Message selected(OWB_TYPE("CMDS"), nullptr);
-    if (text) selected.addStringParam(kParamStr31, text);
-    else selected.addParam(kParamStr31, nullptr, 0);
-    selected.addStringParam(kParamStr31, "");
-    selected.addLongParam(0);
-    selected.addParam(kParamStr31, file.c_str(), static_cast<long>(file.size() + 1));
+    Message selected = fmtest::commandSelectedMessage(text, file);
     return toolman->ask(toolPort, selected);
   }
 

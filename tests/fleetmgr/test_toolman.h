@@ -57,6 +57,19 @@ inline std::string typeText(TypeIdent type) {
   return text;
 }
 
+// A CMDS message as the Tool Manager sends it: the command's text (null
+// sends the parameter empty), two parameters the tool does not read, and
+// the selected file.
+inline Message commandSelectedMessage(const char* text, const std::string& file) {
+  Message message(OWB_TYPE("CMDS"), nullptr);
+  if (text) message.addStringParam(kParamStr31, text);
+  else message.addParam(kParamStr31, nullptr, 0);
+  message.addStringParam(kParamStr31, "");
+  message.addLongParam(0);
+  message.addParam(kParamStr31, file.c_str(), static_cast<long>(file.size() + 1));
+  return message;
+}
+
 class TestToolManager {
  public:
   // Listens on a free loopback port and writes it to <home>/.owb/owbport.

@@ -1,0 +1,256 @@
+// fleetmgr as a real process under the test Tool Manager, its windows read
+// and pressed from outside through the automation surface (_OWB_WIDGETS)
+// with real X events: "Fleet Status" on a running fleet made and started by
+// fleetctl shows fleetctl's rows; a process is killed from its row; a
+// second "Fleet Status" refreshes the same window; "Kill Fleet" opens the
+// kill dialog whose button stops the rest.
+#include <gtest/gtest.h>
+// After gtest: Xlib's None macro would break its headers.
+#include <X11/Xatom.h>
+#include <X11/Xlib.h>
+#include <X11/extensions/XTest.h>
+#include <signal.h>
+#include <sys/stat.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <chrono>
+#include <map>
+#include <memory>
+#include <sstream>
+#include <string>
+#include <thread>
+#include <vector>
+
+#include "fleet/ops_support.h"
+#include "fleetmgr/test_toolman.h"
+#include "shared/wiremessage.h"
+#include "testsupport.h"
+#include "xvfb_support.h"
+
+namespace {
+
+using fmtest::TestToolManager;
+
+// One line of a window's _OWB_WIDGETS.
+struct WidgetLine {
+  std::string path, cls, state, text;
+  int x = 0, y = 0, w = 0, h = 0;
+};
+
+class Screen {
+ public:
+  Screen() : dpy_(XOpenDisplay(owbtest::sharedXvfb().display().c_str())) {
+    // The tool's windows come and go while they are looked at.
+    XSetErrorHandler([](Display*, XErrorEvent*) { return 0; });
+  }
+  ~Screen() {
+    if (dpy_) XCloseDisplay(dpy_);
+  }
+  bool ok() const { return dpy_ != nullptr; }
+
+  // The mapped top-level window titled title whose widgets show text (any
+  // when text is empty), or 0.
+  Window find(const std::string& title, const std::string& text = "") {
+    Window root = DefaultRootWindow(dpy_), parent = 0, *children = nullptr, found = 0;
+    unsigned count = 0;
+    if (!XQueryTree(dpy_, root, &root, &parent, &children, &count)) return 0;
+    for (unsigned i = 0; i < count && !found; i++) {
+      XWindowAttributes attributes;
+      char* name = nullptr;
+      if (XGetWindowAttributes(dpy_, children[i], &attributes) && attributes.map_state == IsViewable &&
+          XFetchName(dpy_, children[i], &name) && name) {
+        bool titled = title == name;
+        XFree(name);
+        if (titled && (text.empty() || shows(children[i], text))) found = children[i];
+      }
+    }
+    if (children) XFree(children);
+    return found;
+  }
+  Window waitFor(const std::string& title, const std::string& text = "", double seconds = 10) {
+    return opstest::eventually([&] { return find(title, text) != 0; }, seconds) ? find(title, text) : 0;
+  }
+  bool shows(Window win, const std::string& text) {
+    for (const WidgetLine& w : widgets(win))
+      if (w.text == text) return true;
+    return false;
+  }
+
+  std::vector<WidgetLine> widgets(Window win) {
+    std::vector<WidgetLine> lines;
+    Atom property = XInternAtom(dpy_, "_OWB_WIDGETS", False);
+    Atom type;
+    int format;
+    unsigned long items, after;
+    unsigned char* data = nullptr;
+    if (XGetWindowProperty(dpy_, win, property, 0, 1 << 24, False, AnyPropertyType, &type, &format, &items, &after,
+                           &data) != Success || !data)
+      return lines;
+    std::istringstream text(std::string(reinterpret_cast<char*>(data), items));
+    XFree(data);
+    std::string line;
+    while (std::getline(text, line)) {
+      std::vector<std::string> f;
+      std::string field;
+      std::istringstream fields(line);
+      while (std::getline(fields, field, '\t')) f.push_back(field);
+      if (f.size() < 7) continue;
+      WidgetLine w{f[0], f[1], f[6], f.size() > 7 ? f[7] : ""};
+      w.x = std::stoi(f[2]);
+      w.y = std::stoi(f[3]);
+      w.w = std::stoi(f[4]);
+      w.h = std::stoi(f[5]);
+      lines.push_back(w);
+    }
+    return lines;
+  }
+
+  // The status list's body rows as the cells show them: row -> columns.
+  std::map<int, std::map<int, std::string>> rows(Window win) {
+    std::map<int, std::map<int, std::string>> rows;
+    for (const WidgetLine& w : widgets(win)) {
+      if (w.cls != "Cell" || w.path.rfind("4/", 0) != 0) continue;
+      int col = 0, row = 0;
+      if (std::sscanf(w.path.c_str(), "4/%d,%d", &col, &row) == 2 && row > 0) rows[row][col] = w.text;
+    }
+    return rows;
+  }
+  // The status of the process name as the list shows it ("" when absent).
+  std::string statusOf(Window win, const std::string& name) {
+    for (auto& row : rows(win))
+      if (row.second[2] == name) return row.second[3];
+    return "";
+  }
+
+  // A real click in the middle of the widget at path (or of the cell), or
+  // of the button labelled label when path is empty.
+  bool click(Window win, const std::string& path, const std::string& label = "") {
+    for (const WidgetLine& w : widgets(win))
+      if (path.empty() ? w.cls == "TBut" && w.text == label : w.path == path) {
+        int x = 0, y = 0;
+        Window child;
+        XTranslateCoordinates(dpy_, win, DefaultRootWindow(dpy_), w.x + w.w / 2, w.y + w.h / 2, &x, &y, &child);
+        XTestFakeMotionEvent(dpy_, -1, x, y, CurrentTime);
+        XTestFakeButtonEvent(dpy_, 1, True, CurrentTime);
+        XTestFakeButtonEvent(dpy_, 1, False, CurrentTime);
+        XSync(dpy_, False);
+        return true;
+      }
+    return false;
+  }
+  bool enabled(Window win, const std::string& path) {
+    for (const WidgetLine& w : widgets(win))
+      if (w.path == path) return w.state.find('E') != std::string::npos;
+    return false;
+  }
+
+ private:
+  Display* dpy_;
+};
+
+class FleetMgrWindowsProcess : public ::testing::Test {
+ protected:
+  void SetUp() override {
+    ASSERT_TRUE(owbtest::sharedXvfb().ok());
+    ASSERT_TRUE(screen.ok());
+    home = root.file("home");
+    mkdir(home.c_str(), 0777);
+    toolman = std::make_unique<TestToolManager>(home);
+    owbtest::writeWholeFile(home + "/.owb/xterm_settings", owbtest::installTree() + "/bin/bgterm\n-sb\n");
+  }
+  void TearDown() override {
+    if (tool > 0) {
+      kill(tool, SIGKILL);
+      reaper.waitFor(tool, 10);
+    }
+    opstest::killPidFileGroups(root.path());
+    toolman.reset();
+  }
+
+  std::map<std::string, std::string> environment() const {
+    return {{"HOME", home},
+            {"OWB", owbtest::installTree()},
+            {"DISPLAY", owbtest::sharedXvfb().display()},
+            {"OWB_AUTOMATION", "1"},
+            {"OWB_START_DELAY", "0.2"},
+            {"OWB_STOP_PATIENCE", "10"}};
+  }
+  int fleetctl(const std::vector<std::string>& args) {
+    std::vector<std::string> argv{owbtest::installTree() + "/bin/fleetctl"};
+    argv.insert(argv.end(), args.begin(), args.end());
+    auto env = environment();
+    pid_t child = owbtest::startProgram(argv, root.file("fleetctl.out"), &env);
+    int status = reaper.waitFor(child, 120);
+    return WIFEXITED(status) ? WEXITSTATUS(status) : -1;
+  }
+  void identify(const std::string& file) {
+    Message message(OWB_TYPE("IDFL"), nullptr);
+    message.addStringParam(kParamStr255, file.c_str());
+    ASSERT_TRUE(toolman->ask(toolPort, message));
+  }
+  void command(const char* text, const std::string& file) {
+    Message message = fmtest::commandSelectedMessage(text, file);
+    ASSERT_TRUE(toolman->ask(toolPort, message));
+  }
+
+  opstest::ChildReaper reaper;
+  Screen screen;
+  owbtest::TempDir root;
+  std::string home;
+  std::unique_ptr<TestToolManager> toolman;
+  pid_t tool = 0;
+  int toolPort = 0;
+};
+
+TEST_F(FleetMgrWindowsProcess, StatusWindowShowsTheRunningFleetAndKillsFromItsRowAndTheKillDialog) {
+  std::string dir = root.file("demo"), definition = dir + "/demo.flt";
+  long base = opstest::freeBasePort(8);
+  ASSERT_EQ(fleetctl({"new", dir, "--engine", "alpha", "--engine", "beta", "--base-port", std::to_string(base)}), 0)
+      << owbtest::readWholeFile(root.file("fleetctl.out"));
+  ASSERT_EQ(fleetctl({"run", dir}), 0) << owbtest::readWholeFile(root.file("fleetctl.out"));
+
+  auto env = environment();
+  tool = owbtest::startProgram({owbtest::installTree() + "/bin/fleetmgr"}, root.file("fleetmgr.out"), &env);
+  ASSERT_TRUE(toolman->waitForCount(OWB_TYPE("ADDC"), 8)) << owbtest::readWholeFile(root.file("fleetmgr.out"));
+  toolPort = toolman->messagesOf(OWB_TYPE("REGT")).at(0).header.senderInfo.listenerPort;
+  identify(definition);
+  command("Fleet Status", definition);
+
+  Window status = screen.waitFor("Fleet Status: " + dir);
+  ASSERT_NE(status, 0u) << owbtest::readWholeFile(root.file("fleetmgr.out"));
+  ASSERT_TRUE(opstest::eventually([&] { return screen.statusOf(status, "beta") == "Up"; }));
+  EXPECT_EQ(screen.statusOf(status, "alpha"), "Up");
+  auto rows = screen.rows(status);
+  ASSERT_EQ(rows.size(), 3u);  // alpha, beta and the place monitor
+  EXPECT_EQ(rows[1][1], "Engine");
+  EXPECT_EQ(rows[3][1], "External Process");
+
+  // alpha (the first engine, whose row is selected at the opening) is
+  // killed from its row; the rows are read again.
+  EXPECT_TRUE(screen.enabled(status, "2"));
+  EXPECT_FALSE(screen.enabled(status, "3"));
+  ASSERT_TRUE(screen.click(status, "4/2,1"));
+  ASSERT_TRUE(screen.click(status, "2"));
+  EXPECT_TRUE(opstest::eventually([&] { return screen.statusOf(status, "alpha") == "Down"; }));
+  EXPECT_EQ(screen.statusOf(status, "beta"), "Up");
+
+  // A second "Fleet Status" refreshes the same window.
+  command("Fleet Status", definition);
+  EXPECT_EQ(screen.waitFor("Fleet Status: " + dir), status);
+
+  // The kill dialog, set to kill everything, stops the rest and says so.
+  command("Kill Fleet", definition);
+  Window dialog = screen.waitFor("Kill Fleet");
+  ASSERT_NE(dialog, 0u);
+  ASSERT_TRUE(opstest::eventually([&] { return screen.enabled(dialog, "4"); }));
+  ASSERT_TRUE(screen.click(dialog, "4"));
+  Window alert = screen.waitFor("Kill Fleet", "Fleet successfully killed", 60);
+  ASSERT_NE(alert, 0u);
+  ASSERT_TRUE(screen.click(alert, "", "Ok"));
+  EXPECT_TRUE(opstest::eventually([&] { return screen.find("Kill Fleet") == 0; }));
+  ASSERT_TRUE(screen.click(status, "0"));                      // update
+  EXPECT_TRUE(opstest::eventually([&] { return screen.statusOf(status, "beta") == "Down"; }));
+}
+
+}  // namespace
