@@ -192,13 +192,15 @@ void removeEngineButton(ResPtr res) {
   if (!engine) return;
   // Of like-named engines the first goes, which need not be this cell's.
   bool thisOne = fleet->findEngine(engine->label()) == engine;
-  bool wasCurrent = fleet->currentEng == engine;
   processLabelType label;
   copyIntoField(label, sizeof label, engine->label());
   if (!fleet->removeEngine(label)) return;
   if (thisOne) LBOX_DeleteRow(list);
   else S_fillEngineList(fleet, list);
-  if (wasCurrent || !fleet->currentEng) S_forgetEngineDetails(win);
+  // The file list may still show the files of the engine that went (it is
+  // filled only for the modules and projects tabs): it is filled again.
+  S_forgetEngineDetails(win);
+  if (fleet->currentEng) fleet->currentEng->drawSettings(WIN_FromRes(win));
 }
 
 // ---- Fleet values -----------------------------------------------------------------

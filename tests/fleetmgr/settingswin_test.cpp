@@ -199,6 +199,16 @@ TEST_F(SettingsWindowTest, CancelForgetsTheEditsOfASavedFleetAndClosesTheWindow)
   ASSERT_TRUE(shown(win));
   fieldSetText(childAt(winRes(win), {0, 0, 1}), "B");
   clickUntil(at(win, {0, 0, 2}), [&] { return fleet->engineList.totalElements == 2; });
+  // An engine added and removed again: the list follows.
+  fieldSetText(childAt(winRes(win), {0, 0, 1}), "C");
+  clickUntil(at(win, {0, 0, 2}), [&] { return fleet->engineList.totalElements == 3; });
+  LBoxPtr engines = listAt(winRes(win), {0, 0, 0});
+  clickCell(engines, 1, 1);
+  clickUntil(at(win, {0, 0, 3}), [&] { return fleet->engineList.totalElements == 2; });
+  EXPECT_EQ(fmtest::engineLabels(fleet), (std::vector<std::string>{"A", "B"}));
+  EXPECT_EQ(LBOX_GetUsedRows(engines), 2);
+  LBOX_GoColRow(engines, 1, 1);
+  EXPECT_EQ(LBOX_CurGetClientData(engines), fleet->engineList.get(1));
   // A second command only brings the same window up.
   fleet->createFleetSettingsDialog();
   EXPECT_EQ(fleet->fleetSettingsWindow, win);
