@@ -53,20 +53,27 @@ TextDataChunk::TextDataChunk(int theFile, long* bytesLeft, long theTabValue)
   long wanted = std::min(kTextChunkSize, std::max(0L, *bytesLeft));
   *bytesLeft -= wanted;
   filepos = lseek(file, 0, SEEK_CUR);
-  textData = static_cast<unsigned char*>(std::malloc(static_cast<size_t>(wanted) + 1));
+  textLength = wanted;
+  readText(false);
+}
+
+// Reads the chunk's textLength bytes, at the file's present offset or at
+// filepos, and counts its lines; on failure the chunk holds no text.
+void TextDataChunk::readText(bool atFilepos) {
+  textData = static_cast<unsigned char*>(std::malloc(static_cast<size_t>(textLength) + 1));
   if (!textData) {
     lastError = kTextNoMemory;
     return;
   }
-  if (!readFully(file, textData, wanted)) {
+  bool read = atFilepos ? preadFully(file, textData, textLength, filepos) : readFully(file, textData, textLength);
+  if (!read) {
     OWB_LOG("problem reading into TextDataChunk");
     std::free(textData);
     textData = nullptr;
     lastError = kTextFileUnreadable;
     return;
   }
-  textData[wanted] = 0;
-  textLength = wanted;
+  textData[textLength] = 0;
   inMemory = TRUE;
   try {
     calculateLineStarts();
@@ -122,24 +129,9 @@ void TextDataChunk::calculateLineStarts() {
 
 void TextDataChunk::loadData() {
   lastError = 0;
-  if (inMemory) return;
   // The way back to text dropped by unloadData: read it again from where it
   // came.
-  textData = static_cast<unsigned char*>(std::malloc(static_cast<size_t>(textLength) + 1));
-  if (!textData) {
-    lastError = kTextNoMemory;
-    return;
-  }
-  if (!preadFully(file, textData, textLength, filepos)) {
-    OWB_LOG("problem reading into TextDataChunk");
-    std::free(textData);
-    textData = nullptr;
-    lastError = kTextFileUnreadable;
-    return;
-  }
-  textData[textLength] = 0;
-  inMemory = TRUE;
-  calculateLineStarts();
+  if (!inMemory) readText(true);
 }
 
 void TextDataChunk::unloadData() {

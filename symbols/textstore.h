@@ -85,6 +85,8 @@ class TextDataChunk : public Item, public HasErrorReporting {
   long tabValue;
 
  private:
+  void readText(bool atFilepos);
+
   long firstLineWidth_ = 0;
   bool runOn_ = false;
 };

@@ -25,12 +25,22 @@ class AlertAnswerer {
   AlertAnswerer(const std::string& display, std::vector<std::string> titles, KeySym key = XK_Return)
       : titles_(std::move(titles)), key_(key) {
     dpy_ = XOpenDisplay(display.c_str());
-    if (dpy_) thread_ = std::thread([this] { watch(); });
+    if (!dpy_) return;
+    // A window may go between the listing and the questions about it: the
+    // errors of this connection are ignored, those of any other go on to
+    // the handler that was there before (Xlib keeps one for the process).
+    watcherDisplay() = dpy_;
+    previousHandler() = XSetErrorHandler(ignoreWatcherErrors);
+    thread_ = std::thread([this] { watch(); });
   }
   ~AlertAnswerer() {
     stopping_ = true;
     if (thread_.joinable()) thread_.join();
-    if (dpy_) XCloseDisplay(dpy_);
+    if (dpy_) {
+      XCloseDisplay(dpy_);
+      XSetErrorHandler(previousHandler());
+      watcherDisplay() = nullptr;
+    }
   }
   AlertAnswerer(const AlertAnswerer&) = delete;
   AlertAnswerer& operator=(const AlertAnswerer&) = delete;
@@ -42,6 +52,20 @@ class AlertAnswerer {
   }
 
  private:
+  using ErrorHandler = int (*)(Display*, XErrorEvent*);
+  static Display*& watcherDisplay() {
+    static Display* display = nullptr;
+    return display;
+  }
+  static ErrorHandler& previousHandler() {
+    static ErrorHandler handler = nullptr;
+    return handler;
+  }
+  static int ignoreWatcherErrors(Display* display, XErrorEvent* error) {
+    if (display == watcherDisplay() || !previousHandler()) return 0;
+    return previousHandler()(display, error);
+  }
+
   void watch() {
     while (!stopping_) {
       Window root = DefaultRootWindow(dpy_), parent = 0, *children = nullptr;

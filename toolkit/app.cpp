@@ -1,8 +1,13 @@
 // The layers' install, load and exit chains.
 #include "toolkit/app.h"
 
+#include <unistd.h>
+
+#include <climits>
 #include <cstdio>
+#include <cstdlib>
 #include <cstring>
+#include <string>
 
 #include "toolkit/bknot.h"
 #include "toolkit/classes.h"
@@ -210,3 +215,12 @@ Int RES_LibExit() { return S_Exit(sRes, CORE_LibExit); }
 Int VGM_LibExit() { return S_Exit(sVgm, RES_LibExit); }
 Int TKIT_LibExit() { return S_Exit(sTkit, VGM_LibExit); }
 Int GW_LibExit() { return S_Exit(sGw, TKIT_LibExit); }
+
+void APP_UseResourcesBesideProgram(const char* argv0) {
+  if (std::getenv("ND_PATH")) return;
+  char self[PATH_MAX];
+  ssize_t n = readlink("/proc/self/exe", self, sizeof self - 1);
+  std::string dir = n > 0 ? std::string(self, static_cast<size_t>(n)) : std::string(argv0 ? argv0 : "");
+  dir = dir.substr(0, dir.rfind('/') + 1) + "resource";
+  setenv("ND_PATH", dir.c_str(), 1);
+}

@@ -22,6 +22,11 @@ void APP_InitFirst();
 void APP_InitLast();
 void APP_Exit();
 
+// For a program of the installation's bin/: when ND_PATH is unset, sets it
+// to the resource folder beside the program ($OWB/bin/resource), found
+// through /proc/self/exe or else argv0.
+void APP_UseResourcesBesideProgram(const char* argv0);
+
 // Module globals: the master error record, stored at install time.
 extern ErrMasterPtr CORE;
 extern ErrMasterPtr RES;

@@ -20,6 +20,7 @@
 #include "toolkit/rgn.h"
 #include "toolkit/tarea.h"
 #include "toolkit/tbut.h"
+#include "toolkit/ted.h"
 #include "toolkit/wgtpub.h"
 #include "toolkit/winpub.h"
 
@@ -70,6 +71,7 @@ const TkClassEntry kClasses[] = {
     {TK_LAYER_TKIT, "LbCol", LBCOL_InstallClass, LBCOL_InitClass},
     {TK_LAYER_TKIT, "LbRow", LBROW_InstallClass, LBROW_InitClass},
     {TK_LAYER_TKIT, "LBox", LBOX_InstallClass, LBOX_InitClass, LBOX_Describe},
+    {TK_LAYER_TKIT, "TEd", TED_InstallClass, TED_InitClass, TED_Describe},
     // The look is applied once every widget class is initialised.
     {TK_LAYER_TKIT, "Look", nullptr, DSPLY_UpdateLook},
 

@@ -51,8 +51,8 @@ void DSPLY_DisposeWin(NatWinId win);
 void DSPLY_ShowWin(NatWinId win);
 void DSPLY_HideWin(NatWinId win);
 void DSPLY_RaiseWin(NatWinId win);
-// Iconifies: through the window manager (ICCCM WM_CHANGE_STATE) when one
-// runs, else by unmapping; the state change comes back as an event.
+// Iconifies: asks the window manager (ICCCM WM_CHANGE_STATE), and unmaps
+// the window itself when none runs; the change comes back as an event.
 void DSPLY_IconifyWin(NatWinId win);
 // Maps an iconified window again (ICCCM: map to NormalState).
 void DSPLY_DeiconifyWin(NatWinId win);

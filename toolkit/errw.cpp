@@ -8,6 +8,7 @@
 #include "toolkit/strres.h"
 #include "toolkit/tarea.h"
 #include "toolkit/tbut.h"
+#include "toolkit/ted.h"
 
 namespace {
 
@@ -21,13 +22,18 @@ bool sReporting = false;
 
 WgtPtr child(WinPtr win, Int n) { return WGT_FromRes(RES_GetNthChild(WGT_Res(WIN_Wgt(win)), n)); }
 
-TAreaPtr reportArea() {
+// The report: a read-only multi-line text editor.
+TEdPtr reportEditor() {
   WgtPtr w = child(sWin, kReport);
-  return w && RCLAS_IsSubClassOf(WGT_Res(w)->ResClass, TAREA_Class()) ? reinterpret_cast<TAreaPtr>(w) : nullptr;
+  return TED_IsTEd(w) ? TED_FromWgt(w) : nullptr;
 }
 
+// Appended at the end, which is brought into view.
 void appendText(const std::string& text) {
-  if (TAreaPtr area = reportArea()) TAREA_SetText(area, (std::string(TAREA_GetText(area)) + text).c_str());
+  if (TEdPtr ted = reportEditor()) {
+    TED_SetInsertPos(ted, -1);
+    TED_InsertStr(ted, text.c_str());
+  }
 }
 
 // "Module %-5s Message %3d: file %-10s, line %d" for each frame.
@@ -123,7 +129,11 @@ void ERRW_Report(ErrFramePtr frame, Int severity) {
     ERR_Format(f, line, sizeof line);
     if (line[0]) text += std::string(line) + "\n";
   }
-  if (TAreaPtr area = reportArea()) TAREA_SetText(area, text.c_str());
+  if (TEdPtr ted = reportEditor()) {
+    TED_ClearAll(ted);
+    TED_InsertStr(ted, text.c_str());
+    TED_SetInsertPos(ted, 0);
+  }
   bool wasClosed = !WIN_IsOpen(sWin);
   WIN_Show(sWin);
   WGT_GainFocus(child(sWin, kContinue));

@@ -174,7 +174,7 @@ void S_MenuDestruct(ResPtr res) {
     sr->Notify = WIN_DefNfy;
     // The window goes with the menu (unless a message of its own is being
     // handled; then when that ends).
-    WIN_SelfMinimize(shell);
+    WinPutAway(shell);
     RES_Release(sr);
   }
   MENU_Wgt(menu)->Win = nullptr;
@@ -432,7 +432,7 @@ void MenuShowNear(MenuPtr menu, const _Rect16Rec& anchor, BoolEnum beside, BoolE
 void MenuHide(MenuPtr menu) {
   if (!MenuIsShown(menu)) return;
   menu->Hilite = -1;
-  WIN_SelfMinimize(menu->Shell);
+  WinPutAway(menu->Shell);
   WGT_Send(MENU_Wgt(menu), MENU_NFYENDMENU);
 }
 

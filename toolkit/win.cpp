@@ -52,6 +52,7 @@ long sModalReturn = 0;
 struct WinExtra {
   BoolEnum ActivateOnMap = 0;
   BoolEnum HidePending = 0;  // an unmap we asked for
+  BoolEnum IconifyPending = 0;  // iconified by us; the display's report is awaited
   BoolEnum Maximized = 0;
   _Rect16Rec RestoreBox{};   // the box before it was maximized
 };
@@ -209,6 +210,11 @@ void S_ProcessWinMgr(WinPtr win, EventPtr ev) {
     if (x.HidePending) {
       x.HidePending = 0;
       WGT_Send(w, WIN_NFYCLOSED);
+    } else if (x.IconifyPending) {
+      // The iconify we asked for; not told if the window was shown again
+      // meanwhile.
+      x.IconifyPending = 0;
+      if (win->State == WIN_STATEICONIFIED) WGT_Send(w, WIN_NFYICONIFIED);
     } else if (win->State == WIN_STATEOPEN) {
       // Unmapped by the window manager: iconified.
       win->State = WIN_STATEICONIFIED;
@@ -225,10 +231,16 @@ void S_ProcessWinMgr(WinPtr win, EventPtr ev) {
   }
   // The window manager's news of the window's state: each acts on a
   // change only, since a report gives the whole state.
-  if ((bits & EVENT_WMICONIFIED) && win->State == WIN_STATEOPEN) {
-    win->State = WIN_STATEICONIFIED;
-    removeOpen(win);
-    WGT_Send(w, WIN_NFYICONIFIED);
+  if (bits & EVENT_WMICONIFIED) {
+    WinExtra& x = sExtra[win];
+    if (x.IconifyPending) {
+      x.IconifyPending = 0;
+      if (win->State == WIN_STATEICONIFIED) WGT_Send(w, WIN_NFYICONIFIED);
+    } else if (win->State == WIN_STATEOPEN) {
+      win->State = WIN_STATEICONIFIED;
+      removeOpen(win);
+      WGT_Send(w, WIN_NFYICONIFIED);
+    }
   }
   if ((bits & EVENT_WMDEICONIFIED) && win->State == WIN_STATEICONIFIED) {
     win->State = WIN_STATEOPEN;
@@ -448,14 +460,26 @@ BoolEnum WIN_Minimize(WinPtr win) {
 // in its task bar or as an icon; WIN_Show brings it back.
 void WIN_SelfMinimize(WinPtr win) { WIN_SelfIconify(win); }
 
+void WinPutAway(WinPtr win) {
+  if (win && win->State == WIN_STATEOPEN) S_Hide(win, WIN_STATECLOSED);
+}
+
 BoolEnum WIN_Iconify(WinPtr win) {
   if (!win || win->Closing || win->State != WIN_STATEOPEN) return 0;
   return S_Request(win, WIN_NFYICONIFY);
 }
 
-// The state changes when the display reports the window iconified.
+// The window counts as iconified at once (WIN_Show brings it back);
+// WIN_NFYICONIFIED follows when the display reports it.
 void WIN_SelfIconify(WinPtr win) {
-  if (win && win->State == WIN_STATEOPEN && win->NatWin) DSPLY_IconifyWin(win->NatWin);
+  if (!win || win->State != WIN_STATEOPEN) return;
+  if (win->NatWin) {
+    DSPLY_IconifyWin(win->NatWin);
+    sExtra[win].IconifyPending = 1;
+  }
+  removeOpen(win);
+  if (sActive == win) sActive = nullptr;
+  win->State = WIN_STATEICONIFIED;
 }
 
 BoolEnum WIN_PopToFront(WinPtr win) {

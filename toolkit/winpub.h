@@ -178,9 +178,10 @@ void WIN_SelfMinimize(WinPtr win);
 BoolEnum WIN_Iconify(WinPtr win);
 void WIN_SelfIconify(WinPtr win);
 // Iconifying, restoring and maximizing go through the window manager when
-// one runs; the window's state and the notifications (WIN_NFYICONIFIED,
-// WIN_NFYRESTORED, WIN_NFYRESTACKED, WIN_NFYMOVEDRESIZED) follow what the
-// display reports back.  Without a window manager the window does it
+// one runs; the notifications (WIN_NFYICONIFIED, WIN_NFYRESTORED,
+// WIN_NFYRESTACKED, WIN_NFYMOVEDRESIZED) and the maximized and restored
+// states follow what the display reports back (an iconify request counts
+// at once, so that WIN_Show can bring the window back).  Without a window manager the window does it
 // itself: iconifying unmaps it, maximizing gives it the work area.
 BoolEnum WIN_PopToFront(WinPtr win);
 void WIN_SelfPopToFront(WinPtr win);
@@ -237,6 +238,10 @@ void WIN_UseCursor(WinPtr win, CursPtr cursor);
 NatWinId WIN_GetNatWin(WinPtr win);
 // Saves the window's client area as a PNG file.
 BoolEnum WIN_SaveAsPng(WinPtr win, const char* path);
+
+// Takes an open window off the screen without the window manager (closed,
+// not iconified): a pop-up menu that closes.
+void WinPutAway(WinPtr win);
 
 // For the event system.
 WinPtr WinFromNatWin(NatWinId natWin);

@@ -319,11 +319,7 @@ void SourceView::redrawView() {
 }
 
 // One line of the view: its background (target highlight, selection), then
-// its text.  Each byte is a column: printable ASCII as it is, a valid UTF-8
-// character at its first column with blanks over the rest, and anything
-// else (control characters, NUL, bytes of no valid character) as U+FFFD in
-// grey, so that no character is split and the columns stay those of the
-// file.
+// its text, column by column as classifySourceCells tells.
 void SourceView::drawLine(DrawPtr draw, long row) {
   long line = firstVisibleLine + row;
   int top = kMargin + static_cast<int>(row) * fontHeight;
@@ -356,30 +352,54 @@ void SourceView::drawLine(DrawPtr draw, long row) {
   auto drawGlyph = [&](long column, const char* glyph, int length, ColorPtr color) {
     DRAW_Text(draw, font_, color, kMargin + static_cast<int>(column) * fontWidth, baseline, glyph, length);
   };
-  bool leadingContinuation = firstVisibleColumn > 0;
+  std::vector<SourceCellKind> kinds(static_cast<size_t>(shown));
+  classifySourceCells(text, shown, cutAtRight, firstVisibleColumn > 0, kinds.data());
   for (long i = 0; i < shown; ++i) {
-    unsigned char byte = text[i];
-    if (byte >= 0x20 && byte < 0x7F) {
-      leadingContinuation = false;
+    SourceCellKind kind = kinds[static_cast<size_t>(i)];
+    if (kind == kCellText) {
       if (runStart < 0) runStart = i;
       continue;
     }
     flushRun(i);
-    if (byte >= 0x80 && byte <= 0xBF && leadingContinuation && i < 3) continue;  // the rest of a character left of the view
-    leadingContinuation = false;
-    if (byte == '\r' && i == shown - 1 && !cutAtRight) continue;  // a CR-LF line end
-    if (byte >= 0xC2) {
-      int length = utf8Length(text + i, shown - i);
-      if (length < 0 && cutAtRight) break;  // a character cut by the right edge
-      if (length > 0) {
-        drawGlyph(i, reinterpret_cast<const char*>(text + i), length, viewPortFgColor);
-        i += length - 1;
-        continue;
-      }
-    }
-    drawGlyph(i, kReplacementGlyph, 3, COLOR_Gray());
+    if (kind == kCellCharacter)
+      drawGlyph(i, reinterpret_cast<const char*>(text + i), utf8Length(text + i, shown - i), viewPortFgColor);
+    else if (kind == kCellReplaced)
+      drawGlyph(i, kReplacementGlyph, 3, COLOR_Gray());
   }
   flushRun(shown);
+}
+
+void classifySourceCells(const unsigned char* text, long shown, bool cutAtRight, bool scrolledIn,
+                         SourceCellKind* kinds) {
+  bool atStart = scrolledIn;  // continuation bytes here belong to a character left of the view
+  for (long i = 0; i < shown; ++i) {
+    unsigned char byte = text[i];
+    if (byte >= 0x20 && byte < 0x7F) {
+      kinds[i] = kCellText;
+      atStart = false;
+      continue;
+    }
+    kinds[i] = kCellReplaced;
+    if (byte >= 0x80 && byte <= 0xBF && atStart && i < 3) {
+      kinds[i] = kCellBlank;
+      continue;
+    }
+    atStart = false;
+    if (byte == '\r' && i == shown - 1 && !cutAtRight) {
+      kinds[i] = kCellBlank;  // the CR of a CR-LF line end
+      continue;
+    }
+    if (byte < 0xC2) continue;
+    int length = utf8Length(text + i, shown - i);
+    if (length < 0 && cutAtRight) {
+      for (; i < shown; ++i) kinds[i] = kCellBlank;  // a character cut by the right edge
+      break;
+    }
+    if (length <= 0) continue;
+    kinds[i] = kCellCharacter;
+    for (int k = 1; k < length; ++k) kinds[i + k] = kCellBlank;
+    i += length - 1;
+  }
 }
 
 // --- Selection and search --------------------------------------------------------------

@@ -56,6 +56,18 @@ class SourceViewScrollBars {
   virtual void setBarRange(bool vertical, const SourceViewScrollRange& range) = 0;
 };
 
+// How each column of a fetched line is shown: every byte is a column.
+// Printable ASCII as it is; a valid UTF-8 character at its first column
+// with blanks over the rest, so that no character is split; a CR before
+// the line's end, the rest of a character begun left of the view and a
+// character cut by the right edge as blanks; anything else (control
+// characters, NUL, bytes of no valid character) replaced by a marker.
+enum SourceCellKind : unsigned char { kCellText, kCellCharacter, kCellBlank, kCellReplaced };
+// Fills kinds[0..shown) for text; cutAtRight when the line goes on past
+// the view, scrolledIn when columns lie left of it.
+void classifySourceCells(const unsigned char* text, long shown, bool cutAtRight, bool scrolledIn,
+                         SourceCellKind* kinds);
+
 class SourceView : public HasErrorReporting {
  public:
   SourceView(WinPtr newWin, WgtPtr newViewPort, const char* fileName, long lineToView, long percentFromTop,

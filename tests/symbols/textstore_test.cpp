@@ -111,6 +111,20 @@ TEST(TextDataStore, LinesAcrossChunkBoundariesCountOnceAndComeWhole) {
   EXPECT_EQ(fetch(store, 2, 1 << 20, 4095), std::string(5, 'c') + '\0');
 }
 
+TEST(TextDataStore, TenMegabytesWithoutANewlineAreOneLine) {
+  TempDir dir;
+  std::string text;
+  for (int i = 0; i < 1000000; ++i) text += "0123456789";
+  writeFile(dir.file("f"), text);
+  TextDataStore store(dir.file("f").c_str(), 4);
+  ASSERT_EQ(store.totalLines, 1);
+  EXPECT_EQ(store.totalColumns, 10000000);
+  EXPECT_EQ(store.textChunks.size(), 5000u);
+  EXPECT_EQ(fetch(store, 0, 81, 0), text.substr(0, 80) + '\0');
+  // Scrolled to the end: the last columns, the very last lost to the NUL.
+  EXPECT_EQ(fetch(store, 0, 81, 9999990), std::string("012345678") + '\0');
+}
+
 TEST(TextDataStore, LastLineWithoutNewlineLosesItsLastCharacter) {
   TempDir dir;
   writeFile(dir.file("f"), "abc\ndef");

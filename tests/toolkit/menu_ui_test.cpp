@@ -128,6 +128,9 @@ TEST_F(MenuUiTest, AClickOpensAMenuAndASecondClickChoosesTheItem) {
   EXPECT_EQ(choices_.barLabels[0], "&File");
   EXPECT_FALSE(MenuIsShown(file_));
   EXPECT_FALSE(MBAR_IsMenuOpen(bar_));
+  XWindowAttributes shell{};
+  ASSERT_TRUE(XGetWindowAttributes(driver_->display(), WIN_GetNatWin(file_->Shell), &shell));
+  EXPECT_NE(shell.map_state, IsViewable);  // off the screen, not just marked closed
 
   // A second click on the open bar item closes it; a click outside too.
   clickAt(barItemCentre(2));

@@ -35,6 +35,8 @@ inline bool startToolkit() {
     EVENT_Init();
     started = true;
   }
+  // A test of the closed display may have closed it meanwhile.
+  if (!DSPLY_IsOpen() && !DSPLY_Init(owbtest::sharedXvfb().display().c_str())) return false;
   return started;
 }
 

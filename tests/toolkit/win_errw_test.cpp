@@ -5,6 +5,7 @@
 #include <string>
 
 #include "tests/toolkit/tk_fixture.h"
+#include "toolkit/ted.h"
 #include "toolkit/errw.h"
 
 namespace {
@@ -54,14 +55,14 @@ TEST_F(ToolkitTest, AFailureIsShownInTheErrorWindowUntilTheUserContinues) {
       [](ClientPtr p) {
         auto* s = static_cast<Script*>(p);
         s->shown = WIN_IsOpen(ERRW_GetWin());
-        s->report = TAREA_GetText(reinterpret_cast<TAreaPtr>(errChild(0)));
+        s->report = TED_GetStr(TED_FromWgt(errChild(0)));
         clickChild(s->driver, errChild(2));  // Details
       },
       &script, 300);
   EVENT_StartCBackAlarmDS(
       [](ClientPtr p) {
         auto* s = static_cast<Script*>(p);
-        s->details = TAREA_GetText(reinterpret_cast<TAreaPtr>(errChild(0)));
+        s->details = TED_GetStr(TED_FromWgt(errChild(0)));
         clickChild(s->driver, errChild(1));  // Continue
       },
       &script, 600);

@@ -100,7 +100,11 @@ TEST_F(WinRequestTest, WithoutAWindowManagerTheWindowDoesItItself) {
   WIN_RegisterForRequest(a, listener);
   EXPECT_FALSE(WIN_Maximize(a));
   EXPECT_FALSE(WIN_IsMaximized(a));
+  // The listener hears the window's end too; it goes after that.
   RES_SetNfyProcDS(listener, nullptr, nullptr);
+  WIN_TerminateGetStatus(a);
+  EVENT_Update();
+  RES_Release(listener);
 }
 
 // The test is the window manager: it owns WM_S0, hears the requests sent
@@ -182,15 +186,24 @@ TEST_F(WinRequestTest, UnderAWindowManagerRequestsGoToItAndItsReportsSetTheState
   DSPLY_Flush();
   ASSERT_TRUE(tktest::runUntil([&] { return wm.nextRequest("WM_CHANGE_STATE", &req); }));
   EXPECT_EQ(req.data.l[0], IconicState);
-  EXPECT_EQ(WIN_GetState(win), WIN_STATEOPEN);  // until the manager says so
+  EXPECT_EQ(WIN_GetState(win), WIN_STATEICONIFIED);
+  settle(30);
+  EXPECT_EQ(log_.count(WIN_Wgt(win), WIN_NFYICONIFIED), 0);  // until the manager says so
   wm.setWmState(nat, IconicState);
-  ASSERT_TRUE(tktest::runUntil([&] { return WIN_GetState(win) == WIN_STATEICONIFIED; }));
+  ASSERT_TRUE(tktest::runUntil([&] { return log_.count(WIN_Wgt(win), WIN_NFYICONIFIED) == 1; }));
   wm.setWmState(nat, NormalState);
   ASSERT_TRUE(tktest::runUntil([&] { return WIN_GetState(win) == WIN_STATEOPEN; }));
   settle(30);
   EXPECT_EQ(log_.count(WIN_Wgt(win), WIN_NFYICONIFIED), 1);
   EXPECT_EQ(log_.count(WIN_Wgt(win), WIN_NFYRESTORED), 2);
   EXPECT_EQ(WIN_GetTopWin(), win);
+
+  // The manager iconifies on its own (the user's title bar button).
+  wm.setWmState(nat, IconicState);
+  ASSERT_TRUE(tktest::runUntil([&] { return WIN_GetState(win) == WIN_STATEICONIFIED; }));
+  settle(30);
+  EXPECT_EQ(log_.count(WIN_Wgt(win), WIN_NFYICONIFIED), 2);
+  EXPECT_EQ(WIN_GetNumOpen(), 0);
 }
 
 }  // namespace

@@ -105,9 +105,12 @@ void DSPLY_Init(int) { DSPLY_Init(static_cast<const char*>(nullptr)); }
 
 void DSPLY_Exit() {
   if (!gX.dpy) return;
+  X11SelReset();
+  X11ImReset();
   X11ReleaseAttributes();
   for (Window w : gOurWins) {
     X11ForgetWinDraw(w);
+    X11ForgetWinEvents(w);
     XDestroyWindow(gX.dpy, w);
   }
   gOurWins.clear();
@@ -221,6 +224,7 @@ NatWinId DSPLY_NewPopupWin(const _Rect16Rec& box, ColorPtr background) {
 void DSPLY_DisposeWin(NatWinId win) {
   if (!gX.dpy || !gOurWins.count(win)) return;
   X11ForgetWinDraw(win);
+  X11ImForget(win);
   X11ForgetWinEvents(win);
   gOurWins.erase(win);
   XDestroyWindow(gX.dpy, win);
@@ -291,8 +295,10 @@ void DSPLY_LowerWin(NatWinId win) {
 
 void DSPLY_IconifyWin(NatWinId win) {
   if (!gX.dpy || !win) return;
-  if (DSPLY_HasWinMgr()) XIconifyWindow(gX.dpy, win, gX.screen);
-  else XUnmapWindow(gX.dpy, win);
+  // The ICCCM request goes out in any case; without a window manager to
+  // act on it the window also unmaps itself.
+  XIconifyWindow(gX.dpy, win, gX.screen);
+  if (!DSPLY_HasWinMgr()) XUnmapWindow(gX.dpy, win);
 }
 
 void DSPLY_DeiconifyWin(NatWinId win) {

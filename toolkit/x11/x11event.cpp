@@ -88,28 +88,22 @@ int keyOfSym(KeySym sym) {
   }
 }
 
-// Latin-1 bytes from XLookupString as UTF-8, and their ASCII part.
-void storeText(_DsplyEventRec* ev, const char* latin1, int n) {
+// The key's UTF-8 text, and its ASCII part.
+void storeText(_DsplyEventRec* ev, const char* utf8, int n) {
   size_t u = 0, a = 0;
-  for (int i = 0; i < n; i++) {
-    unsigned char c = static_cast<unsigned char>(latin1[i]);
-    if (c < 0x80) {
-      if (u + 1 < sizeof ev->KbStr) ev->KbStr[u++] = static_cast<char>(c);
-      if (a + 1 < sizeof ev->KbAsciiStr) ev->KbAsciiStr[a++] = static_cast<char>(c);
-    } else if (u + 2 < sizeof ev->KbStr) {
-      ev->KbStr[u++] = static_cast<char>(0xc0 | (c >> 6));
-      ev->KbStr[u++] = static_cast<char>(0x80 | (c & 0x3f));
-    }
+  for (int i = 0; i < n && u + 1 < sizeof ev->KbStr; i++) {
+    unsigned char c = static_cast<unsigned char>(utf8[i]);
+    ev->KbStr[u++] = static_cast<char>(c);
+    if (c < 0x80 && a + 1 < sizeof ev->KbAsciiStr) ev->KbAsciiStr[a++] = static_cast<char>(c);
   }
   ev->KbStr[u] = 0;
   ev->KbAsciiStr[a] = 0;
 }
 
 void translateKey(XKeyEvent* xk, _DsplyEventRec* ev) {
-  char buf[64];
+  char buf[sizeof ev->KbStr];
   KeySym sym = NoSymbol;
-  int n = XLookupString(xk, buf, sizeof buf - 1, &sym, nullptr);
-  if (n < 0) n = 0;
+  int n = X11ImLookup(xk, buf, static_cast<int>(sizeof buf), &sym);
   ev->Key = keyOfSym(sym);
   ev->InNumKeyPad = sym >= XK_KP_Space && sym <= XK_KP_9;
   if (ev->Key == EVENT_KEYNONE && n > 0) {
@@ -240,6 +234,7 @@ bool translate(XEvent* xe, _DsplyEventRec* ev) {
       if (xe->xfocus.detail == NotifyPointer || xe->xfocus.detail == NotifyInferior) return false;
       // A keyboard grab of our own (an open menu) moves no focus.
       if (xe->xfocus.mode == NotifyGrab || xe->xfocus.mode == NotifyUngrab) return false;
+      X11ImFocus(w, xe->type == FocusIn);
       ev->Kind = xe->type == FocusIn ? DSPLY_EVFOCUSIN : DSPLY_EVFOCUSOUT;
       return true;
     case ClientMessage:
@@ -268,6 +263,12 @@ bool DSPLY_CheckEvent(_DsplyEventRec* ev) {
   while (XPending(x.dpy) > 0) {
     XEvent xe;
     XNextEvent(x.dpy, &xe);
+    if (X11ImFilter(&xe) || X11SelHandleEvent(&xe)) continue;
+    if (xe.type == MappingNotify) {
+      // The keyboard's map changed: keys are read with the new one.
+      XRefreshKeyboardMapping(&xe.xmapping);
+      continue;
+    }
     if (translate(&xe, ev)) return true;
   }
   return false;
@@ -278,7 +279,7 @@ bool DSPLY_CheckKeyEvent(_DsplyEventRec* ev) {
   if (!x.dpy || !ev) return false;
   XEvent xe;
   while (XCheckMaskEvent(x.dpy, KeyPressMask, &xe))
-    if (translate(&xe, ev)) return true;
+    if (!X11ImFilter(&xe) && translate(&xe, ev)) return true;
   return false;
 }
 

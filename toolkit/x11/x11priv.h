@@ -51,5 +51,19 @@ unsigned X11QueryWmState(Window win);
 void X11ForgetWinEvents(Window win);
 // True for a window the toolkit made.
 bool X11IsOurWin(Window win);
+// The selections' share of the event stream (x11sel.cpp): true when the
+// event was a selection event and has been dealt with.
+bool X11SelHandleEvent(XEvent* xe);
+// The input method (x11im.cpp).  X11ImFilter gives true for an event the
+// input method took; X11ImLookup gives the key's text as UTF-8 (at most
+// size - 1 bytes and a NUL) and its key symbol; focus and the end of a
+// window are passed on.
+bool X11ImFilter(XEvent* xe);
+int X11ImLookup(XKeyEvent* xk, char* buf, int size, KeySym* sym);
+void X11ImFocus(Window win, bool in);
+void X11ImForget(Window win);
+// The display closes: both let go of what they hold on it.
+void X11ImReset();
+void X11SelReset();
 
 #endif  // OWB_TOOLKIT_X11_X11PRIV_H

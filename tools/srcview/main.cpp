@@ -15,7 +15,6 @@
 // shown or there is no display, 2 for a bad command line.
 #include <unistd.h>
 
-#include <climits>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
@@ -47,17 +46,6 @@ bool gConnected = false;
 void usage() {
   std::fprintf(stderr, "usage: srcview [--no-follow] [--png FILE] TEXTFILE [LINE]\n");
   std::exit(2);
-}
-
-// The toolkit's libraries: ND_PATH, or the resource folder beside this
-// program ($OWB/bin/resource).
-void setResourcePath(const char* argv0) {
-  if (std::getenv("ND_PATH")) return;
-  char self[PATH_MAX];
-  ssize_t n = readlink("/proc/self/exe", self, sizeof self - 1);
-  std::string dir = n > 0 ? std::string(self, static_cast<size_t>(n)) : std::string(argv0);
-  dir = dir.substr(0, dir.rfind('/') + 1) + "resource";
-  setenv("ND_PATH", dir.c_str(), 1);
 }
 
 ErrorCode quitMsg(Message*, Message*) {
@@ -141,7 +129,7 @@ int main(int argc, char** argv) {
   }
   if (!file) usage();
 
-  setResourcePath(argv[0]);
+  APP_UseResourcesBesideProgram(argv[0]);
   ERR_Init();
   GW_LibInstall();
   GW_LibLoadInit();

@@ -4,6 +4,7 @@
 //   wgtdemo                 runs until the window is closed, OK or Cancel
 //   wgtdemo --png FILE      shows it, saves it as a PNG file and ends
 //   wgtdemo --list [...]    the list window instead (wgtdemo.ListWindow)
+//   wgtdemo --edit [...]    the editor window instead (wgtdemo.EditWindow)
 //
 // Resource libraries are found through ND_PATH, or else in the resource
 // folder next to this program ($OWB/bin/resource).
@@ -23,6 +24,7 @@
 #include "toolkit/tarea.h"
 #include "toolkit/tbut.h"
 #include "toolkit/winpub.h"
+#include "tools/wgtdemo/editdemo.h"
 #include "tools/wgtdemo/listdemo.h"
 #include "tools/wgtdemo/menus.h"
 
@@ -51,14 +53,6 @@ long windowNfy(ResPtr res, Int message, ClientPtr data) {
   return WIN_DefNfy(res, message, data);
 }
 
-void setResourcePath(const char* argv0) {
-  if (std::getenv("ND_PATH")) return;
-  char self[PATH_MAX];
-  ssize_t n = readlink("/proc/self/exe", self, sizeof self - 1);
-  std::string dir = n > 0 ? std::string(self, static_cast<size_t>(n)) : std::string(argv0);
-  dir = dir.substr(0, dir.rfind('/') + 1) + "resource";
-  setenv("ND_PATH", dir.c_str(), 1);
-}
 
 void setAllNfy(PanelPtr panel) {
   for (Int i = 0; i < PANEL_GetNumWgts(panel); i++) {
@@ -73,15 +67,17 @@ void setAllNfy(PanelPtr panel) {
 int main(int argc, char** argv) {
   const char* png = nullptr;
   bool list = false;
+  bool edit = false;
   for (int i = 1; i < argc; i++) {
     if (std::strcmp(argv[i], "--png") == 0 && i + 1 < argc) png = argv[++i];
     else if (std::strcmp(argv[i], "--list") == 0) list = true;
+    else if (std::strcmp(argv[i], "--edit") == 0) edit = true;
     else {
-      std::fprintf(stderr, "usage: wgtdemo [--list] [--png FILE]\n");
+      std::fprintf(stderr, "usage: wgtdemo [--list | --edit] [--png FILE]\n");
       return 2;
     }
   }
-  setResourcePath(argv[0]);
+  APP_UseResourcesBesideProgram(argv[0]);
   ERR_Init();
   GW_LibInstall();
   GW_LibLoadInit();
@@ -93,6 +89,8 @@ int main(int argc, char** argv) {
   WinPtr win;
   if (list) {
     win = LoadListDemo();
+  } else if (edit) {
+    win = LoadEditDemo();
   } else {
     win = WIN_Load("wgtdemo", "TestWindow");
     addDemoMenus(win);

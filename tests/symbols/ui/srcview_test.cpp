@@ -61,6 +61,30 @@ class SourceViewTest : public tktest::ToolkitTest {
   RecordingBars bars_;
 };
 
+// Each byte a column; characters never split, odd bytes marked.
+TEST(SourceCells, CharactersAreNeverSplitAndOddBytesAreMarked) {
+  auto kinds = [](const std::string& text, bool cutAtRight, bool scrolledIn) {
+    std::vector<SourceCellKind> cells(text.size());
+    classifySourceCells(reinterpret_cast<const unsigned char*>(text.data()), static_cast<long>(text.size()),
+                        cutAtRight, scrolledIn, cells.data());
+    std::string shown;
+    for (SourceCellKind kind : cells) shown += "tCbR"[kind];
+    return shown;
+  };
+  EXPECT_EQ(kinds("Gr\xC3\xBC\xC3\x9F" "e", false, false), "ttCbCbt");
+  EXPECT_EQ(kinds("\xE6\x97\xA5!", false, false), "Cbbt");
+  EXPECT_EQ(kinds(std::string("a\xFF\xFE\x00\x01\x7F" "b", 7), false, false), "tRRRRRt");
+  EXPECT_EQ(kinds("a\xE2\x82 b", false, false), "tRRtt");    // a sequence broken in the file
+  EXPECT_EQ(kinds("a\xE2\x82", true, false), "tbb");         // one cut by the right edge
+  EXPECT_EQ(kinds("\x97\xA5x", false, true), "bbt");         // one begun left of the view
+  EXPECT_EQ(kinds("\x97\xA5x", false, false), "RRt");
+  EXPECT_EQ(kinds("\xED\xA0\x80", false, false), "RRR");    // a surrogate is no character
+  EXPECT_EQ(kinds("\xC0\xAF", false, false), "RR");          // nor an overlong form
+  EXPECT_EQ(kinds("crlf\r", false, false), "ttttb");
+  EXPECT_EQ(kinds("cr\rx", false, false), "ttRt");
+  EXPECT_EQ(kinds("cut\r", true, false), "tttR");
+}
+
 TEST_F(SourceViewTest, GeometryAndScrollBarsFollowTheText) {
   writeFile(dir_.file("f"), numberedLines(1000) + std::string(300, 'x') + "\n");
   auto view = openView(dir_.file("f"));

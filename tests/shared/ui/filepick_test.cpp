@@ -1,0 +1,199 @@
+// The file picker driven through the X server beside a real Tool Manager.
+#include "shared/ui/filepick.h"
+
+#include <sys/stat.h>
+
+#include <functional>
+
+#include "shared/ui/alertwin.h"
+#include "shared/ui/pickrules.h"
+#include "tests/shared/ui/ui_fixture.h"
+#include "toolkit/lbox.h"
+#include "toolkit/tarea.h"
+
+namespace {
+
+using Names = std::vector<std::string>;
+
+class FilePickerTest : public uitest::ToolmanFixture {
+ protected:
+  void SetUp() override {
+    uitest::ToolmanFixture::SetUp();
+    installAlertWindow();
+  }
+  void TearDown() override {
+    uninstallAlertWindow();
+    uitest::ToolmanFixture::TearDown();
+  }
+
+  WgtPtr child(Int n) { return WGT_FromRes(RES_GetNthChild(WGT_Res(WIN_Wgt(FPICK_GetWin())), n)); }
+  LBoxPtr list(Int n = FPICK_DISKLIST) { return LBOX_FromWgt(child(n)); }
+  std::string field(Int n) { return TAREA_GetText(reinterpret_cast<TAreaPtr>(child(n))); }
+
+  Names rows(Int n = FPICK_DISKLIST) {
+    Names names;
+    LBoxPtr box = list(n);
+    for (Int row = 1; row <= LBOX_GetUsedRows(box); row++) {
+      LBOX_GoColRow(box, 1, row);
+      const char* text = static_cast<const char*>(LBOX_CurGetClientData(box));
+      names.push_back(text ? text : "(none)");
+    }
+    return names;
+  }
+  // Clicks (twice for a double click) in the row holding name.
+  void clickRow(const std::string& name, int clicks = 1, Int n = FPICK_DISKLIST) {
+    Names all = rows(n);
+    for (size_t i = 0; i < all.size(); i++) {
+      if (all[i] != name) continue;
+      LBoxPtr box = list(n);
+      LBOX_GoColRow(box, 1, static_cast<Int>(i + 1));
+      _Rect16Rec rect, clip;
+      LBOX_CurQueryRects(box, &rect, &clip);
+      _Point16Rec p = tktest::absOf(LBOX_Wgt(box), clip.Origin.X + 30, clip.Origin.Y + clip.Extent.Y / 2);
+      for (int c = 0; c < clicks; c++) driver_->click(p.X, p.Y);
+      return;
+    }
+    ADD_FAILURE() << "no row " << name;
+  }
+  void press(Int n) {
+    _Point16Rec p = tktest::absOf(child(n), 10, 10);
+    driver_->click(p.X, p.Y);
+  }
+  // Runs the steps one after the other from the picker's loop, each a
+  // moment after the one before.
+  void script(std::vector<std::function<void()>> steps) {
+    steps_ = std::move(steps);
+    next_ = 0;
+    step_ = [this] {
+      if (next_ < steps_.size()) steps_[next_++]();
+      if (next_ < steps_.size()) uitest::after(200, &step_);
+    };
+    uitest::after(400, &step_);
+  }
+
+  std::vector<std::function<void()>> steps_;
+  size_t next_ = 0;
+  std::function<void()> step_;
+};
+
+void touch(const std::string& path) { owbtest::writeWholeFile(path, "x"); }
+
+TEST_F(FilePickerTest, AcceptingADirectoryEntersItAndADoubleClickChoosesAFile) {
+  touch(project + "/a.flt");
+  mkdir((project + "/sub").c_str(), 0755);
+  touch(project + "/sub/inner.flt");
+  Names first, inside;
+  std::string filter, selected;
+  script({[&] {
+            first = rows();
+            filter = field(FPICK_FILTER);
+            clickRow("sub");
+          },
+          [&] {
+            selected = field(FPICK_SELECTION);
+            press(FPICK_ACCEPT);
+          },
+          [&] {
+            inside = rows();
+            clickRow("inner.flt");
+          },
+          [&] { clickRow("inner.flt"); }});  // within the double-click time
+  fileNameType result;
+  EXPECT_TRUE(chooseFile(kDisplayFiles, result, "Pick", nullptr, "", TRUE, TRUE));
+  EXPECT_EQ(project + "/sub/inner.flt", std::string(result));
+  EXPECT_EQ("*", filter);  // an empty filter is "*"
+  EXPECT_EQ((Names{".", "..", "a.flt", "sub"}), first);
+  EXPECT_EQ(project + "/sub/", selected);
+  EXPECT_EQ((Names{".", "..", "inner.flt"}), inside);
+  EXPECT_EQ(nullptr, FPICK_GetWin());
+  // The Tool Manager learns where the picker stood.
+  ASSERT_TRUE(waitForReceived("SCFP", 1));
+  EXPECT_NE(std::string::npos, received("SCFP").back().find(project + "/sub")) << received("SCFP").back();
+}
+
+TEST_F(FilePickerTest, ADirectoryChooserListsNoFilesAndTheTopKeepsItsSlash) {
+  touch(project + "/a.flt");
+  mkdir((project + "/sub").c_str(), 0755);
+  Names listed;
+  std::string accept;
+  script({[&] {
+            listed = rows();
+            accept = TBUT_GetLabel(TBUT_FromWgt(child(FPICK_ACCEPT)));
+            clickRow(".");
+          },
+          [&] { press(FPICK_CHOOSEDIRECTORY); }});
+  fileNameType result;
+  EXPECT_TRUE(chooseDirectory(result, "Directory", nullptr, "*", TRUE));
+  EXPECT_EQ(project, std::string(result));
+  EXPECT_EQ((Names{".", "..", "sub"}), listed);
+  EXPECT_EQ("Open Directory", accept);
+
+  pickerTellDirectory("/");
+  ASSERT_TRUE(waitForReceived("SCFP", 2));
+  script({[&] { clickRow("."); }, [&] { press(FPICK_CHOOSEDIRECTORY); }});
+  EXPECT_TRUE(chooseDirectory(result, "Directory", nullptr, "*", TRUE));
+  EXPECT_STREQ("/", result);
+}
+
+TEST_F(FilePickerTest, OnePickerAtATimeAndCancelChoosesNothing) {
+  Boolean second = TRUE, secondDirectory = TRUE;
+  script({[&] {
+            fileNameType other;
+            second = chooseFile(kDisplayFiles, other, nullptr, nullptr, nullptr, FALSE, FALSE);
+            secondDirectory = chooseDirectory(other, nullptr, nullptr, nullptr, FALSE);
+          },
+          [&] { driver_->key(XK_Escape); }});
+  fileNameType result = "stale";
+  EXPECT_FALSE(chooseFile(kDisplayFiles, result, nullptr, nullptr, nullptr, FALSE, FALSE));
+  EXPECT_STREQ("", result);
+  EXPECT_FALSE(second);
+  EXPECT_FALSE(secondDirectory);
+}
+
+// The project list ends in an empty row; accepting it closes the picker
+// with nothing chosen.
+TEST_F(FilePickerTest, TheEmptyLastProjectRowChoosesNothing) {
+  Names projectRows;
+  bool diskShown = true;
+  script({[&] {
+            projectRows = rows(FPICK_PROJECTLIST);
+            diskShown = !child(FPICK_DISKLIST)->Invisible;
+            clickRow(projectRows.empty() ? "" : projectRows.back(), 1, FPICK_PROJECTLIST);
+          },
+          [&] { press(FPICK_ACCEPT); }});
+  fileNameType result;
+  EXPECT_FALSE(chooseFile(kDisplayComponents, result, nullptr, nullptr, nullptr, FALSE, FALSE));
+  ASSERT_FALSE(projectRows.empty());
+  EXPECT_EQ("", projectRows.back());
+  EXPECT_FALSE(diskShown);
+}
+
+// Find offers each match in an alert; Select takes it into the list.
+TEST_F(FilePickerTest, FindShowsTheMatchAndSelectTakesIt) {
+  mkdir((project + "/deep").c_str(), 0755);
+  mkdir((project + "/deep/er").c_str(), 0755);
+  touch(project + "/deep/er/target.flt");
+  std::string alertText, selection;
+  Names listed;
+  script({[&] { press(FPICK_FIND); },
+          [&] {
+            WinPtr alert = ALRTW_GetWin();
+            if (!alert) return;
+            alertText = TAREA_GetText(reinterpret_cast<TAreaPtr>(
+                WGT_FromRes(RES_GetNthChild(WGT_Res(WIN_Wgt(alert)), ALRTW_TEXT))));
+            driver_->key(XK_Return);  // Select
+          },
+          [&] {
+            selection = field(FPICK_SELECTION);
+            listed = rows();
+            press(FPICK_ACCEPT);
+          }});
+  fileNameType result;
+  EXPECT_TRUE(chooseFile(kDisplayFiles, result, nullptr, nullptr, "*.flt", TRUE, FALSE));
+  EXPECT_EQ("Found " + project + "/deep/er/target.flt", alertText);
+  EXPECT_EQ(project + "/deep/er/target.flt", selection);
+  EXPECT_EQ((Names{".", "..", "target.flt"}), listed);
+  EXPECT_EQ(project + "/deep/er/target.flt", std::string(result));
+}
+
+}  // namespace

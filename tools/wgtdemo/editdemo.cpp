@@ -1,0 +1,33 @@
+// The editor window of the demo.
+#include "tools/wgtdemo/editdemo.h"
+
+#include <cstdio>
+
+#include "toolkit/tbut.h"
+#include "toolkit/ted.h"
+
+namespace {
+
+enum { kName = 0, kPort = 1, kNotes = 2, kOk = 3 };
+
+WgtPtr child(WinPtr win, Int n) { return WGT_FromRes(RES_GetNthChild(WGT_Res(WIN_Wgt(win)), n)); }
+
+// Return in a field prints what it holds; the port must be a number.
+long fieldNfy(ResPtr res, Int message, ClientPtr data) {
+  if (message == TED_NFYVALIDATE) {
+    TEdPtr ted = TED_FromWgt(WGT_FromRes(res));
+    std::printf("%s: %s\n", TED_GetLabel(ted), TED_GetStr(ted));
+    std::fflush(stdout);
+  }
+  return TED_DefNfy(res, message, data);
+}
+
+}  // namespace
+
+WinPtr LoadEditDemo() {
+  WinPtr win = WIN_Load("wgtdemo", "EditWindow");
+  WIN_Init(win);
+  for (Int i : {kName, kPort}) RES_SetNfyProcDS(WGT_Res(child(win, i)), fieldNfy, nullptr);
+  WGT_GainFocus(child(win, kName));
+  return win;
+}
