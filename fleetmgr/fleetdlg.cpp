@@ -11,6 +11,7 @@
 #include "fleetmgr/registry.h"
 #include "shared/alert.h"
 #include "shared/errors.h"
+#include "shared/ui/help.h"
 #include "shared/utils.h"
 #include "toolkit/tbut.h"
 #include "toolkit/winpub.h"
@@ -285,9 +286,8 @@ WinPtr windowOfWidget(ResPtr res) {
 }
 
 long fleetWindowNfy(ResPtr win, Int message, ClientPtr data, const char* helpKey) {
-  // The help manager is not in this tool yet: no key is taken as a help
-  // request, and every key goes on to the window.
-  (void)helpKey;
+  if (message == WGT_NFYKEYCHAR && gHelpManager && gHelpManager->checkHelpKey(helpKey, WIN_FromRes(win), nullptr))
+    return 0;
   return WIN_DefNfy(win, message, data);
 }
 
