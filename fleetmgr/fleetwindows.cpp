@@ -1,5 +1,4 @@
-// What the fleet windows share, and those not built yet, which say through
-// the alert that they are not available.
+// What the fleet windows share.
 #include "fleetmgr/fleetwindows.h"
 
 #include <cstdint>
@@ -7,23 +6,12 @@
 #include <vector>
 
 #include "fleetmgr/fleetmgr.h"
-#include "shared/alert.h"
 #include "shared/ui/filepick.h"
 #include "toolkit/icon.h"
 #include "toolkit/pfld.h"
 #include "toolkit/rclas.h"
 #include "toolkit/winpub.h"
 
-const char* const kWindowNotAvailableText = "This window is not available in this version of the Fleet Manager.";
-
-namespace {
-
-void windowNotAvailable(const char* title) {
-  displayAlertWindow(kWindowNotAvailableText, kAlertInformation, title, nullptr, nullptr, nullptr, TRUE,
-                     nullptr);
-}
-
-}  // namespace
 
 Boolean chooseFleetDirectory(char* directory, size_t size) {
   if (!directory || size == 0) return FALSE;
@@ -39,8 +27,6 @@ void terminateFleetWindow(WinPtr win) {
   reinterpret_cast<ResPtr>(win)->ClientData = nullptr;
   WIN_TerminateGetStatus(win);
 }
-
-void FleetObject::createFleetSettingsDialog() { windowNotAvailable("Fleet Settings"); }
 
 void setFleetWindowIcon(WinPtr win) {
   ResPtr icon = gFleetMgrIcon;

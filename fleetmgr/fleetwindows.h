@@ -1,11 +1,7 @@
 // The windows that the fleet commands open: the settings window, the four
 // option dialogs, the status window and the directory picker of "New
-// Fleet".
-//
-// Those not built yet (the settings window) tell the
-// user through the alert that the window is not available and open
-// nothing; the command that called them has done everything before the
-// window all the same.
+// Fleet".  The settings window and its dialogs are in settings.h and
+// fleetdlg_add.h.
 #ifndef OWB_FLEETMGR_FLEETWINDOWS_H
 #define OWB_FLEETMGR_FLEETWINDOWS_H
 
@@ -33,7 +29,5 @@ void terminateFleetWindow(WinPtr win);
 // and status windows carry it).  Nothing happens without the icon.
 void setFleetWindowIcon(WinPtr win);
 
-// The text with which the functions above say that their window is missing.
-extern const char* const kWindowNotAvailableText;
 
 #endif  // OWB_FLEETMGR_FLEETWINDOWS_H

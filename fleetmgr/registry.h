@@ -47,6 +47,9 @@ class EngineObject : public Item {
 
   // The configuration's label ("" when there is none).
   const char* label() const;
+  // Pushes the engine's values into the settings window (settingswin.cpp);
+  // FALSE when no folder tab is on.
+  Boolean drawSettings(WinPtr fleetSettingsWindow);
 
   long port;  // the debugger port announced to the Tool Manager; 0 when unknown
   EngineConfiguration* engConfig;
@@ -93,6 +96,11 @@ class FleetObject : public Item {
   // until the windows are built); a window file adds its own create... here.
   void createFleetSettingsDialog();
   void createFleetStatusWindow();
+  // The settings window (settingswin.cpp): push the fleet's values into
+  // its widgets (TRUE), and show or hide its detail panel; both do nothing
+  // without the window.
+  Boolean drawSettings();
+  void setFleetSettingsDetail(Boolean showDetail);
 
   Boolean showMoreDetail;
   WinPtr fleetSettingsWindow;

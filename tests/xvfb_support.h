@@ -21,6 +21,7 @@
 #include <unistd.h>
 
 #include <chrono>
+#include <cstdio>
 #include <cstdlib>
 #include <string>
 #include <thread>
@@ -97,8 +98,22 @@ class XvfbServer {
   std::string display_;
 };
 
+// OWB_XVFB_SCREEN ("WIDTHxHEIGHT") gives the server another screen size,
+// for pictures of large windows at 200%.
 inline XvfbServer& sharedXvfb() {
-  static XvfbServer server;
+  static int width = 1024, height = 768;
+  static bool sized = [] {
+    if (const char* size = std::getenv("OWB_XVFB_SCREEN")) {
+      int w = 0, h = 0;
+      if (std::sscanf(size, "%dx%d", &w, &h) == 2 && w >= 640 && h >= 480 && w <= 8192 && h <= 8192) {
+        width = w;
+        height = h;
+      }
+    }
+    return true;
+  }();
+  (void)sized;
+  static XvfbServer server(width, height);
   return server;
 }
 

@@ -53,6 +53,14 @@ inline long recordAlert(const char* text, long type, const char* title, const ch
   return alertAnswer();
 }
 
+// The labels of a fleet's engines in list order.
+inline std::vector<std::string> engineLabels(FleetObject* fleet) {
+  std::vector<std::string> labels;
+  for (long i = 0; i < fleet->engineList.totalElements; ++i)
+    labels.push_back(static_cast<EngineObject*>(fleet->engineList.get(i))->label());
+  return labels;
+}
+
 class ToolTest : public ::testing::Test {
  protected:
   void SetUp() override {

@@ -16,12 +16,7 @@ namespace {
 
 using fmtest::ToolTest;
 
-std::vector<std::string> engineLabels(FleetObject* fleet) {
-  std::vector<std::string> labels;
-  for (long i = 0; i < fleet->engineList.totalElements; ++i)
-    labels.push_back(static_cast<EngineObject*>(fleet->engineList.get(i))->label());
-  return labels;
-}
+using fmtest::engineLabels;
 
 TEST_F(ToolTest, FleetFromDefinitionTakesPortsFromStartupAndAnnouncesThem) {
   std::string dir = writeFleet("harbour", {
