@@ -2,6 +2,7 @@
 #include "fleetmgr/toolservices.h"
 
 #include "fleetmgr/toolmsgs.h"
+#include "shared/ui/help.h"
 #include "shared/prefman.h"
 
 void startToolPreferences() { gPreferencesManager = new PrefMan(kFleetToolType); }
@@ -11,5 +12,6 @@ void endToolPreferences() {
   gPreferencesManager = nullptr;
 }
 
-// The help manager is not in this build yet (see the header).
-void startToolHelp() {}
+// Made last in the start-up, after the registration with the Tool Manager,
+// so that the Tool Manager knows the tool when HGDM arrives.
+void startToolHelp() { gHelpManager = new HelpManager(FALSE, nullptr); }

@@ -1,5 +1,6 @@
 # The demo installation's files beside its programs: lib/ (boot scripts and
-# configuration files) and the helper scripts of bin/, copied from
+# configuration files), the helper scripts of bin/ and the help documents of
+# help/ (found by the Tool Manager on its search path), copied from
 # resources/owb/.  The target owb_install_tree stands for the whole tree,
 # programs included; the test and benchmark programs that start fleet
 # processes depend on it.
@@ -9,7 +10,14 @@ set(_owb_tree_files
   lib/engplace.cfg
   lib/debug.cfg
   bin/bgterm
-  bin/placemon)
+  bin/placemon
+  bin/helpview
+  help/help.css
+  help/user.html
+  help/userGuide.html
+  help/classes.html
+  help/developer.html
+  help/wandercode.html)
 set(_owb_tree_outputs)
 foreach(_f ${_owb_tree_files})
   add_custom_command(
@@ -27,7 +35,7 @@ endif()
 
 # The test programs are defined after this file, hence the deferred call.
 function(owb_tests_need_install_tree)
-  foreach(_t fleet_tests tools_tests bench_fleetops)
+  foreach(_t fleet_tests tools_tests shared_ui_tests bench_fleetops)
     if(TARGET ${_t})
       add_dependencies(${_t} owb_install_tree)
     endif()

@@ -22,6 +22,7 @@ namespace {
 
 void (*sWindowSideStart)(int listenerPort) = nullptr;
 void (*sWindowSideEnd)() = nullptr;
+void (*gWindowSideCleanUp)() = nullptr;
 
 // The log is opened early, among the first descriptors; the scan for it
 // stops here.
@@ -49,6 +50,7 @@ void setWindowSideHooks(void (*start)(int listenerPort), void (*end)()) {
   sWindowSideStart = start;
   sWindowSideEnd = end;
 }
+void setWindowSideCleanUp(void (*cleanUp)()) { gWindowSideCleanUp = cleanUp; }
 
 // Opens the log in the preferences directory.  Only the Tool Manager (a
 // listener port other than 0) empties a log grown past gMaxOWBLogSize; no
@@ -129,6 +131,7 @@ void cleanUpGlobals() {
   gMessageCenter = nullptr;
   delete[] gToolName;
   gToolName = nullptr;
+  if (gWindowSideCleanUp) gWindowSideCleanUp();
   if (gOWBLogStream) {
     gOWBLogStream->close();
     delete gOWBLogStream;

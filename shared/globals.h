@@ -42,7 +42,10 @@ void readOwbDirectory();
 // windows installs them through initializeGlobals; null by default.
 void setWindowSideHooks(void (*start)(int listenerPort), void (*end)());
 
-// Deletes what initializeToolGlobals made, in reverse dependence order.
+// Deletes what initializeToolGlobals made, in reverse dependence order;
+// after the tool's name it runs the window side's clean-up, if one is
+// installed (the help manager's, which the core cannot delete itself).
 void cleanUpGlobals();
+void setWindowSideCleanUp(void (*cleanUp)());
 
 #endif  // OWB_SHARED_GLOBALS_H

@@ -45,6 +45,8 @@ int64_t DSPLY_Now();
 
 // Top-level windows.  The box is the client area in screen coordinates.
 NatWinId DSPLY_NewWin(const _Rect16Rec& box, const char* label, ColorPtr background);
+// A pop-up window (a menu): not decorated or placed by the window manager.
+NatWinId DSPLY_NewPopupWin(const _Rect16Rec& box, ColorPtr background);
 void DSPLY_DisposeWin(NatWinId win);
 void DSPLY_ShowWin(NatWinId win);
 void DSPLY_HideWin(NatWinId win);
@@ -88,6 +90,9 @@ bool DSPLY_QueryWinBox(NatWinId win, _Rect16Rec* box);
 bool DSPLY_QueryPointer(_Point16Rec* abs, NatWinId* win, _Point16Rec* winLoc, unsigned* mods);
 void DSPLY_GrabPointer(NatWinId win);
 void DSPLY_UngrabPointer();
+// Every key goes to the window until the grab ends (an open menu's keys).
+void DSPLY_GrabKeyboard(NatWinId win);
+void DSPLY_UngrabKeyboard();
 
 // Input.
 enum DsplyEvKindEnum {

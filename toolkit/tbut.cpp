@@ -66,16 +66,6 @@ void S_SetPressedSelected(TButPtr b, BoolEnum pressed, BoolEnum selected) {
   redraw(b);
 }
 
-void drawCheckMark(DrawPtr d, const _Rect16Rec& box, ColorPtr color) {
-  int x = box.Origin.X, y = box.Origin.Y, s = box.Extent.X;
-  PenPtr pen = PEN_New(px(2) < 2 ? 2 : px(2), PEN_STYLESOLID);
-  _Point16Rec pts[3] = {{static_cast<int16_t>(x + s * 3 / 14), static_cast<int16_t>(y + s * 7 / 14)},
-                        {static_cast<int16_t>(x + s * 6 / 14), static_cast<int16_t>(y + s * 10 / 14)},
-                        {static_cast<int16_t>(x + s * 11 / 14), static_cast<int16_t>(y + s * 4 / 14)}};
-  DRAW_Lines(d, pts, 3, color, pen);
-  PEN_Dispose(pen);
-}
-
 void S_DrawFace(TButPtr b, DrawPtr d) {
   WgtPtr w = W(b);
   _Rect16Rec r = RECT16_Make(0, 0, w->Box.Extent.X, w->Box.Extent.Y);
@@ -120,7 +110,7 @@ void S_DrawMark(TButPtr b, DrawPtr d, Int look) {
   if (look == TBUT_STYLECHECK) {
     DRAW_FillRect(d, m, on && enabled ? COLOR_Accent() : on ? COLOR_LightGray() : pressed ? COLOR_Pressed() : COLOR_Face());
     DRAW_FrameRect(d, m, on && enabled ? COLOR_Accent() : edge, PEN_Solid());
-    if (on) drawCheckMark(d, m, COLOR_White());
+    if (on) TButDrawCheckMark(d, m, COLOR_White());
   } else {
     DRAW_FillEllipse(d, m, pressed ? COLOR_Pressed() : COLOR_Face());
     PenPtr ring = PEN_New(on ? px(2) : px(1), PEN_STYLESOLID);
@@ -442,6 +432,17 @@ void TBUT_VisualEffect(TButPtr but, Int effect) {
     default:
       break;
   }
+}
+
+// The check mark of the look, in a square box.
+void TButDrawCheckMark(DrawPtr d, const _Rect16Rec& box, ColorPtr color) {
+  int x = box.Origin.X, y = box.Origin.Y, s = box.Extent.X;
+  PenPtr pen = PEN_New(px(2) < 2 ? 2 : px(2), PEN_STYLESOLID);
+  _Point16Rec pts[3] = {{static_cast<int16_t>(x + s * 3 / 14), static_cast<int16_t>(y + s * 7 / 14)},
+                        {static_cast<int16_t>(x + s * 6 / 14), static_cast<int16_t>(y + s * 10 / 14)},
+                        {static_cast<int16_t>(x + s * 11 / 14), static_cast<int16_t>(y + s * 4 / 14)}};
+  DRAW_Lines(d, pts, 3, color, pen);
+  PEN_Dispose(pen);
 }
 
 // --- Geometry of the look ------------------------------------------------------------------

@@ -90,5 +90,7 @@ _Point16Rec TButQueryLabelExt(TButPtr but);
 _Rect16Rec TButQueryCheckRadioBox(TButPtr but);
 _Rect16Rec TButQueryLabelBox(TButPtr but);
 Int TButMinWidth(TButPtr but);
+// The look's check mark in a square box (check boxes, checked menu items).
+void TButDrawCheckMark(DrawPtr draw, const _Rect16Rec& box, ColorPtr color);
 
 #endif  // OWB_TOOLKIT_TBUT_H

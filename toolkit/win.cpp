@@ -11,6 +11,7 @@
 #include "toolkit/err.h"
 #include "toolkit/evctx.h"
 #include "toolkit/eventpriv.h"
+#include "toolkit/mbar.h"
 #include "toolkit/pfld.h"
 #include "toolkit/tarea.h"
 #include "toolkit/tbut.h"
@@ -30,6 +31,7 @@ _PFldRec sWinFields[] = {WIN_FIELD("Mode", Mode, PFLD_INT16, PFLD_KINDVALUE),
                          WIN_FIELD("MaxWidth", MaxWidth, PFLD_INT16, PFLD_KINDGEOMETRY),
                          WIN_FIELD("MaxHeight", MaxHeight, PFLD_INT16, PFLD_KINDGEOMETRY),
                          WIN_FIELD("IconLabel", IconLabel, PFLD_VSTR, PFLD_KINDTEXT),
+                         WIN_FIELD("MenuBar", MenuBar, PFLD_RES0, PFLD_KINDVALUE),
                          WIN_FIELD("FrameLeft", FrameLeft, PFLD_INT16, PFLD_KINDGEOMETRY),
                          WIN_FIELD("FrameRight", FrameRight, PFLD_INT16, PFLD_KINDGEOMETRY),
                          WIN_FIELD("FrameTop", FrameTop, PFLD_INT16, PFLD_KINDGEOMETRY),
@@ -88,7 +90,10 @@ void S_ClampExtent(WinPtr win, _Rect16Rec* box) {
 
 void ensureNative(WinPtr win) {
   if (win->NatWin || !DSPLY_IsOpen()) return;
-  win->NatWin = DSPLY_NewWin(W(win)->Box, PANEL_GetLabel(WIN_Panel(win)), WGT_GetBgColor(W(win)));
+  // A pop-up (a pull-down menu) is a window the window manager leaves alone.
+  win->NatWin = (win->OptFlags & WIN_OPTPOPUP)
+                    ? DSPLY_NewPopupWin(W(win)->Box, WGT_GetBgColor(W(win)))
+                    : DSPLY_NewWin(W(win)->Box, PANEL_GetLabel(WIN_Panel(win)), WGT_GetBgColor(W(win)));
   if (!win->NatWin) return;
   sByNatWin[win->NatWin] = win;
   DSPLY_SetWinMinMax(win->NatWin, _Point16Rec{win->MinWidth, win->MinHeight},
@@ -319,7 +324,8 @@ void WIN_InstallClass() {
 
 void WIN_InitClass() {}
 
-long WIN_DefNfy(ResPtr res, Int message, ClientPtr data) {
+namespace {
+long S_WinDefNfy(ResPtr res, Int message, ClientPtr data) {
   WinPtr win = WIN_FromRes(res);
   switch (message) {
     case WGT_NFYINIT:
@@ -363,10 +369,23 @@ long WIN_DefNfy(ResPtr res, Int message, ClientPtr data) {
       if (!sRefused) WIN_SelfTerminate(win);
       return 0;
     case WIN_NFYCONFIGURING:
+    case WIN_NFYSELMENUBAR:
       return 0;
     default:
       return PANEL_DefNfy(res, message, data);
   }
+}
+}  // namespace
+
+// The menu bar, when the window has one, takes its part before and after
+// the window's own handling.
+long WIN_DefNfy(ResPtr res, Int message, ClientPtr data) {
+  WinPtr win = WIN_FromRes(res);
+  if (!win->MenuBar) return S_WinDefNfy(res, message, data);
+  if (MBarWinBefore(win, message, data)) return 0;
+  long result = S_WinDefNfy(res, message, data);
+  MBarWinAfter(win, message, data);
+  return result;
 }
 
 void WIN_Describe(WgtPtr wgt, AutomDesc* desc) { AUTOM_SetText(desc, WIN_GetLabel(WIN_FromRes(WGT_Res(wgt)))); }

@@ -72,7 +72,9 @@ enum ENUM_WinStateEnum {
 
 // Window Mode 2 and OptFlags bit 1: shown without being activated.
 enum { WIN_MODENOACTIVATE = 2 };
-enum { WIN_OPTNOACTIVATE = 1, WIN_OPTCENTER = 2 };
+enum { WIN_OPTNOACTIVATE = 1, WIN_OPTCENTER = 2, WIN_OPTNOMENUBAR = 4, WIN_OPTPOPUP = 0x100 };
+// The widget messages under the window's prefix.
+enum { WIN_NFYKEYCHAR = WGT_NFYKEYCHAR };
 
 struct _PanelObj {
   _WgtObj Wgt;

@@ -38,6 +38,7 @@ using owbtest::startProgram;
 // What the test tool's handlers saw.
 struct Seen {
   std::string commandLabel, commandFile, helpViewer, helpLabel, helpDocument;
+  int helpItems = 0;
   int quits = 0;
 } gSeen;
 
@@ -81,6 +82,7 @@ ErrorCode helpItem(Message* message, Message*) {
   gSeen.helpLabel = text;
   message->getStringParam(1, text, sizeof text);
   gSeen.helpDocument = text;
+  gSeen.helpItems++;
   return kNoError;
 }
 
@@ -377,7 +379,9 @@ TEST_F(ToolmanTest, UserCommandsReachTheTool) {
   EXPECT_EQ(stringParam(fleets.get(), 1), project + "/a.flt");
 
   tell(new Message(OWB_TYPE("HGDM"), nullptr));
-  for (int turn = 0; turn < 100 && gSeen.helpDocument.empty(); ++turn) serveFor(1);
+  // The four default documents come first, then those of --help-item.
+  for (int turn = 0; turn < 100 && gSeen.helpItems < 5; ++turn) serveFor(1);
+  EXPECT_EQ(gSeen.helpItems, 5);
   EXPECT_EQ(gSeen.helpViewer, "myviewer");
   EXPECT_EQ(gSeen.helpLabel, "Guide");
   EXPECT_EQ(gSeen.helpDocument, "/doc/guide.html");

@@ -202,6 +202,22 @@ NatWinId DSPLY_NewWin(const _Rect16Rec& box, const char* label, ColorPtr backgro
   return static_cast<NatWinId>(win);
 }
 
+NatWinId DSPLY_NewPopupWin(const _Rect16Rec& box, ColorPtr background) {
+  if (!gX.dpy) return 0;
+  XSetWindowAttributes attrs{};
+  attrs.background_pixel = X11Pixel(background ? background : COLOR_Face());
+  attrs.border_pixel = X11Pixel(COLOR_Border());
+  attrs.override_redirect = True;
+  attrs.save_under = True;
+  attrs.event_mask = ExposureMask | ButtonPressMask | ButtonReleaseMask | PointerMotionMask | StructureNotifyMask;
+  unsigned w = static_cast<unsigned>(box.Extent.X > 0 ? box.Extent.X : 1);
+  unsigned h = static_cast<unsigned>(box.Extent.Y > 0 ? box.Extent.Y : 1);
+  Window win = XCreateWindow(gX.dpy, gX.root, box.Origin.X, box.Origin.Y, w, h, 0, gX.depth, InputOutput, gX.visual,
+                             CWBackPixel | CWBorderPixel | CWOverrideRedirect | CWSaveUnder | CWEventMask, &attrs);
+  gOurWins.insert(win);
+  return static_cast<NatWinId>(win);
+}
+
 void DSPLY_DisposeWin(NatWinId win) {
   if (!gX.dpy || !gOurWins.count(win)) return;
   X11ForgetWinDraw(win);
@@ -505,6 +521,14 @@ void DSPLY_GrabPointer(NatWinId win) {
 
 void DSPLY_UngrabPointer() {
   if (gX.dpy) XUngrabPointer(gX.dpy, CurrentTime);
+}
+
+void DSPLY_GrabKeyboard(NatWinId win) {
+  if (gX.dpy && win) XGrabKeyboard(gX.dpy, win, False, GrabModeAsync, GrabModeAsync, CurrentTime);
+}
+
+void DSPLY_UngrabKeyboard() {
+  if (gX.dpy) XUngrabKeyboard(gX.dpy, CurrentTime);
 }
 
 bool DSPLY_CaptureWin(NatWinId win, int* width, int* height, std::vector<uint8_t>* rgb) {

@@ -238,6 +238,8 @@ bool translate(XEvent* xe, _DsplyEventRec* ev) {
     case FocusIn:
     case FocusOut:
       if (xe->xfocus.detail == NotifyPointer || xe->xfocus.detail == NotifyInferior) return false;
+      // A keyboard grab of our own (an open menu) moves no focus.
+      if (xe->xfocus.mode == NotifyGrab || xe->xfocus.mode == NotifyUngrab) return false;
       ev->Kind = xe->type == FocusIn ? DSPLY_EVFOCUSIN : DSPLY_EVFOCUSOUT;
       return true;
     case ClientMessage:

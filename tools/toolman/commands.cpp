@@ -203,6 +203,15 @@ ErrorCode showHelp(const Words&, std::ostringstream& out) {
   return kNoError;
 }
 
+// Where RSLV finds a name on the search path.
+ErrorCode resolveName(const Words& words, std::ostringstream& out) {
+  if (words.size() < 2) return fail(out, "missing arguments; try help");
+  std::string full = gToolManState.resolve(words[1]);
+  if (full.empty()) return fail(out, words[1] + " is not on the search path");
+  out << full << "\n";
+  return kNoError;
+}
+
 struct CommandEntry {
   const char* name;
   ErrorCode (*run)(const Words&, std::ostringstream&);
@@ -214,7 +223,8 @@ const CommandEntry kCommands[] = {
     {"places", listPlaces},   {"status", showStatus},        {"rescan", rescanProject},
     {"cmd", chooseCommand},   {"idfl", identifyFile},        {"quit", sendPlainMessage},
     {"show", sendPlainMessage}, {"hide", sendPlainMessage},  {"cwin", sendPlainMessage},
-    {"tickle", tickleTool},   {"project", changeProject},    {"exit", endToolMan},
+    {"tickle", tickleTool},   {"resolve", resolveName},      {"project", changeProject},
+    {"exit", endToolMan},
 };
 
 }  // namespace
@@ -362,6 +372,7 @@ const char* commandHelpText() {
          "  hide TOOL             send HIDE\n"
          "  cwin TOOL             send CWIN\n"
          "  tickle TOOL           probe TOOL's listener; forget it when it is gone\n"
+         "  resolve NAME          the full path RSLV gives for NAME, from the search path\n"
          "  exit                  end toolman\n"
          "  help                  this text\n"
          "Relative FILE names are taken inside the project directory.\n";

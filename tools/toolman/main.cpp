@@ -9,6 +9,7 @@
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
+#include <filesystem>
 #include <iostream>
 #include <memory>
 #include <string>
@@ -21,6 +22,7 @@
 #include "places.h"
 #include "print.h"
 #include "shared/globals.h"
+#include "shared/helpdefaults.h"
 #include "shared/messages.h"
 #include "shared/tcpxport.h"
 #include "shared/utils.h"
@@ -44,8 +46,8 @@ volatile sig_atomic_t gEndSignal = 0;
 const char* usageText() {
   return "Usage:\n"
          "  toolman [--port N] [--project DIR] [--help-viewer PROGRAM]\n"
-         "          [--help-item LABEL=DOCUMENT]... [--quiet] [--listen-any]\n"
-         "          [--window]\n"
+         "          [--help-item LABEL=DOCUMENT]... [--search DIR]... [--quiet]\n"
+         "          [--listen-any] [--window]\n"
          "  toolman [--port N] --send LINE [--send LINE]...\n"
          "  toolman --help\n"
          "\n"
@@ -62,12 +64,14 @@ const char* usageText() {
          "announced, the project's files (DIR, default the current directory,\n"
          "read at start and by `rescan`, plus ADDF less REMF), window places\n"
          "given back by UWIN and handed out by GWIN, the file picker's last\n"
-         "directory, and the search path of RSLV (the project, then each ADGP\n"
-         "directory).  HGDM is answered with HDTM (the help viewer, default\n"
-         "netscape) and one HMEM per --help-item.  The tables are bounded (128\n"
-         "tools of 64 commands, 512 engines, 20000 files, 64 search directories,\n"
-         "32 places of each of 64 window types); a registration past a bound is\n"
-         "refused, and of one window type the oldest place goes.\n"
+         "directory, and the search path of RSLV (the project, each --search DIR,\n"
+         "$OWB/help where the installation keeps its help documents, then each\n"
+         "ADGP directory).  HGDM is answered with HDTM (the help viewer, default\n"
+         "netscape) and one HMEM per help item: the four default documents, then\n"
+         "each --help-item.  The tables are bounded (128 tools of 64 commands,\n"
+         "512 engines, 20000 files, 64 search directories, 32 places of each of\n"
+         "64 window types); a registration past a bound is refused, and of one\n"
+         "window type the oldest place goes.\n"
          "\n"
          "Window places are kept across runs in $HOME/.owb/owbplaces.\n"
          "\n"
@@ -209,6 +213,10 @@ int runToolManager(int port, const std::string& projectDirectory, bool withWindo
 
   gToolManState.projectDirectory = projectDirectory;
   gToolManState.scanProject();
+  // The installation's help documents are found by name, as the tools ask.
+  if (const char* owb = std::getenv("OWB"))
+    if (*owb && std::filesystem::is_directory(std::string(owb) + "/help"))
+      gToolManState.addSearchDirectory(std::string(owb) + "/help");
 
   WindowSide side;
   if (withWindow) {
@@ -306,6 +314,9 @@ int main(int argc, char** argv) {
   std::string project = ".";
   bool withWindow = false;
   std::vector<std::string> sends;
+  // The help menu's documents: the defaults, then each --help-item.
+  gToolManState.helpViewer = kDefaultHelpViewer;
+  for (const HelpDocument& d : kDefaultHelpDocuments) gToolManState.helpItems.emplace_back(d.label, d.document);
   for (int i = 1; i < argc; ++i) {
     std::string option = argv[i];
     bool hasValue = i + 1 < argc;
@@ -329,6 +340,16 @@ int main(int argc, char** argv) {
         return 2;
       }
       gToolManState.helpItems.emplace_back(item.substr(0, equals), item.substr(equals + 1));
+    } else if (option == "--search" && hasValue) {
+      std::string directory = absoluteDirectory(argv[++i]);
+      if (directory.empty()) {
+        std::cerr << "toolman: no directory " << argv[i] << " for --search\n";
+        return 2;
+      }
+      if (!gToolManState.addSearchDirectory(directory)) {
+        std::cerr << "toolman: too many --search directories\n";
+        return 2;
+      }
     } else if (option == "--send" && hasValue) {
       sends.push_back(argv[++i]);
     } else if (option == "--quiet") {

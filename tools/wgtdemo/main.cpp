@@ -1,4 +1,5 @@
-// Shows the toolkit's test window (wgtdemo.TestWindow from wgtdemo.dat).
+// Shows the toolkit's test window (wgtdemo.TestWindow from wgtdemo.dat),
+// with a menu bar (tools/wgtdemo/menus.h).
 //
 //   wgtdemo                 runs until the window is closed, OK or Cancel
 //   wgtdemo --png FILE      shows it, saves it as a PNG file and ends
@@ -23,6 +24,7 @@
 #include "toolkit/tbut.h"
 #include "toolkit/winpub.h"
 #include "tools/wgtdemo/listdemo.h"
+#include "tools/wgtdemo/menus.h"
 
 namespace {
 
@@ -41,6 +43,11 @@ long buttonNfy(ResPtr res, Int message, ClientPtr data) {
 
 long windowNfy(ResPtr res, Int message, ClientPtr data) {
   if (message == WIN_NFYTERMINATED) gDone = true;
+  bool close = false;
+  if (handleDemoMenus(WIN_FromRes(res), message, &close)) {
+    if (close) WIN_TerminateGetStatus(WIN_FromRes(res));
+    return 0;
+  }
   return WIN_DefNfy(res, message, data);
 }
 
@@ -88,6 +95,7 @@ int main(int argc, char** argv) {
     win = LoadListDemo();
   } else {
     win = WIN_Load("wgtdemo", "TestWindow");
+    addDemoMenus(win);
     WIN_Init(win);
     setAllNfy(WIN_Panel(win));
     WGT_Disable(WGT_FromRes(RES_GetNthChild(WGT_Res(WIN_Wgt(win)), 6)));
@@ -106,6 +114,7 @@ int main(int argc, char** argv) {
     if (!ok) std::fprintf(stderr, "wgtdemo: %s\n", DSPLY_GetLastError());
     WIN_TerminateGetStatus(win);
     EVENT_Update();
+    endDemoMenus();
     GW_LibExit();
     return ok ? 0 : 1;
   }
@@ -114,6 +123,7 @@ int main(int argc, char** argv) {
     EVENT_UpdateCursor();
     DSPLY_WaitForInput(50);
   }
+  endDemoMenus();
   GW_LibExit();
   return 0;
 }
