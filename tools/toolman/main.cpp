@@ -5,6 +5,7 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include <chrono>
 #include <climits>
 #include <cstdio>
 #include <cstdlib>
@@ -167,6 +168,9 @@ void setResourcePath() {
 
 // Time given to IDFL questions in a turn of the window's loop.
 constexpr int kIdentifyBudgetMs = 10;
+// Every so often one registered tool is probed, in turn, so that the menus
+// drop a tool that ended without a word.
+constexpr auto kProbeInterval = std::chrono::seconds(2);
 
 // The window's part of a turn: its events, the changes on disk, one IDFL
 // question, and the programs started from the Tools menu that ended.
@@ -176,6 +180,25 @@ struct WindowSide {
   std::string watchedProject;
   uint64_t identifiedAt = ~uint64_t(0);
   bool identifyMore = true;
+  std::chrono::steady_clock::time_point nextProbe = std::chrono::steady_clock::now() + kProbeInterval;
+  int32_t lastProbed = 0;
+
+  void probeOneTool() {
+    if (std::chrono::steady_clock::now() < nextProbe) return;
+    nextProbe = std::chrono::steady_clock::now() + kProbeInterval;
+    auto& tools = gToolManState.tools;
+    if (tools.empty()) return;
+    auto next = tools.upper_bound(lastProbed);
+    if (next == tools.end()) next = tools.begin();
+    lastProbed = next->first;
+    gMessageCenter->tickleTool(&next->second.info);
+    if (gMessageCenter->lastError != kNoError) {
+      std::string line = "toolman: " + toolDisplayName(next->second) + " does not answer; it is no longer registered";
+      std::cout << line << std::endl;
+      window->logLine(line);
+      gToolManState.forgetTool(lastProbed);
+    }
+  }
 
   bool turn() {
     if (gToolManState.projectDirectory != watchedProject) {
@@ -189,6 +212,7 @@ struct WindowSide {
       identifiedAt = gToolManState.revision;
       identifyMore = identifySomeFiles(kIdentifyBudgetMs);
     }
+    probeOneTool();
     while (waitpid(-1, nullptr, WNOHANG) > 0) {
     }
     return window->turn();

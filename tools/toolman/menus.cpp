@@ -101,9 +101,9 @@ MenuPtr toolsMenu() {
   MENU_CurSetSubMenu(menu, start);
   MENU_CurSetEnabled(menu, programs.empty() ? 0 : 1);
   RES_Release(MENU_Res(start));
-  addItem(menu, "&Rescan Project", MenuAction{MenuAction::kRescan});
+  addItem(menu, "&Rescan Project", MenuAction{MenuAction::kRescan, 0, ""});
   MENU_AddSeparator(menu);
-  addItem(menu, "E&xit Tool Manager", MenuAction{MenuAction::kExit});
+  addItem(menu, "E&xit Tool Manager", MenuAction{MenuAction::kExit, 0, ""});
   return menu;
 }
 
