@@ -21,6 +21,7 @@
 #include "shared/log.h"
 #include "shared/messages.h"
 #include "shared/tcpxport.h"
+#include "shared/utils.h"
 #include "tests/testsupport.h"
 #include "tests/xvfb_support.h"
 
@@ -129,7 +130,7 @@ BENCHMARK(BM_WindowOpenOnTenThousandFiles)->UseManualTime()->Iterations(5)->Unit
 // Set when the transport hands the CMDS over, before it is queued.
 bool gCommandReceived = false;
 void watchForCommand(const Message& message, void*) {
-  if (message.header.messageType == OWB_TYPE("CMDS")) gCommandReceived = true;
+  if (message.header.msgType == OWB_TYPE("CMDS")) gCommandReceived = true;
 }
 ErrorCode commandSelected(Message*, Message*) { return kNoError; }
 
@@ -165,6 +166,12 @@ void BM_MenuChoiceToCommandReceived(benchmark::State& state) {
   std::this_thread::sleep_for(std::chrono::milliseconds(500));  // the menus are built again
 
   owbtest::XTestDriver driver(DisplayString(s.dpy));
+  // A click on the project's label gives the window the keyboard.
+  int rootX = 0, rootY = 0;
+  Window child;
+  XTranslateCoordinates(s.dpy, win, DefaultRootWindow(s.dpy), 20, 45, &rootX, &rootY, &child);
+  driver.click(rootX, rootY);
+  std::this_thread::sleep_for(std::chrono::milliseconds(200));
   for (auto _ : state) {
     gCommandReceived = false;
     // Tools on its first item (the tool's sub-menu), the sub-menu, then the

@@ -219,6 +219,24 @@ struct WindowSide {
   }
 };
 
+// The window's loop serves messages without the center's fixed 50 ms wait:
+// queued messages are handled at once, then it waits for whichever comes
+// first, a connection, an X event or a line on standard input, so that a
+// key the user presses is handled as soon as it arrives.
+void serveMessagesAndWait(bool inputOpen) {
+  while (gMessageCenter->queue->messagesAvailable(kWildTypeIdent) > 0) {
+    Message* next = gMessageCenter->queue->dequeueMessage(kWildTypeIdent);
+    gMessageCenter->sendMessage(gMessageCenter->dispatchMessage(next));
+  }
+  auto* tcp = dynamic_cast<TCPTransport*>(gMessageCenter->transport);
+  int listener = tcp ? tcp->listenSocket : -1;
+  struct pollfd waits[3] = {{listener, POLLIN, 0}, {DSPLY_GetConnectionFd(), POLLIN, 0},
+                            {inputOpen ? STDIN_FILENO : -1, POLLIN, 0}};
+  if (DSPLY_Pending() > 0) return;
+  if (::poll(waits, 3, static_cast<int>(kPollWaitMicroseconds / 1000)) > 0 && (waits[0].revents & POLLIN))
+    gMessageCenter->poll();  // a connection waits: taken without a wait
+}
+
 int runToolManager(int port, const std::string& projectDirectory, bool withWindow) {
   startLog();
   gMessageCenter = new MessageCenter(port);
@@ -264,8 +282,12 @@ int runToolManager(int port, const std::string& projectDirectory, bool withWindo
   bool inputOpen = true;
   std::string pending;
   while (!gToolManShouldEnd && !gEndSignal) {
-    if (side.window && !side.turn()) break;
-    gMessageCenter->poll();
+    if (side.window) {
+      if (!side.turn()) break;
+      serveMessagesAndWait(inputOpen);
+    } else {
+      gMessageCenter->poll();
+    }
     serveStandardInput(&inputOpen, &pending);
   }
   // Answer what is still queued (the reply to a sent `exit`, for one).
