@@ -3,8 +3,13 @@
 // drives it with real pointer and key events.
 #include <gtest/gtest.h>
 
+#include <arpa/inet.h>
+#include <fcntl.h>
+#include <netinet/in.h>
 #include <sys/prctl.h>
+#include <sys/socket.h>
 #include <sys/wait.h>
+#include <unistd.h>
 
 #include <chrono>
 #include <map>
@@ -13,6 +18,10 @@
 #include <thread>
 #include <vector>
 
+#include "shared/globals.h"
+#include "shared/log.h"
+#include "shared/messages.h"
+#include "shared/utils.h"
 #include "tests/testsupport.h"
 #include "tests/xvfb_support.h"
 
@@ -184,7 +193,8 @@ TEST_F(ToolmanWindowTest, FleetStatusFromTheFileListAndQuitFromTheToolsMenu) {
   Window win = openToolman(port);
   ASSERT_NE(win, 0u) << readWholeFile(home.file("toolman.out"));
   std::vector<WidgetLine> lines = describe(dpy, win);
-  ASSERT_NE(fileCell(lines, "demo/demo.flt"), nullptr) << readWholeFile(home.file("toolman.out"));
+  ASSERT_TRUE(waitFor([&] { return fileCell(lines = describe(dpy, win), "demo/demo.flt") != nullptr; }))
+      << readWholeFile(home.file("toolman.out"));
   ASSERT_NE(fileCell(lines, "notes.txt"), nullptr);
 
   pid_t fleetmgr = start({owbtest::installTree() + "/bin/fleetmgr"}, "fleetmgr.out");
@@ -238,3 +248,91 @@ TEST_F(ToolmanWindowTest, FleetStatusFromTheFileListAndQuitFromTheToolsMenu) {
 }
 
 }  // namespace
+
+namespace {
+
+// A listener that takes connections into its backlog and never reads them:
+// a tool that hangs.
+int silentListener(int* port) {
+  int fd = socket(AF_INET, SOCK_STREAM, 0);
+  sockaddr_in address{};
+  address.sin_family = AF_INET;
+  address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
+  socklen_t length = sizeof address;
+  if (fd < 0 || bind(fd, reinterpret_cast<sockaddr*>(&address), sizeof address) != 0 || listen(fd, 64) != 0 ||
+      getsockname(fd, reinterpret_cast<sockaddr*>(&address), &length) != 0)
+    return -1;
+  *port = ntohs(address.sin_port);
+  return fd;
+}
+
+// A tool that registers with its listener at port and installs a command.
+void registerTool(int toolmanPort, int port, const char* name) {
+  if (!gToolName) {
+    gToolName = newStringCopy("silenttest");
+    openToolLog(false);
+  }
+  MessageCenter center;
+  ToolInfo toolman{};
+  toolman.listenerPort = toolmanPort;
+  ToolInfo me{};
+  std::snprintf(me.name, sizeof me.name, "%s", name);
+  me.toolType = OWB_TYPE("HANG");
+  me.listenerPort = port;
+  Message* regt = new Message(OWB_TYPE("REGT"), &toolman);
+  regt->addToolInfoParam(me);
+  regt->addStringParam(kParamStr255, "/bin/hang");
+  center.sendMessage(regt);
+}
+
+}  // namespace
+
+// A tool that never answers IDFL, and a project of odd names: the window
+// lists every file, stays usable while the question times out, and asks
+// the silent tool nothing more once it has let one question go unanswered.
+TEST_F(ToolmanWindowTest, ASilentToolAndOddNamesLeaveTheWindowUsable) {
+  const std::vector<std::string> odd = {"tab\tname.txt", std::string("caf\xe9.txt"), std::string(200, 'l') + ".txt",
+                                        "quote\"back\\slash.txt"};
+  for (const std::string& name : odd) owbtest::writeWholeFile(project + "/" + name, "x");
+  ASSERT_EQ(system(("mkdir -p " + project + "/zmany").c_str()), 0);
+  for (int i = 0; i < 3000; ++i) owbtest::writeWholeFile(project + "/zmany/f" + std::to_string(i) + ".dat", "");
+  env["OWB_TOOLMAN_IDFL_MS"] = "400";
+  int port = 31000 + static_cast<int>(getpid() % 3000) * 3 + 1;
+  Window win = openToolman(port);
+  ASSERT_NE(win, 0u) << readWholeFile(home.file("toolman.out"));
+  std::vector<WidgetLine> lines;
+  for (const char* shown : {"tab\\tname.txt", "caf\\xE9.txt", "quote\"back\\\\slash.txt"})
+    EXPECT_TRUE(waitFor([&] { return fileCell(lines = describe(dpy, win), shown) != nullptr; })) << shown;
+
+  owbtest::ScopedEnv homeEnv("HOME", home.path());
+  int silentPort = 0;
+  int silent = silentListener(&silentPort);
+  ASSERT_GE(silent, 0);
+  registerTool(port, silentPort, "Hanger");
+  // While the question waits for its answer, a click still selects.
+  const WidgetLine* first = nullptr;
+  for (const WidgetLine& line : lines)
+    if (line.path == "0/1,1") first = &line;
+  ASSERT_NE(first, nullptr);
+  auto clickTime = std::chrono::steady_clock::now();
+  clickAt(win, first->x + 10, first->y + first->h / 2);
+  ASSERT_TRUE(waitFor([&] {
+    for (const WidgetLine& line : describe(dpy, win))
+      if (line.path == first->path) return line.state.find('S') != std::string::npos;
+    return false;
+  }));
+  EXPECT_LT(std::chrono::steady_clock::now() - clickTime, std::chrono::seconds(2));
+  // One question went unanswered; no more are asked of the silent tool.
+  std::this_thread::sleep_for(std::chrono::milliseconds(1500));
+  int pending = 0;
+  fcntl(silent, F_SETFL, O_NONBLOCK);
+  for (;;) {
+    int connection = accept(silent, nullptr, nullptr);
+    if (connection < 0) break;
+    close(connection);
+    ++pending;
+  }
+  close(silent);
+  EXPECT_GE(pending, 1);
+  EXPECT_LE(pending, 4);  // the question, and the probes of a tool that is still there
+}
