@@ -564,3 +564,25 @@ TEST_F(ToolmanTest, ListensOnLoopbackAndBoundsItsTables) {
 }
 
 }  // namespace
+
+namespace {
+
+// `project DIR` moves the Tool Manager to another directory: the old
+// project's files go, files added by ADDF elsewhere stay; a directory that
+// is not there is refused and changes nothing.
+TEST_F(ToolmanTest, ProjectCommandMovesToAnotherDirectory) {
+  ASSERT_EQ(system(("mkdir -p " + home.path() + "/other && touch " + home.path() + "/other/o.txt").c_str()), 0);
+  Message* addFile = new Message(OWB_TYPE("ADDF"), nullptr);
+  addFile->addStringParam(kParamStr255, "/elsewhere/kept.txt");
+  tell(addFile);
+  auto moved = send({"project " + home.path() + "/other", "files"});
+  EXPECT_EQ(moved.first, 0) << moved.second;
+  EXPECT_NE(moved.second.find(home.path() + "/other/o.txt"), std::string::npos) << moved.second;
+  EXPECT_NE(moved.second.find("/elsewhere/kept.txt"), std::string::npos) << moved.second;
+  EXPECT_EQ(moved.second.find("a.flt"), std::string::npos) << moved.second;
+  auto refused = send({"project " + home.path() + "/missing"});
+  EXPECT_EQ(refused.first, 1);
+  EXPECT_NE(send({"status"}).second.find("project " + home.path() + "/other\n"), std::string::npos);
+}
+
+}  // namespace

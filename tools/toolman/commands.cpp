@@ -302,6 +302,11 @@ ErrorCode setProjectDirectory(const std::string& directory, std::string* report)
     *report += "error: " + std::string(resolved) + " is not a directory\n";
     return kOperationFailed;
   }
+  // The old project's files go with it; files added by ADDF elsewhere stay.
+  const std::string oldInside = gToolManState.projectDirectory + "/";
+  auto& files = gToolManState.files;
+  for (auto it = files.lower_bound(oldInside); it != files.end() && it->first.compare(0, oldInside.size(), oldInside) == 0;)
+    it = files.erase(it);
   gToolManState.projectDirectory = resolved;
   gToolManState.scanProject();
   *report += "project " + gToolManState.projectDirectory + ", " + std::to_string(gToolManState.files.size()) +

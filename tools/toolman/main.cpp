@@ -26,6 +26,7 @@
 #include "shared/helpdefaults.h"
 #include "shared/messages.h"
 #include "shared/tcpxport.h"
+#include "shared/ui/uiglobals.h"
 #include "shared/utils.h"
 #include "state.h"
 #include "toolkit/app.h"
@@ -267,6 +268,14 @@ int runToolManager(int port, const std::string& projectDirectory, bool withWindo
     GW_LibInstall();
     GW_LibLoadInit();
     std::string error = DSPLY_IsOpen() ? "" : DSPLY_GetLastError();
+    if (error.empty()) {
+      // The shared windows (the directory chooser, alerts) need the shared
+      // library and drawing objects, found where the toolkit's are.
+      std::snprintf(gResourcesDirectory, sizeof gResourcesDirectory, "%s/", std::getenv("ND_PATH"));
+      ERR_TRACEIN("ToolMan");
+      if (!ERR_TryRecoverFn(errTraceFrame, [] { loadSharedDrawingObjects(); }))
+        error = "cannot load the shared resource library from " + std::string(gResourcesDirectory);
+    }
     if (error.empty()) side.window.reset(ToolManWindow::open(&error));
     if (!side.window) {
       std::cerr << "toolman: no window: " << error << "\n";

@@ -13,6 +13,7 @@
 
 #include "commands.h"
 #include "shared/helpdefaults.h"
+#include "shared/ui/filepick.h"
 #include "shared/ui/help.h"
 #include "state.h"
 #include "toolkit/mbar.h"
@@ -26,7 +27,7 @@ constexpr const char* kHelpBarLabel = "&Help";
 
 // What a menu item does; items point at these through their client data.
 struct MenuAction {
-  enum Kind { kCommand, kToolMessage, kStart, kRescan, kExit } kind;
+  enum Kind { kCommand, kToolMessage, kStart, kChangeProject, kRescan, kExit } kind;
   int32_t toolPort = 0;
   std::string text;  // the command's label, the message, or the program's path
   int32_t requires = 0;
@@ -101,6 +102,7 @@ MenuPtr toolsMenu() {
   MENU_CurSetSubMenu(menu, start);
   MENU_CurSetEnabled(menu, programs.empty() ? 0 : 1);
   RES_Release(MENU_Res(start));
+  addItem(menu, "Change &Project...", MenuAction{MenuAction::kChangeProject, 0, ""});
   addItem(menu, "&Rescan Project", MenuAction{MenuAction::kRescan, 0, ""});
   MENU_AddSeparator(menu);
   addItem(menu, "E&xit Tool Manager", MenuAction{MenuAction::kExit, 0, ""});
@@ -271,6 +273,14 @@ bool toolMenuChosen(WinPtr win) {
     case MenuAction::kStart:
       startProgram(action->text);
       return true;
+    case MenuAction::kChangeProject: {
+      // The picker asks this Tool Manager for its directory and window
+      // place; messages to oneself are answered in place.
+      fileNameType chosen;
+      if (!chooseDirectory(chosen, "Project directory", nullptr, nullptr, TRUE) || !chosen[0]) return true;
+      setProjectDirectory(chosen, &report);
+      break;
+    }
     case MenuAction::kRescan:
       runCommandLine("rescan", &report);
       break;

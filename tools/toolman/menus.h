@@ -1,6 +1,7 @@
 // The Tool Manager window's menu bar: "Tools" first (each registered tool
 // with its port, and under it Quit, Show, Hide and Close Windows; the
-// programs of $OWB/bin to start; Rescan Project; Exit), then one menu per
+// programs of $OWB/bin to start; Change Project, through the directory
+// chooser; Rescan Project; Exit), then one menu per
 // registered tool holding its commands in the order they were installed,
 // then Help.
 //
