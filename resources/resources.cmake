@@ -1,11 +1,13 @@
 # Compiles every resource library source into the installation's
 # bin/resource/ with the resource compiler.  A library that imports another
 # (shared imports Vgm for its colour and font classes) is built after it.
-# fleetmgr holds the Fleet Manager's window templates.
+# fleetmgr holds the Fleet Manager's window templates, toolman the Tool
+# Manager's window.
 set(_resdir ${OWB_INSTALL_TREE}/bin/resource)
-set(_sources nd ndcore ndres ndvgm ndtkit ndgw shared fleetmgr)
+set(_sources nd ndcore ndres ndvgm ndtkit ndgw shared fleetmgr toolman)
 set(_imports_shared ndvgm ndtkit)
 set(_imports_fleetmgr ndvgm ndtkit)
+set(_imports_toolman ndvgm ndtkit)
 set(_imports_ndtkit ndvgm)
 set(_imports_ndgw ndvgm ndtkit)
 set(_outputs)

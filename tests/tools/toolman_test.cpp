@@ -101,16 +101,7 @@ class ToolmanTest : public ::testing::Test {
                       "/sub/x.txt")
                          .c_str()),
               0);
-    int wanted = 30000 + static_cast<int>(getpid() % 3000) * 3;
-    toolman = startProgram({toolmanPath(), "--port", std::to_string(wanted), "--project", project,
-                            "--help-viewer", "myviewer", "--help-item", "Guide=/doc/guide.html"},
-                           home.file("toolman.out"));
-    for (int waited = 0; waited < 5000 && port == 0; waited += 10) {
-      port = std::atoi(owbtest::readWholeFile(home.path() + "/.owb/owbport").c_str());
-      if (port == 0) std::this_thread::sleep_for(std::chrono::milliseconds(10));
-    }
-    ASSERT_GT(port, 0) << owbtest::readWholeFile(home.file("toolman.out"));
-
+    startToolman();
     forgetToolManagerPort();
     gToolName = newStringCopy("tooltest");
     openToolLog(false);
@@ -127,7 +118,28 @@ class ToolmanTest : public ::testing::Test {
     gMessageCenter->registerMessageHandler(OWB_TYPE("HMEM"), &hmem, helpItem);
   }
 
+  void startToolman() {
+    port = 0;
+    std::remove((home.path() + "/.owb/owbport").c_str());
+    int wanted = 30000 + static_cast<int>(getpid() % 3000) * 3;
+    toolman = startProgram({toolmanPath(), "--port", std::to_string(wanted), "--project", project,
+                            "--help-viewer", "myviewer", "--help-item", "Guide=/doc/guide.html"},
+                           home.file("toolman.out"));
+    for (int waited = 0; waited < 5000 && port == 0; waited += 10) {
+      port = std::atoi(owbtest::readWholeFile(home.path() + "/.owb/owbport").c_str());
+      if (port == 0) std::this_thread::sleep_for(std::chrono::milliseconds(10));
+    }
+    ASSERT_GT(port, 0) << owbtest::readWholeFile(home.file("toolman.out"));
+  }
+
   void TearDown() override {
+    endToolman();
+    cleanUpGlobals();
+    gToolManToolInfo = ToolInfo{};
+    forgetToolManagerPort();
+  }
+
+  void endToolman() {
     if (toolman > 0) {
       if (port > 0) {
         EXPECT_EQ(send({"exit"}).first, 0);
@@ -145,11 +157,9 @@ class ToolmanTest : public ::testing::Test {
         ADD_FAILURE() << "toolman did not end on exit";
         kill(toolman, SIGKILL);
         waitpid(toolman, nullptr, 0);
+        toolman = -1;
       }
     }
-    cleanUpGlobals();
-    gToolManToolInfo = ToolInfo{};
-    forgetToolManagerPort();
   }
 
   // Runs `toolman --send` for each line while this tool keeps serving its
@@ -272,6 +282,57 @@ bool chooseElsewhere(const char*, char* result) {
   gChooserAsked = true;
   std::strcpy(result, "/elsewhere/z.txt");
   return true;
+}
+
+struct PlaceAnswer {
+  bool found = false;
+  int32_t id = 0;
+  std::string rect;
+};
+
+// Window places given back outlive the Tool Manager: a restarted one hands
+// them out again, skipping lines of its file that do not read as places.
+TEST_F(ToolmanTest, WindowPlacesOutliveARestart) {
+  auto askPlace = [&](TypeIdent type) {
+    Message* getPlace = new Message(OWB_TYPE("GWIN"), nullptr);
+    getPlace->addIdentParam(type);
+    auto reply = ask(getPlace);
+    PlaceAnswer answer;
+    if (!reply) return answer;
+    reply->getBooleanParam(1, &answer.found);
+    reply->getLongParam(3, &answer.id);
+    answer.rect.assign(reply->getParam(2), static_cast<size_t>(reply->getParamLength(2)));
+    return answer;
+  };
+  const char rect[8] = {0, 10, 0, 20, 1, 0, 2, 0};
+  Message* givePlace = new Message(OWB_TYPE("UWIN"), nullptr);
+  givePlace->addIdentParam(OWB_TYPE("WIN1"));
+  givePlace->addParam(kParamData, rect, 8);
+  givePlace->addLongParam(7);
+  tell(givePlace);
+  std::string placesFile = home.path() + "/.owb/owbplaces";
+  for (int waited = 0; waited < 3000 && owbtest::readWholeFile(placesFile).empty(); waited += 10)
+    std::this_thread::sleep_for(std::chrono::milliseconds(10));
+  EXPECT_EQ(owbtest::readWholeFile(placesFile), "57494e31 7 10,20,256,512\n");
+
+  endToolman();
+  std::ofstream(placesFile, std::ios::app) << "zzzz\n57494e32 0 1,2,3,4\n57494e32 5 1,2,3,70000\n"
+                                           << "57494e32 9 1,2,3,4 more\n57494e32 " << std::string(300, '9')
+                                           << " 1,2,3,4\n\n57494e33 12 0,1,0,2";
+  startToolman();
+  forgetToolManagerPort();
+  gToolManToolInfo.listenerPort = getToolManagerPort();
+  PlaceAnswer kept = askPlace(OWB_TYPE("WIN1"));
+  EXPECT_TRUE(kept.found);
+  EXPECT_EQ(kept.id, 7);
+  EXPECT_EQ(kept.rect, std::string(rect, 8));
+  EXPECT_FALSE(askPlace(OWB_TYPE("WIN2")).found);
+  PlaceAnswer last = askPlace(OWB_TYPE("WIN3"));  // the last line, without its newline
+  EXPECT_TRUE(last.found);
+  EXPECT_EQ(last.id, 12);
+  PlaceAnswer fresh = askPlace(OWB_TYPE("WIN4"));
+  EXPECT_FALSE(fresh.found);
+  EXPECT_GT(fresh.id, 12);
 }
 
 TEST_F(ToolmanTest, PathsWindowPlacesAndPicker) {
@@ -500,6 +561,28 @@ TEST_F(ToolmanTest, ListensOnLoopbackAndBoundsItsTables) {
   EXPECT_EQ(places, 32u + 63u);  // 64 window types in all
   EXPECT_NE(status.second.find("WINA  id 1039 "), std::string::npos);  // the latest stay
   EXPECT_EQ(status.second.find("WINA  id 1007 "), std::string::npos);
+}
+
+}  // namespace
+
+namespace {
+
+// `project DIR` moves the Tool Manager to another directory: the old
+// project's files go, files added by ADDF elsewhere stay; a directory that
+// is not there is refused and changes nothing.
+TEST_F(ToolmanTest, ProjectCommandMovesToAnotherDirectory) {
+  ASSERT_EQ(system(("mkdir -p " + home.path() + "/other && touch " + home.path() + "/other/o.txt").c_str()), 0);
+  Message* addFile = new Message(OWB_TYPE("ADDF"), nullptr);
+  addFile->addStringParam(kParamStr255, "/elsewhere/kept.txt");
+  tell(addFile);
+  auto moved = send({"project " + home.path() + "/other", "files"});
+  EXPECT_EQ(moved.first, 0) << moved.second;
+  EXPECT_NE(moved.second.find(home.path() + "/other/o.txt"), std::string::npos) << moved.second;
+  EXPECT_NE(moved.second.find("/elsewhere/kept.txt"), std::string::npos) << moved.second;
+  EXPECT_EQ(moved.second.find("a.flt"), std::string::npos) << moved.second;
+  auto refused = send({"project " + home.path() + "/missing"});
+  EXPECT_EQ(refused.first, 1);
+  EXPECT_NE(send({"status"}).second.find("project " + home.path() + "/other\n"), std::string::npos);
 }
 
 }  // namespace

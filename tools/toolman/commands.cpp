@@ -1,7 +1,11 @@
 // User commands of the Tool Manager.
 #include "commands.h"
 
+#include <sys/stat.h>
+
+#include <climits>
 #include <cstdio>
+#include <cstdlib>
 #include <cstring>
 #include <sstream>
 
@@ -141,54 +145,28 @@ RegisteredTool* toolArgument(const Words& words, std::ostringstream& out, size_t
 ErrorCode chooseCommand(const Words& words, std::ostringstream& out) {
   RegisteredTool* tool = toolArgument(words, out, 3);
   if (!tool) return kOperationFailed;
-  const std::string& label = words[2];
   std::string file = words.size() > 3 ? gToolManState.absolutePath(words[3]) : "";
-  const ToolCommand* known = nullptr;
-  for (const ToolCommand& command : tool->commands)
-    if (command.label == label) known = &command;
-  if (!known) out << "note: \"" << label << "\" is not a command of " << toolName(*tool) << "\n";
-  if (known && known->requires && file.empty())
-    return fail(out, "\"" + label + "\" acts on a file; name one");
-
-  Message* message = new Message(kCommandSelected, &tool->info);
-  addTextParam(message, kParamStr31, label);
-  addTextParam(message, kParamStr31, projectName());
-  message->addLongParam(known ? known->requires : (file.empty() ? 0 : 1));
-  addTextParam(message, kParamStr31, file);
-  gMessageCenter->sendMessage(message);
-  out << "sent CMDS \"" << label << "\"" << (file.empty() ? "" : " for " + file) << " to "
-      << toolName(*tool) << "\n";
-  return kNoError;
+  std::string text;
+  ErrorCode result = sendToolCommand(*tool, words[2], file, &text);
+  out << text;
+  return result;
 }
 
 ErrorCode identifyFile(const Words& words, std::ostringstream& out) {
   RegisteredTool* tool = toolArgument(words, out, 3);
   if (!tool) return kOperationFailed;
-  std::string file = gToolManState.absolutePath(words[2]);
-  Message* message = new Message(kIdentifyFile, &tool->info);
-  message->header.needsReply = TRUE;
-  addTextParam(message, kParamStr255, file);
-  Message* reply = gMessageCenter->sendMessage(message);
-  if (!reply) return fail(out, "no reply from " + toolName(*tool));
-  out << "reply: " << describeMessage(*reply) << "\n";
-  ErrorCode remoteError = kNoError;
-  bool isToolsFile = false;
-  reply->getErrorParam(0, &remoteError);
-  reply->getBooleanParam(1, &isToolsFile);
-  TypeIdent fileType = 0;
-  if (remoteError != kNoError) {
-    out << file << ": " << toolName(*tool) << " answered error " << remoteError << "\n";
-  } else if (isToolsFile && reply->getIdentParam(3, &fileType)) {
-    std::string label = textParam(reply, 2);
-    std::string description = textParam(reply, 4);
-    gToolManState.setFileKind(file, fileType, label, description);
-    out << file << ": a " << label << " file of " << toolName(*tool) << ", type "
-        << typeText(fileType) << ": " << description << "\n";
-  } else {
-    out << file << ": not a file of " << toolName(*tool) << "\n";
-  }
-  delete reply;
-  return remoteError == kNoError ? kNoError : kOperationFailed;
+  std::string text;
+  IdentifyAnswer answer = askToolToIdentify(*tool, gToolManState.absolutePath(words[2]), 0, &text);
+  out << text;
+  return answer == IdentifyAnswer::kNoReply || answer == IdentifyAnswer::kFailed ? kOperationFailed : kNoError;
+}
+
+ErrorCode changeProject(const Words& words, std::ostringstream& out) {
+  if (words.size() < 2) return fail(out, "missing arguments; try help");
+  std::string text;
+  ErrorCode result = setProjectDirectory(words[1], &text);
+  out << text;
+  return result;
 }
 
 ErrorCode sendPlainMessage(const Words& words, std::ostringstream& out) {
@@ -245,10 +223,98 @@ const CommandEntry kCommands[] = {
     {"places", listPlaces},   {"status", showStatus},        {"rescan", rescanProject},
     {"cmd", chooseCommand},   {"idfl", identifyFile},        {"quit", sendPlainMessage},
     {"show", sendPlainMessage}, {"hide", sendPlainMessage},  {"cwin", sendPlainMessage},
-    {"tickle", tickleTool},   {"resolve", resolveName},      {"exit", endToolMan},
+    {"tickle", tickleTool},   {"resolve", resolveName},      {"project", changeProject},
+    {"exit", endToolMan},
 };
 
 }  // namespace
+
+ErrorCode sendToolCommand(const RegisteredTool& tool, const std::string& label, const std::string& file,
+                          std::string* report) {
+  std::ostringstream out;
+  const ToolCommand* known = nullptr;
+  for (const ToolCommand& command : tool.commands)
+    if (command.label == label) known = &command;
+  if (!known) out << "note: \"" << label << "\" is not a command of " << toolName(tool) << "\n";
+  if (known && known->requires && file.empty()) {
+    ErrorCode result = fail(out, "\"" + label + "\" acts on a file; name one");
+    *report += out.str();
+    return result;
+  }
+  Message* message = new Message(kCommandSelected, &tool.info);
+  addTextParam(message, kParamStr31, label);
+  addTextParam(message, kParamStr31, projectName());
+  message->addLongParam(known ? known->requires : (file.empty() ? 0 : 1));
+  addTextParam(message, kParamStr31, file);
+  gMessageCenter->sendMessage(message);
+  out << "sent CMDS \"" << label << "\"" << (file.empty() ? "" : " for " + file) << " to "
+      << toolName(tool) << "\n";
+  *report += out.str();
+  return kNoError;
+}
+
+IdentifyAnswer askToolToIdentify(const RegisteredTool& tool, const std::string& file,
+                                 unsigned long timeoutMs, std::string* report) {
+  std::ostringstream out;
+  Message* message = new Message(kIdentifyFile, &tool.info);
+  message->header.needsReply = TRUE;
+  if (timeoutMs > 0) message->header.replyTimeout = timeoutMs;
+  addTextParam(message, kParamStr255, file);
+  Message* reply = gMessageCenter->sendMessage(message);
+  if (!reply) {
+    fail(out, "no reply from " + toolName(tool));
+    *report += out.str();
+    return IdentifyAnswer::kNoReply;
+  }
+  out << "reply: " << describeMessage(*reply) << "\n";
+  ErrorCode remoteError = kNoError;
+  bool isToolsFile = false;
+  reply->getErrorParam(0, &remoteError);
+  reply->getBooleanParam(1, &isToolsFile);
+  TypeIdent fileType = 0;
+  IdentifyAnswer answer = IdentifyAnswer::kNotIts;
+  if (remoteError != kNoError) {
+    out << file << ": " << toolName(tool) << " answered error " << remoteError << "\n";
+    answer = IdentifyAnswer::kFailed;
+  } else if (isToolsFile && reply->getIdentParam(3, &fileType)) {
+    std::string label = textParam(reply, 2);
+    std::string description = textParam(reply, 4);
+    gToolManState.setFileKind(file, fileType, label, description);
+    out << file << ": a " << label << " file of " << toolName(tool) << ", type "
+        << typeText(fileType) << ": " << description << "\n";
+    answer = IdentifyAnswer::kIts;
+  } else {
+    out << file << ": not a file of " << toolName(tool) << "\n";
+  }
+  delete reply;
+  *report += out.str();
+  return answer;
+}
+
+ErrorCode setProjectDirectory(const std::string& directory, std::string* report) {
+  char resolved[PATH_MAX];
+  if (directory.empty() || !realpath(directory.c_str(), resolved)) {
+    *report += "error: no project directory " + directory + "\n";
+    return kOperationFailed;
+  }
+  struct stat info;
+  if (stat(resolved, &info) != 0 || !S_ISDIR(info.st_mode)) {
+    *report += "error: " + std::string(resolved) + " is not a directory\n";
+    return kOperationFailed;
+  }
+  // The old project's files go with it; files added by ADDF elsewhere stay.
+  const std::string oldInside = gToolManState.projectDirectory + "/";
+  auto& files = gToolManState.files;
+  for (auto it = files.lower_bound(oldInside); it != files.end() && it->first.compare(0, oldInside.size(), oldInside) == 0;)
+    it = files.erase(it);
+  gToolManState.projectDirectory = resolved;
+  gToolManState.scanProject();
+  *report += "project " + gToolManState.projectDirectory + ", " + std::to_string(gToolManState.files.size()) +
+             " files\n";
+  return kNoError;
+}
+
+std::string toolDisplayName(const RegisteredTool& tool) { return toolName(tool); }
 
 std::vector<std::string> splitCommandLine(const std::string& line) {
   std::vector<std::string> words;
@@ -301,6 +367,7 @@ const char* commandHelpText() {
          "  places                list the window places given back\n"
          "  status                port, project, picker directory, search path\n"
          "  rescan                read the project directory again\n"
+         "  project DIR           make DIR the project directory and read it\n"
          "  cmd TOOL LABEL [FILE] choose a command of TOOL (sends CMDS: the label\n"
          "                        in parameter 0, the file in parameter 3)\n"
          "  idfl TOOL FILE        ask TOOL whether FILE is one of its files (IDFL)\n"

@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "owbtypes.h"
+#include "state.h"
 
 // Runs one command line, appending its output (lines ending in "\n") to
 // *output.  0 on success, kOperationFailed for a command that failed or
@@ -19,6 +20,26 @@ std::vector<std::string> splitCommandLine(const std::string& line);
 
 // The commands' help text, as printed by `help` and `toolman --help`.
 const char* commandHelpText();
+
+// Sends tool the CMDS of the command labelled label, for file (absolute;
+// "" for none), and appends a line saying so to *report.  A label the
+// tool never installed is sent all the same, with a note; a command that
+// acts on a file is refused without one.
+ErrorCode sendToolCommand(const RegisteredTool& tool, const std::string& label, const std::string& file,
+                          std::string* report);
+
+enum class IdentifyAnswer { kIts, kNotIts, kFailed, kNoReply };
+// Asks tool by IDFL whether file is one of its files, waiting up to
+// timeoutMs (0: the message's default) for the reply; a yes teaches the
+// file's type (ToolManState::setFileKind).  Appends the reply's account.
+IdentifyAnswer askToolToIdentify(const RegisteredTool& tool, const std::string& file, unsigned long timeoutMs,
+                                 std::string* report);
+
+// Makes directory (made absolute) the project directory and reads it.
+ErrorCode setProjectDirectory(const std::string& directory, std::string* report);
+
+// The tool's name, or "port N" for a tool that gave none.
+std::string toolDisplayName(const RegisteredTool& tool);
 
 // Set by the `exit` command: the main loop ends after this turn.
 extern bool gToolManShouldEnd;

@@ -6,6 +6,7 @@
 #include <cstring>
 
 #include "commands.h"
+#include "places.h"
 #include "shared/log.h"
 #include "state.h"
 
@@ -32,6 +33,7 @@ ErrorCode registerToolMsg(Message* message, Message*) {
   if (!state().tools.count(info.listenerPort) && state().tools.size() >= kMaxTools) return kInsufficientMemory;
   RegisteredTool& tool = state().tools[info.listenerPort];
   tool = RegisteredTool();  // a tool registering again starts afresh
+  state().changed();
   tool.info = info;
   tool.executable = textParam(message, 1);
   return kNoError;
@@ -45,6 +47,7 @@ ErrorCode addCommandMsg(Message* message, Message*) {
     return kWrongParamType;
   RegisteredTool* tool = state().toolAt(message->header.senderInfo);
   if (!tool) return kInsufficientMemory;
+  state().changed();
   for (ToolCommand& known : tool->commands) {
     if (known.label == command.label) {
       known = command;
@@ -63,6 +66,7 @@ ErrorCode addEngineMsg(Message* message, Message*) {
     if (known.host == engine.host && known.port == engine.port) return kNoError;
   if (state().engines.size() >= kMaxEngines) return kInsufficientMemory;
   state().engines.push_back(engine);
+  state().changed();
   return kNoError;
 }
 
@@ -74,6 +78,7 @@ ErrorCode removeEngineMsg(Message* message, Message*) {
   for (auto it = engines.begin(); it != engines.end(); ++it) {
     if (it->host == host && it->port == port) {
       engines.erase(it);
+      state().changed();
       return kNoError;
     }
   }
@@ -199,6 +204,7 @@ ErrorCode updateWindowPlaceMsg(Message* message, Message*) {
   if (places.size() >= kMaxPlacesPerWindowType) places.erase(places.begin());
   places.push_back(place);
   if (place.uniqueId >= state().nextWindowId) state().nextWindowId = place.uniqueId + 1;
+  saveWindowPlaces(windowPlacesPath(), state());
   return kNoError;
 }
 

@@ -2,26 +2,38 @@
 // message library.  See usageText below, printed by --help.
 #include <poll.h>
 #include <signal.h>
+#include <sys/wait.h>
 #include <unistd.h>
 
+#include <chrono>
 #include <climits>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
 #include <filesystem>
 #include <iostream>
+#include <memory>
 #include <string>
 #include <vector>
 
 #include "commands.h"
+#include "dirwatch.h"
 #include "handlers.h"
+#include "identify.h"
+#include "places.h"
 #include "print.h"
 #include "shared/globals.h"
 #include "shared/helpdefaults.h"
 #include "shared/messages.h"
 #include "shared/tcpxport.h"
+#include "shared/ui/uiglobals.h"
 #include "shared/utils.h"
 #include "state.h"
+#include "toolkit/app.h"
+#include "toolkit/dsply.h"
+#include "toolkit/err.h"
+#include "toolkit/event.h"
+#include "window.h"
 
 namespace {
 
@@ -37,7 +49,7 @@ const char* usageText() {
   return "Usage:\n"
          "  toolman [--port N] [--project DIR] [--help-viewer PROGRAM]\n"
          "          [--help-item LABEL=DOCUMENT]... [--search DIR]... [--quiet]\n"
-         "          [--listen-any]\n"
+         "          [--listen-any] [--window]\n"
          "  toolman [--port N] --send LINE [--send LINE]...\n"
          "  toolman --help\n"
          "\n"
@@ -63,20 +75,36 @@ const char* usageText() {
          "64 window types); a registration past a bound is refused, and of one\n"
          "window type the oldest place goes.\n"
          "\n"
+         "Window places are kept across runs in $HOME/.owb/owbplaces.\n"
+         "\n"
+         "--window also shows the Tool Manager's window: the project's files\n"
+         "with their types (asked of the tools by IDFL), sizes and dates, the\n"
+         "engines, the messages received, a menu per tool with its commands,\n"
+         "the Tools menu (QUIT, SHOW, HIDE, CWIN to a tool; programs of\n"
+         "$OWB/bin to start) and Help.  Closing the window ends toolman.\n"
+         "\n"
          "Command lines are read from standard input; the end of standard input\n"
          "does not end toolman (use `exit`, SIGTERM or SIGHUP).  --send LINE\n"
          "hands LINE to the toolman running for this $HOME (found through\n"
          "owbport, or at --port N), prints its output and exits 0 when the\n"
          "command succeeded, 1 when it failed, 2 when no toolman answered.\n"
          "\n"
-         "Environment: HOME (owbport, owblog), OWB_LOGLEVEL (logSome, logAll).\n"
+         "Environment: HOME (owbport, owblog, owbplaces), OWB_LOGLEVEL (logSome,\n"
+         "logAll), OWB (the programs of $OWB/bin, the help documents of\n"
+         "$OWB/help, the window's resources in $OWB/bin/resource),\n"
+         "OWB_TOOLMAN_IDFL_MS (how long the window waits for an IDFL answer,\n"
+         "default 500).\n"
          "\n";
 }
 
 void onEndSignal(int) { gEndSignal = 1; }
 
+bool gQuiet = false;
+
 void printReceived(const Message& message, void*) {
-  std::cout << describeMessage(message) << std::endl;
+  std::string line = describeMessage(message);
+  if (!gQuiet) std::cout << line << std::endl;
+  if (gToolManWindow) gToolManWindow->logLine(line);
 }
 
 void startLog() {
@@ -122,7 +150,95 @@ void serveStandardInput(bool* open, std::string* pending) {
   if (pending->size() > kMaxStdinLine) pending->clear();  // a line without end
 }
 
-int runToolManager(int port, const std::string& projectDirectory, bool quiet) {
+// The toolkit's libraries: ND_PATH, or $OWB/bin/resource, or the
+// installation's resource folder beside this program's build folder.
+void setResourcePath() {
+  if (std::getenv("ND_PATH")) return;
+  const char* owb = std::getenv("OWB");
+  std::string dir;
+  if (owb && *owb) {
+    dir = std::string(owb) + "/bin/resource";
+  } else {
+    char self[PATH_MAX];
+    ssize_t n = readlink("/proc/self/exe", self, sizeof self - 1);
+    std::string exe = n > 0 ? std::string(self, static_cast<size_t>(n)) : "";
+    dir = exe.substr(0, exe.rfind('/') + 1) + "../owb/bin/resource";
+  }
+  setenv("ND_PATH", dir.c_str(), 1);
+}
+
+// Time given to IDFL questions in a turn of the window's loop.
+constexpr int kIdentifyBudgetMs = 10;
+// Every so often one registered tool is probed, in turn, so that the menus
+// drop a tool that ended without a word.
+constexpr auto kProbeInterval = std::chrono::seconds(2);
+
+// The window's part of a turn: its events, the changes on disk, one IDFL
+// question, and the programs started from the Tools menu that ended.
+struct WindowSide {
+  std::unique_ptr<ToolManWindow> window;
+  DirectoryWatch watch;
+  std::string watchedProject;
+  uint64_t identifiedAt = ~uint64_t(0);
+  bool identifyMore = true;
+  std::chrono::steady_clock::time_point nextProbe = std::chrono::steady_clock::now() + kProbeInterval;
+  int32_t lastProbed = 0;
+
+  void probeOneTool() {
+    if (std::chrono::steady_clock::now() < nextProbe) return;
+    nextProbe = std::chrono::steady_clock::now() + kProbeInterval;
+    auto& tools = gToolManState.tools;
+    if (tools.empty()) return;
+    auto next = tools.upper_bound(lastProbed);
+    if (next == tools.end()) next = tools.begin();
+    lastProbed = next->first;
+    gMessageCenter->tickleTool(&next->second.info);
+    if (gMessageCenter->lastError != kNoError) {
+      std::string line = "toolman: " + toolDisplayName(next->second) + " does not answer; it is no longer registered";
+      std::cout << line << std::endl;
+      window->logLine(line);
+      gToolManState.forgetTool(lastProbed);
+    }
+  }
+
+  bool turn() {
+    if (gToolManState.projectDirectory != watchedProject) {
+      watchedProject = gToolManState.projectDirectory;
+      watch.watch(watchedProject);
+    } else if (watch.changed()) {
+      gToolManState.scanProject();
+      watch.watch(watchedProject);  // directories made since are watched too
+    }
+    if (identifyMore || identifiedAt != gToolManState.revision) {
+      identifiedAt = gToolManState.revision;
+      identifyMore = identifySomeFiles(kIdentifyBudgetMs);
+    }
+    probeOneTool();
+    while (waitpid(-1, nullptr, WNOHANG) > 0) {
+    }
+    return window->turn();
+  }
+};
+
+// The window's loop serves messages without the center's fixed 50 ms wait:
+// queued messages are handled at once, then it waits for whichever comes
+// first, a connection, an X event or a line on standard input, so that a
+// key the user presses is handled as soon as it arrives.
+void serveMessagesAndWait(bool inputOpen) {
+  while (gMessageCenter->queue->messagesAvailable(kWildTypeIdent) > 0) {
+    Message* next = gMessageCenter->queue->dequeueMessage(kWildTypeIdent);
+    gMessageCenter->sendMessage(gMessageCenter->dispatchMessage(next));
+  }
+  auto* tcp = dynamic_cast<TCPTransport*>(gMessageCenter->transport);
+  int listener = tcp ? tcp->listenSocket : -1;
+  struct pollfd waits[3] = {{listener, POLLIN, 0}, {DSPLY_GetConnectionFd(), POLLIN, 0},
+                            {inputOpen ? STDIN_FILENO : -1, POLLIN, 0}};
+  if (DSPLY_Pending() > 0) return;
+  if (::poll(waits, 3, static_cast<int>(kPollWaitMicroseconds / 1000)) > 0 && (waits[0].revents & POLLIN))
+    gMessageCenter->poll();  // a connection waits: taken without a wait
+}
+
+int runToolManager(int port, const std::string& projectDirectory, bool withWindow) {
   startLog();
   gMessageCenter = new MessageCenter(port);
   int listening = gMessageCenter->thisToolInfo.listenerPort;
@@ -135,7 +251,8 @@ int runToolManager(int port, const std::string& projectDirectory, bool quiet) {
   gMessageCenter->thisToolInfo.toolType = kToolManType;
   gToolManToolInfo.listenerPort = listening;
   registerToolManHandlers();
-  if (!quiet) gMessageCenter->setMessageObserver(printReceived, nullptr);
+  gMessageCenter->setMessageObserver(printReceived, nullptr);
+  loadWindowPlaces(windowPlacesPath(), &gToolManState);
 
   gToolManState.projectDirectory = projectDirectory;
   gToolManState.scanProject();
@@ -143,6 +260,29 @@ int runToolManager(int port, const std::string& projectDirectory, bool quiet) {
   if (const char* owb = std::getenv("OWB"))
     if (*owb && std::filesystem::is_directory(std::string(owb) + "/help"))
       gToolManState.addSearchDirectory(std::string(owb) + "/help");
+
+  WindowSide side;
+  if (withWindow) {
+    setResourcePath();
+    ERR_Init();
+    GW_LibInstall();
+    GW_LibLoadInit();
+    std::string error = DSPLY_IsOpen() ? "" : DSPLY_GetLastError();
+    if (error.empty()) {
+      // The shared windows (the directory chooser, alerts) need the shared
+      // library and drawing objects, found where the toolkit's are.
+      std::snprintf(gResourcesDirectory, sizeof gResourcesDirectory, "%s/", std::getenv("ND_PATH"));
+      ERR_TRACEIN("ToolMan");
+      if (!ERR_TryRecoverFn(errTraceFrame, [] { loadSharedDrawingObjects(); }))
+        error = "cannot load the shared resource library from " + std::string(gResourcesDirectory);
+    }
+    if (error.empty()) side.window.reset(ToolManWindow::open(&error));
+    if (!side.window) {
+      std::cerr << "toolman: no window: " << error << "\n";
+      endLog();
+      return 1;
+    }
+  }
   std::cout << "toolman: listening on port " << listening << ", project " << projectDirectory
             << " (" << gToolManState.files.size() << " files)" << std::endl;
 
@@ -151,12 +291,23 @@ int runToolManager(int port, const std::string& projectDirectory, bool quiet) {
   bool inputOpen = true;
   std::string pending;
   while (!gToolManShouldEnd && !gEndSignal) {
-    gMessageCenter->poll();
+    if (side.window) {
+      if (!side.turn()) break;
+      serveMessagesAndWait(inputOpen);
+    } else {
+      gMessageCenter->poll();
+    }
     serveStandardInput(&inputOpen, &pending);
   }
   // Answer what is still queued (the reply to a sent `exit`, for one).
   while (gMessageCenter->queue->messagesAvailable(kWildTypeIdent) > 0) gMessageCenter->poll();
   std::cout << "toolman: ended" << std::endl;
+  if (side.window) {
+    side.window.reset();
+    endLog();
+    GW_LibExit();
+    return 0;
+  }
   endLog();
   return 0;
 }
@@ -216,7 +367,7 @@ bool parsePort(const char* text, int* port) {
 int main(int argc, char** argv) {
   int port = 0;
   std::string project = ".";
-  bool quiet = false;
+  bool withWindow = false;
   std::vector<std::string> sends;
   // The help menu's documents: the defaults, then each --help-item.
   gToolManState.helpViewer = kDefaultHelpViewer;
@@ -257,7 +408,9 @@ int main(int argc, char** argv) {
     } else if (option == "--send" && hasValue) {
       sends.push_back(argv[++i]);
     } else if (option == "--quiet") {
-      quiet = true;
+      gQuiet = true;
+    } else if (option == "--window") {
+      withWindow = true;
     } else if (option == "--listen-any") {
       setToolManagerListensOnAnyAddress(true);
     } else {
@@ -271,5 +424,5 @@ int main(int argc, char** argv) {
     std::cerr << "toolman: no project directory " << project << "\n";
     return 2;
   }
-  return runToolManager(port > 0 ? port : kDefaultToolManPort, projectDirectory, quiet);
+  return runToolManager(port > 0 ? port : kDefaultToolManPort, projectDirectory, withWindow);
 }

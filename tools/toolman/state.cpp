@@ -14,14 +14,6 @@ namespace fs = std::filesystem;
 
 // Bounds of the project scan: deep or huge trees are not the project.
 constexpr int kMaxScanDepth = 6;
-constexpr size_t kMaxProjectFiles = 5000;
-
-std::string suffixOf(const std::string& path) {
-  size_t slash = path.rfind('/');
-  size_t dot = path.rfind('.');
-  if (dot == std::string::npos || (slash != std::string::npos && dot < slash)) return "";
-  return path.substr(dot);
-}
 
 std::string lowercase(std::string text) {
   for (char& c : text) c = static_cast<char>(std::tolower(static_cast<unsigned char>(c)));
@@ -29,6 +21,13 @@ std::string lowercase(std::string text) {
 }
 
 }  // namespace
+
+std::string suffixOf(const std::string& path) {
+  size_t slash = path.rfind('/');
+  size_t dot = path.rfind('.');
+  if (dot == std::string::npos || (slash != std::string::npos && dot < slash)) return "";
+  return path.substr(dot);
+}
 
 std::string typeText(TypeIdent type) {
   std::string text;
@@ -74,6 +73,7 @@ RegisteredTool* ToolManState::findToolByType(TypeIdent toolType) {
 }
 
 void ToolManState::forgetTool(int32_t listenerPort) {
+  changed();
   tools.erase(listenerPort);
   if (activeSourceViewerPort == listenerPort) activeSourceViewerPort = 0;
 }
@@ -82,7 +82,7 @@ void ToolManState::scanProject() {
   std::error_code error;
   fs::recursive_directory_iterator walk(projectDirectory,
                                         fs::directory_options::skip_permission_denied, error);
-  size_t seen = 0;
+  std::set<std::string> found;
   for (; !error && walk != fs::recursive_directory_iterator(); walk.increment(error)) {
     const fs::path& path = walk->path();
     bool hidden = path.filename().string().rfind('.', 0) == 0;
@@ -91,24 +91,46 @@ void ToolManState::scanProject() {
       continue;
     }
     if (hidden || !walk->is_regular_file(error)) continue;
-    if (++seen > kMaxProjectFiles) break;
+    if (found.size() >= kMaxFiles) break;
+    found.insert(path.string());
     addFile(path.string());
   }
+  const std::string inside = projectDirectory + "/";
+  for (auto it = files.lower_bound(inside); it != files.end() && it->first.compare(0, inside.size(), inside) == 0;) {
+    if (found.count(it->first)) ++it;
+    else it = files.erase(it);
+  }
+  changed();
 }
 
 bool ToolManState::addFile(const std::string& path) {
   std::string full = absolutePath(path);
   if (files.count(full)) return true;
   if (files.size() >= kMaxFiles) return false;
+  changed();
   auto kind = kindBySuffix.find(suffixOf(full));
   files[full] = kind == kindBySuffix.end() ? kUnknownFileType : kind->second;
   return true;
 }
 
-void ToolManState::removeFile(const std::string& path) { files.erase(absolutePath(path)); }
+void ToolManState::removeFile(const std::string& path) {
+  if (files.erase(absolutePath(path))) changed();
+}
+
+void ToolManState::applyKnownSuffixes() {
+  for (auto& file : files) {
+    if (file.second != kUnknownFileType) continue;
+    auto kind = kindBySuffix.find(suffixOf(file.first));
+    if (kind != kindBySuffix.end()) {
+      file.second = kind->second;
+      changed();
+    }
+  }
+}
 
 void ToolManState::setFileKind(const std::string& path, TypeIdent type, const std::string& label,
                                const std::string& description) {
+  changed();
   std::string full = absolutePath(path);
   if (files.count(full) || files.size() < kMaxFiles) files[full] = type;
   if (fileKinds.count(type) || fileKinds.size() < kMaxFileKinds) fileKinds[type] = FileKind{label, description};

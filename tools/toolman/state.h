@@ -4,7 +4,9 @@
 #ifndef OWB_TOOLMAN_STATE_H
 #define OWB_TOOLMAN_STATE_H
 
+#include <cstdint>
 #include <map>
+#include <set>
 #include <string>
 #include <vector>
 
@@ -20,6 +22,11 @@ struct RegisteredTool {
   ToolInfo info{};
   std::string executable;
   std::vector<ToolCommand> commands;
+  // What the window's background identification learnt of this tool: it
+  // stops asking a tool that let an IDFL time out, and asks each suffix
+  // (or suffix-less file) once.  A tool registering again starts afresh.
+  bool answersIdentify = true;
+  std::set<std::string> identifyAsked;
 };
 
 struct EngineEntry {
@@ -62,7 +69,8 @@ class ToolManState {
   RegisteredTool* findToolByType(TypeIdent toolType);
   void forgetTool(int32_t listenerPort);
 
-  // Project files, by absolute path.
+  // Project files, by absolute path.  The scan adds what is in the
+  // project directory and drops the files under it that are gone.
   void scanProject();
   // False when the file table is full.
   bool addFile(const std::string& path);
@@ -71,6 +79,14 @@ class ToolManState {
                    const std::string& description);
   TypeIdent fileTypeOf(const std::string& path) const;
   std::string absolutePath(const std::string& path) const;
+  // Gives the files still of unknown type whose suffix a tool has
+  // identified the type of that suffix.
+  void applyKnownSuffixes();
+
+  // Bumped by every change of the tools, engines or files, so that a view
+  // of them knows when to draw them again.
+  void changed() { ++revision; }
+  uint64_t revision = 0;
 
   // The first existing file named partialPath in the search path, or "".
   std::string resolve(const std::string& partialPath) const;
@@ -94,6 +110,9 @@ class ToolManState {
 };
 
 extern ToolManState gToolManState;
+
+// ".flt" of "/a/b.flt", "" when the name has no dot.
+std::string suffixOf(const std::string& path);
 
 // Text of a four-character code, for display.
 std::string typeText(TypeIdent type);

@@ -1,0 +1,338 @@
+// toolman --window as a user meets it: a real toolman, a real fleetmgr and
+// a private X server; the test reads the window's widget description and
+// drives it with real pointer and key events.
+#include <gtest/gtest.h>
+
+#include <arpa/inet.h>
+#include <fcntl.h>
+#include <netinet/in.h>
+#include <sys/prctl.h>
+#include <sys/socket.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <chrono>
+#include <map>
+#include <sstream>
+#include <string>
+#include <thread>
+#include <vector>
+
+#include "shared/globals.h"
+#include "shared/log.h"
+#include "shared/messages.h"
+#include "shared/utils.h"
+#include "tests/testsupport.h"
+#include "tests/xvfb_support.h"
+
+#include <X11/Xutil.h>
+
+namespace {
+
+using owbtest::readWholeFile;
+
+std::string toolmanPath() { return owbtest::buildDir() + "/tools/toolman"; }
+
+template <class Done>
+bool waitFor(Done done, int timeoutMs = 15000) {
+  auto deadline = std::chrono::steady_clock::now() + std::chrono::milliseconds(timeoutMs);
+  while (!done()) {
+    if (std::chrono::steady_clock::now() > deadline) return false;
+    std::this_thread::sleep_for(std::chrono::milliseconds(50));
+  }
+  return true;
+}
+
+// One line of a window's widget description.
+struct WidgetLine {
+  std::string path, cls, state, text;
+  int x = 0, y = 0, w = 0, h = 0;
+};
+
+std::vector<WidgetLine> describe(Display* dpy, Window win) {
+  Atom prop = XInternAtom(dpy, "_OWB_WIDGETS", False);
+  std::vector<WidgetLine> lines;
+  Atom type;
+  int format;
+  unsigned long count = 0, after = 0;
+  unsigned char* data = nullptr;
+  if (XGetWindowProperty(dpy, win, prop, 0, 1 << 24, False, AnyPropertyType, &type, &format, &count, &after, &data) !=
+          Success ||
+      !data)
+    return lines;
+  std::istringstream in(std::string(reinterpret_cast<char*>(data), count));
+  XFree(data);
+  for (std::string row; std::getline(in, row);) {
+    std::vector<std::string> f;
+    size_t start = 0;
+    for (size_t tab; (tab = row.find('\t', start)) != std::string::npos; start = tab + 1)
+      f.push_back(row.substr(start, tab - start));
+    f.push_back(row.substr(start));
+    if (f.size() < 8) continue;
+    WidgetLine line{f[0], f[1], f[6], f[7]};
+    line.x = std::atoi(f[2].c_str());
+    line.y = std::atoi(f[3].c_str());
+    line.w = std::atoi(f[4].c_str());
+    line.h = std::atoi(f[5].c_str());
+    lines.push_back(line);
+  }
+  return lines;
+}
+
+// Top-level windows (children of the root, or of a frame) by their names.
+Window findWindow(Display* dpy, const std::string& name) {
+  Window root = DefaultRootWindow(dpy), parent, *children = nullptr;
+  unsigned count = 0;
+  Window found = 0;
+  if (!XQueryTree(dpy, root, &root, &parent, &children, &count)) return 0;
+  for (unsigned i = 0; i < count && !found; ++i) {
+    char* title = nullptr;
+    if (XFetchName(dpy, children[i], &title) && title) {
+      if (name == title) found = children[i];
+      XFree(title);
+    }
+  }
+  if (children) XFree(children);
+  return found;
+}
+
+std::vector<std::string> windowNames(Display* dpy) {
+  Window root = DefaultRootWindow(dpy), parent, *children = nullptr;
+  unsigned count = 0;
+  std::vector<std::string> names;
+  if (!XQueryTree(dpy, root, &root, &parent, &children, &count)) return names;
+  for (unsigned i = 0; i < count; ++i) {
+    XWindowAttributes attributes;
+    char* title = nullptr;
+    if (XGetWindowAttributes(dpy, children[i], &attributes) && attributes.map_state == IsViewable &&
+        XFetchName(dpy, children[i], &title) && title) {
+      names.push_back(title);
+      XFree(title);
+    }
+  }
+  if (children) XFree(children);
+  return names;
+}
+
+// The cell of the files list (child 0) whose text is text; null for none.
+const WidgetLine* fileCell(const std::vector<WidgetLine>& lines, const std::string& text) {
+  for (const WidgetLine& line : lines)
+    if (line.cls == "Cell" && line.path.compare(0, 2, "0/") == 0 && line.text == text) return &line;
+  return nullptr;
+}
+
+class ToolmanWindowTest : public ::testing::Test {
+ protected:
+  owbtest::TempDir home;
+  std::string project = home.path() + "/fleets";
+  std::map<std::string, std::string> env;
+  std::vector<pid_t> started;
+  Display* dpy = nullptr;
+
+  void SetUp() override {
+    prctl(PR_SET_CHILD_SUBREAPER, 1);
+    auto& xvfb = owbtest::sharedXvfb();
+    if (!xvfb.ok()) GTEST_SKIP() << "no Xvfb";
+    dpy = XOpenDisplay(xvfb.display().c_str());
+    ASSERT_NE(dpy, nullptr);
+    env = {{"HOME", home.path()},
+           {"DISPLAY", xvfb.display()},
+           {"OWB", owbtest::installTree()},
+           {"OWB_AUTOMATION", "1"},
+           {"OWB_TOOLMAN_IDFL_MS", "3000"}};
+    ASSERT_EQ(system(("mkdir -p " + home.path() + "/.owb " + project).c_str()), 0);
+  }
+
+  void TearDown() override {
+    for (pid_t pid : started) kill(pid, SIGTERM);
+    for (pid_t pid : started) waitpid(pid, nullptr, 0);
+    if (dpy) XCloseDisplay(dpy);
+  }
+
+  pid_t start(const std::vector<std::string>& args, const std::string& output) {
+    pid_t pid = owbtest::startProgram(args, home.file(output), &env);
+    started.push_back(pid);
+    return pid;
+  }
+
+  Window openToolman(int port) {
+    start({toolmanPath(), "--window", "--port", std::to_string(port), "--project", project}, "toolman.out");
+    Window win = 0;
+    waitFor([&] { return (win = findWindow(dpy, "Tool Manager")) != 0 && !describe(dpy, win).empty(); });
+    return win;
+  }
+
+  // Sends the toolman's window a click at a point of its client area.
+  void clickAt(Window win, int x, int y, bool twice = false) {
+    owbtest::XTestDriver driver(DisplayString(dpy));
+    Window child;
+    int rootX = 0, rootY = 0;
+    XTranslateCoordinates(dpy, win, DefaultRootWindow(dpy), x, y, &rootX, &rootY, &child);
+    driver.click(rootX, rootY);
+    if (twice) driver.click(rootX, rootY);
+  }
+
+  void keys(std::initializer_list<KeySym> syms) {
+    owbtest::XTestDriver driver(DisplayString(dpy));
+    for (KeySym sym : syms) {
+      driver.key(sym);
+      std::this_thread::sleep_for(std::chrono::milliseconds(120));
+    }
+  }
+};
+
+// The demo's fleet in the project; the Fleet Manager types its definition,
+// the user selects it and chooses "Fleet Status" from the Fleet Manager's
+// menu, then QUIT from the Tools menu ends the Fleet Manager.
+TEST_F(ToolmanWindowTest, FleetStatusFromTheFileListAndQuitFromTheToolsMenu) {
+  std::string fleetctl = owbtest::installTree() + "/bin/fleetctl";
+  ASSERT_EQ(system(("OWB=" + owbtest::installTree() + " HOME=" + home.path() + " " + fleetctl + " new " + project + "/demo --engine alpha --engine beta --force >/dev/null 2>&1").c_str()),
+            0);
+  owbtest::writeWholeFile(project + "/notes.txt", "not a fleet\n");
+  int port = 31000 + static_cast<int>(getpid() % 3000) * 3;
+  Window win = openToolman(port);
+  ASSERT_NE(win, 0u) << readWholeFile(home.file("toolman.out"));
+  std::vector<WidgetLine> lines = describe(dpy, win);
+  ASSERT_TRUE(waitFor([&] { return fileCell(lines = describe(dpy, win), "demo/demo.flt") != nullptr; }))
+      << readWholeFile(home.file("toolman.out"));
+  ASSERT_NE(fileCell(lines, "notes.txt"), nullptr);
+
+  pid_t fleetmgr = start({owbtest::installTree() + "/bin/fleetmgr"}, "fleetmgr.out");
+  // Registered, its commands installed, and the definition typed by its IDFL answer.
+  ASSERT_TRUE(waitFor([&] {
+    lines = describe(dpy, win);
+    const WidgetLine* name = fileCell(lines, "demo/demo.flt");
+    if (!name) return false;
+    std::string typeCell = name->path.substr(0, name->path.find('/')) + "/2" +
+                           name->path.substr(name->path.find(','));
+    for (const WidgetLine& line : lines)
+      if (line.path == typeCell) return line.text == "fleet";
+    return false;
+  })) << readWholeFile(home.file("toolman.out"));
+  const WidgetLine* notes = fileCell(lines, "notes.txt");
+  ASSERT_NE(notes, nullptr);
+
+  const WidgetLine* fleet = fileCell(lines, "demo/demo.flt");
+  clickAt(win, fleet->x + 10, fleet->y + fleet->h / 2);
+  ASSERT_TRUE(waitFor([&] {
+    const WidgetLine* cell = fileCell(describe(dpy, win), "demo/demo.flt");
+    return cell && cell->state.find('S') != std::string::npos;
+  }));
+
+  // F10 opens Tools on its first item, the Fleet Manager's; Right opens
+  // that item's sub-menu, Right again the next menu of the bar, the Fleet
+  // Manager's, whose fourth command is chosen.
+  std::vector<std::string> before = windowNames(dpy);
+  keys({XK_F10, XK_Right, XK_Right, XK_Down, XK_Down, XK_Down, XK_Return});
+  ASSERT_TRUE(waitFor([&] {
+    return readWholeFile(home.file("toolman.out")).find("sent CMDS \"Fleet Status\"") != std::string::npos ||
+           windowNames(dpy).size() > before.size();
+  })) << readWholeFile(home.file("toolman.out"));
+  // The Fleet Manager answers the choice with a window of its own.
+  ASSERT_TRUE(waitFor([&] { return windowNames(dpy).size() > before.size(); }))
+      << readWholeFile(home.file("fleetmgr.out"));
+
+  // The alert goes with its Ok; back in the Tool Manager's window,
+  // Tools > Fleet Manager (port N) > Quit.
+  keys({XK_Return});
+  clickAt(win, fleet->x + 10, fleet->y + fleet->h / 2);
+  keys({XK_F10, XK_Right, XK_q});
+  int status = -1;
+  ASSERT_TRUE(waitFor([&] { return waitpid(fleetmgr, &status, WNOHANG) == fleetmgr; }))
+      << readWholeFile(home.file("toolman.out"));
+  EXPECT_TRUE(WIFEXITED(status) && WEXITSTATUS(status) == 0);
+  // The Tool Manager notices the tool is gone and drops it.
+  EXPECT_TRUE(waitFor([&] {
+    return readWholeFile(home.file("toolman.out")).find("Fleet Manager does not answer") != std::string::npos;
+  })) << readWholeFile(home.file("toolman.out"));
+}
+
+}  // namespace
+
+namespace {
+
+// A listener that takes connections into its backlog and never reads them:
+// a tool that hangs.
+int silentListener(int* port) {
+  int fd = socket(AF_INET, SOCK_STREAM, 0);
+  sockaddr_in address{};
+  address.sin_family = AF_INET;
+  address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
+  socklen_t length = sizeof address;
+  if (fd < 0 || bind(fd, reinterpret_cast<sockaddr*>(&address), sizeof address) != 0 || listen(fd, 64) != 0 ||
+      getsockname(fd, reinterpret_cast<sockaddr*>(&address), &length) != 0)
+    return -1;
+  *port = ntohs(address.sin_port);
+  return fd;
+}
+
+// A tool that registers with its listener at port and installs a command.
+void registerTool(int toolmanPort, int port, const char* name) {
+  if (!gToolName) {
+    gToolName = newStringCopy("silenttest");
+    openToolLog(false);
+  }
+  MessageCenter center;
+  ToolInfo toolman{};
+  toolman.listenerPort = toolmanPort;
+  ToolInfo me{};
+  std::snprintf(me.name, sizeof me.name, "%s", name);
+  me.toolType = OWB_TYPE("HANG");
+  me.listenerPort = port;
+  Message* regt = new Message(OWB_TYPE("REGT"), &toolman);
+  regt->addToolInfoParam(me);
+  regt->addStringParam(kParamStr255, "/bin/hang");
+  center.sendMessage(regt);
+}
+
+}  // namespace
+
+// A tool that never answers IDFL, and a project of odd names: the window
+// lists every file, stays usable while the question times out, and asks
+// the silent tool nothing more once it has let one question go unanswered.
+TEST_F(ToolmanWindowTest, ASilentToolAndOddNamesLeaveTheWindowUsable) {
+  const std::vector<std::string> odd = {"tab\tname.txt", std::string("caf\xe9.txt"), std::string(200, 'l') + ".txt",
+                                        "quote\"back\\slash.txt"};
+  for (const std::string& name : odd) owbtest::writeWholeFile(project + "/" + name, "x");
+  ASSERT_EQ(system(("mkdir -p " + project + "/zmany").c_str()), 0);
+  for (int i = 0; i < 3000; ++i) owbtest::writeWholeFile(project + "/zmany/f" + std::to_string(i) + ".dat", "");
+  env["OWB_TOOLMAN_IDFL_MS"] = "400";
+  int port = 31000 + static_cast<int>(getpid() % 3000) * 3 + 1;
+  Window win = openToolman(port);
+  ASSERT_NE(win, 0u) << readWholeFile(home.file("toolman.out"));
+  std::vector<WidgetLine> lines;
+  for (const char* shown : {"tab\\tname.txt", "caf\\xE9.txt", "quote\"back\\\\slash.txt"})
+    EXPECT_TRUE(waitFor([&] { return fileCell(lines = describe(dpy, win), shown) != nullptr; })) << shown;
+
+  owbtest::ScopedEnv homeEnv("HOME", home.path());
+  int silentPort = 0;
+  int silent = silentListener(&silentPort);
+  ASSERT_GE(silent, 0);
+  registerTool(port, silentPort, "Hanger");
+  // While the question waits for its answer, a click still selects.
+  const WidgetLine* first = nullptr;
+  for (const WidgetLine& line : lines)
+    if (line.path == "0/1,1") first = &line;
+  ASSERT_NE(first, nullptr);
+  auto clickTime = std::chrono::steady_clock::now();
+  clickAt(win, first->x + 10, first->y + first->h / 2);
+  ASSERT_TRUE(waitFor([&] {
+    for (const WidgetLine& line : describe(dpy, win))
+      if (line.path == first->path) return line.state.find('S') != std::string::npos;
+    return false;
+  }));
+  EXPECT_LT(std::chrono::steady_clock::now() - clickTime, std::chrono::seconds(2));
+  // One question went unanswered; no more are asked of the silent tool.
+  std::this_thread::sleep_for(std::chrono::milliseconds(1500));
+  int pending = 0;
+  fcntl(silent, F_SETFL, O_NONBLOCK);
+  for (;;) {
+    int connection = accept(silent, nullptr, nullptr);
+    if (connection < 0) break;
+    close(connection);
+    ++pending;
+  }
+  close(silent);
+  EXPECT_GE(pending, 1);
+  EXPECT_LE(pending, 4);  // the question, and the probes of a tool that is still there
+}
