@@ -5,9 +5,8 @@
 // longer than that; a null field reads as the empty string and is not
 // written.
 //
-// The fields are shown as text areas (toolkit/tarea.h) until the toolkit's
-// text editor is in place: they show the text the tool sets and cannot be
-// edited by the user yet.  Only this file's implementation changes then.
+// The fields are single-line text editors (toolkit/ted.h); a text area in
+// a field's place is read and written as well.
 #ifndef OWB_FLEETMGR_FIELDTEXT_H
 #define OWB_FLEETMGR_FIELDTEXT_H
 

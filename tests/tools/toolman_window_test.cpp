@@ -232,9 +232,11 @@ TEST_F(ToolmanWindowTest, FleetStatusFromTheFileListAndQuitFromTheToolsMenu) {
   ASSERT_TRUE(waitFor([&] { return windowNames(dpy).size() > before.size(); }))
       << readWholeFile(home.file("fleetmgr.out"));
 
-  // The alert goes with its Ok; back in the Tool Manager's window,
-  // Tools > Fleet Manager (port N) > Quit.
-  keys({XK_Return});
+  // The status window closes on Escape; back in the Tool Manager's
+  // window, Tools > Fleet Manager (port N) > Quit.
+  keys({XK_Escape});
+  ASSERT_TRUE(waitFor([&] { return windowNames(dpy).size() == before.size(); }))
+      << readWholeFile(home.file("fleetmgr.out"));
   clickAt(win, fleet->x + 10, fleet->y + fleet->h / 2);
   keys({XK_F10, XK_Right, XK_q});
   int status = -1;
