@@ -107,9 +107,11 @@ void S_ShowLabel(CBoxPtr box, Int index) {
   TED_SetStr(S_Priv(box)->ted, label ? label : "");
 }
 
+// In the units of the box's template (WGT_SetBox scales them): the button
+// a square at the right end, the field the rest.
 void S_Layout(CBoxPtr box) {
   Priv* p = S_Priv(box);
-  _Point16Rec ext = W(box)->Box.Extent;
+  _Point16Rec ext = W(box)->ResBox.Extent;
   int bw = ext.Y < ext.X ? ext.Y : ext.X / 2;
   WGT_SetBox(TED_Wgt(p->ted), RECT16_Make(0, 0, ext.X - bw, ext.Y));
   WGT_SetBox(TBUT_Wgt(p->but), RECT16_Make(ext.X - bw, 0, bw, ext.Y));
@@ -293,6 +295,8 @@ void S_MakeShell(CBoxPtr box) {
   WGT_Res(LBOX_Wgt(list))->Notify = S_ListNfy;
   PANEL_AddWgt(WIN_Panel(shell), LBOX_Wgt(list));
   LBOX_SetFocusFlags(list, LBOX_FOCUSNOFRAME);
+  // Only a vertical bar: the column is made as wide as the view.
+  SAREA_SetHVFlags(reinterpret_cast<SAreaPtr>(list), SAREA_VSB | SAREA_BORDER);
   WIN_Init(shell);
   p->shell = shell;
   p->list = list;
@@ -469,11 +473,7 @@ long CBOX_DefNfy(ResPtr res, Int message, ClientPtr data) {
   CBoxPtr box = reinterpret_cast<CBoxPtr>(res);
   switch (message) {
     case WGT_NFYINIT: {
-      Priv* p = S_Priv(box);
-      _Point16Rec ext = W(box)->ResBox.Extent;
-      int bw = ext.Y < ext.X ? ext.Y : ext.X / 2;
-      TED_Wgt(p->ted)->ResBox = RECT16_Make(0, 0, ext.X - bw, ext.Y);
-      TBUT_Wgt(p->but)->ResBox = RECT16_Make(ext.X - bw, 0, bw, ext.Y);
+      S_Layout(box);
       long result = PANEL_DefNfy(res, message, data);
       S_InitFromTemplate(box);
       S_Layout(box);
@@ -657,7 +657,7 @@ void CBOX_OpenList(CBoxPtr box) {
   int fieldH = W(box)->Box.Extent.Y;
   int width = boxOrg.X + W(box)->Box.Extent.X - org.X;
   int margin = 8 * DSPLY_GetScreenDpi() / 96;
-  int sbW = 16 * DSPLY_GetScreenDpi() / 96;
+  int sbW = 16 * DSPLY_GetScreenDpi() / 96;  // room for the bar of a long list
   for (Int i = 0; i < n && i < 2000; i++) {
     _CBoxEltReqRec req{p->elts[static_cast<size_t>(i)].data, i, nullptr, {0, 0}, 0};
     S_Send(box, CBOX_NFYGETELTSIZE, &req);
@@ -666,9 +666,13 @@ void CBOX_OpenList(CBoxPtr box) {
   }
   Int maxRows = box->MaxElts > 0 ? box->MaxElts : kDefaultListRows;
   Int rows = n < maxRows ? n : maxRows;
-  int rowH = LBOX_GetRowHeight(list, 1);
+  // The document's height holds the rows with their grid lines.
+  SAreaPtr area = reinterpret_cast<SAreaPtr>(list);
+  int docH = static_cast<int>(area->DocBox.H);
+  int rowH = docH > 0 ? docH / n : LBOX_GetRowHeight(list, 1);
   if (rowH <= 0) rowH = fieldH;
-  int height = rows * rowH + 2;
+  int frame = (area->HVFlags & SAREA_BORDER) ? 2 : 0;
+  int height = (rows == n && docH > 0 ? docH : rows * rowH) + frame;
   _Point16Rec scr = DSPLY_GetScreenExt();
   int sw = scr.X > 0 ? scr.X : 32000, sh = scr.Y > 0 ? scr.Y : 32000;
   if (width > sw) width = sw;
@@ -684,13 +688,15 @@ void CBOX_OpenList(CBoxPtr box) {
   if (x + width > sw) x = sw - width;
   if (x < 0) x = 0;
   if (height < 1) height = 1;
-  LBOX_GoColRow(list, 1, 0);
-  LBOX_SetCurColWidth(list, width);
   _Rect16Rec where = RECT16_Make(x, y, width, height);
   WIN_SetBox(p->shell, where);
   WGT_SetBox(LBOX_Wgt(list), RECT16_Make(0, 0, width, height));
+  // The one column fills the view, beside the vertical bar when there is one.
   LBOX_GoColRow(list, 1, 0);
-  LBOX_SetCurColWidth(list, LBOX_GetUsedRows(list) > rows ? width - sbW : width);
+  LBOX_SetCurColWidth(list, width - frame);
+  SAreaLayout(area);
+  LBOX_GoColRow(list, 1, 0);
+  LBOX_SetCurColWidth(list, area->ViewBox.Extent.X);
   WIN_SelfShow(p->shell);
   p->open = true;
   p->hilite = -1;
