@@ -24,7 +24,8 @@
 //    and Index; the answer sets Label, which must stay valid until the
 //    next request).  CBOX_CurSetLabel then does nothing.
 //  - Client data stay the owner's; CBOX_NFYELTDELETE tells each element
-//    removed (CBOX_CurRemoveElt, and every element when the box ends).
+//    CBOX_CurRemoveElt removes.  The box's end tells nothing: an owner
+//    that must free client data walks the cursor first.
 //  - A choice, by the user or CBOX_CurSelect, goes as CBOX_NFYELTSELECT
 //    (a _CBoxEltReqRec with the index) to the box's Notify; passed on to
 //    CBOX_DefNfy it becomes the selection, the label goes into the field
@@ -162,6 +163,8 @@ WinPtr CBOX_GetListWin(CBoxPtr box);
 
 // --- The parts ----------------------------------------------------------------------------------------
 TEdPtr CBOX_GetTEd(CBoxPtr box);
+// The list and its window are made on the first call or opening (the
+// display must be open); the cells are filled at each opening.
 LBoxPtr CBOX_GetLBox(CBoxPtr box);
 TButPtr CBOX_GetTBut(CBoxPtr box);
 
