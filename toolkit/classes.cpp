@@ -10,6 +10,7 @@
 #include <iterator>
 
 #include "toolkit/autom.h"
+#include "toolkit/cbox.h"
 #include "toolkit/draw.h"
 #include "toolkit/dsply.h"
 #include "toolkit/errw.h"
@@ -72,6 +73,7 @@ const TkClassEntry kClasses[] = {
     {TK_LAYER_TKIT, "LbRow", LBROW_InstallClass, LBROW_InitClass},
     {TK_LAYER_TKIT, "LBox", LBOX_InstallClass, LBOX_InitClass, LBOX_Describe},
     {TK_LAYER_TKIT, "TEd", TED_InstallClass, TED_InitClass, TED_Describe},
+    {TK_LAYER_TKIT, "CBox", CBOX_InstallClass, CBOX_InitClass, CBOX_Describe},
     // The look is applied once every widget class is initialised.
     {TK_LAYER_TKIT, "Look", nullptr, DSPLY_UpdateLook},
 
