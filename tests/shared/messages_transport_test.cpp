@@ -40,15 +40,22 @@ int occupyPort(int port) {
 }
 
 // count consecutive listening sockets from some port on; their ports.
+// The ports stay below the range the system hands out to connecting
+// sockets, so that a connection made meanwhile by another test cannot take
+// the port after them; that port is checked free as well.
 std::vector<int> occupyConsecutivePorts(int count, int* firstPort) {
-  for (int start = basePort(); start < 64000; start += 137) {
+  constexpr int kFirstEphemeralPort = 32768;
+  for (int start = 10000 + static_cast<int>(getpid() % 4000) * 5; start + count < kFirstEphemeralPort;
+       start += 137) {
     std::vector<int> sockets;
     for (int i = 0; i < count; ++i) {
       int s = occupyPort(start + i);
       if (s < 0) break;
       sockets.push_back(s);
     }
-    if (static_cast<int>(sockets.size()) == count) {
+    int after = static_cast<int>(sockets.size()) == count ? occupyPort(start + count) : -1;
+    if (after >= 0) {
+      close(after);
       *firstPort = start;
       return sockets;
     }
