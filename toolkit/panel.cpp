@@ -244,13 +244,22 @@ void S_DefKeyChar(PanelPtr panel) {
   if (focus && takesInput(focus)) WGT_Send(focus, WGT_NFYKEYCHAR, EVENT_GetCurEvent());
 }
 
+// The window of a panel's children: the panel's own window, or the panel
+// itself when it is a window.  A panel standing alone (a combo box made
+// outside any window) has none yet.
+WinPtr S_WinOfParent(WgtPtr pw) {
+  if (pw->Panel) return pw->Win;
+  if (RCLAS_IsSubClassOf(WGT_Res(pw)->ResClass, WIN_Class())) return reinterpret_cast<WinPtr>(pw);
+  return nullptr;
+}
+
 // The window of a child is its panel's window, or the panel itself when
 // that is the window.
 void S_LinkChild(ResPtr child, ResPtr panel, ResPtr) {
   WgtPtr c = WGT_FromRes(child);
   WgtPtr pw = WGT_FromRes(panel);
   c->Panel = reinterpret_cast<PanelPtr>(panel);
-  c->Win = pw->Panel ? pw->Win : reinterpret_cast<WinPtr>(pw);
+  c->Win = S_WinOfParent(pw);
 }
 
 // Key lists the template left empty are filled with the module "Wgt"'s.
@@ -460,7 +469,7 @@ void PANEL_AddWgtAtIndex(PanelPtr panel, WgtPtr wgt, Int index) {
   PANEL_BuildWgtArray(PANEL_Res(panel));
   WgtPtr pw = PANEL_Wgt(panel);
   wgt->Panel = panel;
-  wgt->Win = pw->Panel ? pw->Win : reinterpret_cast<WinPtr>(pw);
+  wgt->Win = S_WinOfParent(pw);
   if (PANEL_Res(panel)->ResInitialized) {
     if (!WGT_Res(wgt)->ResInitialized) WGT_Send(wgt, WGT_NFYINIT);
     WGT_Send(wgt, WGT_NFYSIZEINIT);

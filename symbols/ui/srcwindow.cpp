@@ -94,7 +94,7 @@ SourceWindow* SourceWindow::open(const char* fileName, long lineToView, bool fol
   statusWgt->RzFlags = kStretchWidthKeepBottom;
   PANEL_AddWgt(WIN_Panel(win), statusWgt);
   WIN_Init(win);
-  WGT_SetFont(viewPort, FONT_New("DejaVu Sans Mono", 10, false));
+  WGT_SetFont(viewPort, FONT_LoadByText("DejaVu Sans Mono 10"));  // kept for the program's life
   WGT_SetBgColor(viewPort, COLOR_White());
   WGT_SetFgColor(viewPort, COLOR_Black());
 

@@ -215,7 +215,8 @@ TEST_F(ToolmanWindowTest, FleetStatusFromTheFileListAndQuitFromTheToolsMenu) {
   const WidgetLine* fleet = fileCell(lines, "demo/demo.flt");
   clickAt(win, fleet->x + 10, fleet->y + fleet->h / 2);
   ASSERT_TRUE(waitFor([&] {
-    const WidgetLine* cell = fileCell(describe(dpy, win), "demo/demo.flt");
+    auto now = describe(dpy, win);
+    const WidgetLine* cell = fileCell(now, "demo/demo.flt");
     return cell && cell->state.find('S') != std::string::npos;
   }));
 

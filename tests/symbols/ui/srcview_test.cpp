@@ -50,7 +50,7 @@ class SourceViewTest : public tktest::ToolkitTest {
     viewPort_->ResBox = RECT16_Make(10, 10, 400, 300);
     PANEL_AddWgt(WIN_Panel(win_), viewPort_);
     WIN_Init(win_);
-    WGT_SetFont(viewPort_, FONT_New("DejaVu Sans Mono", 10, false));
+    WGT_SetFont(viewPort_, FONT_LoadByText("DejaVu Sans Mono 10"));
     auto view = std::make_unique<SourceView>(win_, viewPort_, path.c_str(), line, 0, false, 0, false, false);
     view->setScrollBars(&bars_);
     return view;
