@@ -19,6 +19,7 @@
 #include <string>
 #include <vector>
 
+#include "bench/bench_timing.h"
 #include "tests/testsupport.h"
 #include "tests/xvfb_support.h"
 #include "toolkit/app.h"
@@ -31,6 +32,9 @@
 #include "toolkit/winpub.h"
 
 namespace {
+
+using benchtiming::median;
+using benchtiming::nowUs;
 
 bool startToolkit() {
   static bool started = false;
@@ -52,16 +56,7 @@ double cpuSeconds() {
   return ru.ru_utime.tv_sec + ru.ru_utime.tv_usec / 1e6 + ru.ru_stime.tv_sec + ru.ru_stime.tv_usec / 1e6;
 }
 
-double median(std::vector<double> v) {
-  std::sort(v.begin(), v.end());
-  return v.empty() ? 0 : v[v.size() / 2];
-}
 
-int64_t nowUs() {
-  timespec ts;
-  clock_gettime(CLOCK_MONOTONIC, &ts);
-  return static_cast<int64_t>(ts.tv_sec) * 1000000 + ts.tv_nsec / 1000;
-}
 
 // A window on the screen, mapped and drawn, with its Notify procedures.
 struct ShownWindow {

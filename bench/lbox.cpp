@@ -20,6 +20,7 @@
 #include <string>
 #include <vector>
 
+#include "bench/bench_timing.h"
 #include "tests/xvfb_support.h"
 #include "toolkit/app.h"
 #include "toolkit/dsply.h"
@@ -29,16 +30,10 @@
 
 namespace {
 
-int64_t nowUs() {
-  timespec ts;
-  clock_gettime(CLOCK_MONOTONIC, &ts);
-  return static_cast<int64_t>(ts.tv_sec) * 1000000 + ts.tv_nsec / 1000;
-}
+using benchtiming::median;
+using benchtiming::nowUs;
 
-double median(std::vector<double> v) {
-  std::sort(v.begin(), v.end());
-  return v.empty() ? 0 : v[v.size() / 2];
-}
+
 
 long residentKb() {
   std::ifstream in("/proc/self/status");

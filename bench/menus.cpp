@@ -10,6 +10,7 @@
 #include <string>
 #include <vector>
 
+#include "bench/bench_timing.h"
 #include "tests/xvfb_support.h"
 #include "toolkit/app.h"
 #include "toolkit/dsply.h"
@@ -19,6 +20,9 @@
 #include "toolkit/winpub.h"
 
 namespace {
+
+using benchtiming::median;
+using benchtiming::nowUs;
 
 bool startToolkit() {
   static bool started = false;
@@ -31,11 +35,6 @@ bool startToolkit() {
   return true;
 }
 
-int64_t nowUs() {
-  timespec ts;
-  clock_gettime(CLOCK_MONOTONIC, &ts);
-  return static_cast<int64_t>(ts.tv_sec) * 1000000 + ts.tv_nsec / 1000;
-}
 
 bool viewable(Display* dpy, NatWinId win) {
   XWindowAttributes attrs;

@@ -22,6 +22,7 @@
 #include "shared/ui/alertwin.h"
 #include "shared/ui/filepick.h"
 #include "shared/ui/uiglobals.h"
+#include "bench/bench_timing.h"
 #include "tests/testsupport.h"
 #include "tests/xvfb_support.h"
 #include "toolkit/app.h"
@@ -30,6 +31,9 @@
 #include "toolkit/rgn.h"
 
 namespace {
+
+using benchtiming::median;
+using benchtiming::nowUs;
 
 bool startToolkit() {
   static bool started = false;
@@ -47,16 +51,7 @@ bool startToolkit() {
   return true;
 }
 
-int64_t nowUs() {
-  timespec ts;
-  clock_gettime(CLOCK_MONOTONIC, &ts);
-  return static_cast<int64_t>(ts.tv_sec) * 1000000 + ts.tv_nsec / 1000;
-}
 
-double median(std::vector<double> v) {
-  std::sort(v.begin(), v.end());
-  return v.empty() ? 0 : v[v.size() / 2];
-}
 
 // Watches from the modal loop for the window to be mapped and drawn, notes
 // the time and ends the run.

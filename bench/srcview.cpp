@@ -24,6 +24,7 @@
 #include <vector>
 
 #include "symbols/ui/srcwindow.h"
+#include "bench/bench_timing.h"
 #include "tests/testsupport.h"
 #include "tests/xvfb_support.h"
 #include "toolkit/app.h"
@@ -31,6 +32,9 @@
 #include "toolkit/event.h"
 
 namespace {
+
+using benchtiming::median;
+using benchtiming::nowUs;
 
 constexpr long kBigFileBytes = 100L * 1024 * 1024;
 
@@ -45,11 +49,6 @@ bool startToolkit() {
   return true;
 }
 
-int64_t nowUs() {
-  timespec ts;
-  clock_gettime(CLOCK_MONOTONIC, &ts);
-  return static_cast<int64_t>(ts.tv_sec) * 1000000 + ts.tv_nsec / 1000;
-}
 
 double threadCpuSeconds() {
   rusage ru;
