@@ -452,7 +452,7 @@ void FleetObject::createFleetSettingsDialog() {
       TBUT_SetLabel(detail, showMoreDetail ? kLessDetailLabel : kMoreDetailLabel);
     setFleetSettingsDetail(showMoreDetail);
   }
-  WIN_Show(fleetSettingsWindow);
+  showWithFirstFocus(fleetSettingsWindow);
 }
 
 Boolean FleetObject::drawSettings() {
