@@ -159,6 +159,12 @@ class Screen {
     if (modifier != NoSymbol) XTestFakeKeyEvent(dpy_, XKeysymToKeycode(dpy_, modifier), False, CurrentTime);
     XSync(dpy_, False);
   }
+  // The path of the widget with the keyboard's focus ("" for none).
+  std::string focused(Window win) {
+    for (const WidgetLine& w : widgets(win))
+      if (w.path != "-" && w.state.find('F') != std::string::npos) return w.path;
+    return "";
+  }
   std::string text(Window win, const std::string& path) {
     for (const WidgetLine& w : widgets(win))
       if (w.path == path) return w.text;
@@ -324,7 +330,10 @@ TEST_F(FleetMgrWindowsProcess, NewFleetFromTheRealToolmanIsTypedIntoTheSettingsW
   ASSERT_TRUE(screen.click(settings, "0,0,2"));
   EXPECT_TRUE(opstest::eventually([&] { return screen.text(settings, "0,0,0/1,1") == "beta"; }));
   ASSERT_TRUE(screen.typeInto(settings, "0,2", "0x17d4"));
-  screen.key(XK_Tab);  // the base port is taken when its field loses the focus
+  // Tab leaves the base port (which takes it) for the first tab inside
+  // the detail panel.
+  screen.key(XK_Tab);
+  EXPECT_TRUE(opstest::eventually([&] { return screen.focused(settings) == "0,3,0"; })) << screen.focused(settings);
   std::string authority = screen.text(settings, "0,3,9");
   ASSERT_EQ(authority.size(), 34u);
   ASSERT_TRUE(screen.click(settings, "1,0"));
