@@ -166,8 +166,8 @@ TEST_F(SettingsWindowTest, NewFleetMadeFromTheWindowGivesTheFilesOfFleetctlNew) 
   LBOX_GoColRow(engines, 1, 2);
   EXPECT_TRUE(LBOX_IsCurSelected(engines));
 
+  // Typed and never left: the make takes it all the same.
   fieldSetText(childAt(winRes(win), {0, 2}), "6100");
-  fleet->fleetFile->basePort = 6100;  // what the base port's focus lost stores
   fieldSetText(childAt(winRes(win), {0, 3, 8}), "-d1 -x");
 
   // The authority is checked before anything is made.
