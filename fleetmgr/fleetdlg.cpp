@@ -275,7 +275,7 @@ void S_createTagDialog(const char* templateName, ResNfyCBack windowNfy, ResNfyCB
   }
   res->ClientData = copy;
   fieldSetText(S_child(res, kTagText), kDefaultBackupTag);
-  WIN_Show(win);
+  showWithFirstFocus(win);
 }
 
 }  // namespace
@@ -293,6 +293,12 @@ long fleetWindowNfy(ResPtr win, Int message, ClientPtr data, const char* helpKey
 
 long genericCancelButtonNfy(ResPtr res, Int message, ClientPtr data) { return S_buttonNfy<S_close>(res, message, data); }
 
+void showWithFirstFocus(WinPtr win) {
+  if (!win) return;
+  if (!PANEL_GetDeepFocusWgt(WIN_Panel(win))) PANEL_FocusOnNextWgt(WIN_Panel(win));
+  WIN_Show(win);
+}
+
 void createRunFleetOptions() {
   WinPtr win = S_loadDialog("runFleetOptions", runFleetOptionsNfy,
                             {runExternalsNfy, killColdNfy, killColdNfy, runProcessNfy, runButNfy,
@@ -300,7 +306,7 @@ void createRunFleetOptions() {
   if (!win) return;
   // The toggles start as the template has them.
   WIN_Init(win);
-  WIN_Show(win);
+  showWithFirstFocus(win);
 }
 
 void createKillFleetOptions() {
@@ -314,7 +320,7 @@ void createKillFleetOptions() {
   for (Int index : {kKillExternals, kKillEngines})
     if (WgtPtr w = S_childWgt(res, index)) TBUT_Select(TBUT_FromWgt(w));
   S_enable(res, kKillProcess, false);
-  WIN_Show(win);
+  showWithFirstFocus(win);
 }
 
 void createBackupOptions(const char* filename) {

@@ -38,6 +38,10 @@ long genericCancelButtonNfy(ResPtr res, Int message, ClientPtr data);
 // in none.
 WinPtr windowOfWidget(ResPtr res);
 
+// Shows a dialog with the keyboard's focus on the first widget of its tab
+// order, so that it can be used without the pointer from the start.
+void showWithFirstFocus(WinPtr win);
+
 // The common window procedure of the tool's windows: the help key goes to
 // the help manager under helpKey first, every other code (and a key the
 // help manager does not take) to the window's default procedure.

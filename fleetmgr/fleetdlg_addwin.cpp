@@ -8,8 +8,10 @@
 // opened it; the entry is shown in that dialog's list.  When that dialog
 // has closed in the meantime, the add button only closes.
 //
-// The type choice is a panel of radio buttons, one per type, until the
-// toolkit's combo box is in place; only this file changes then.
+// The type choice is a combo box of the list kind: its field shows the
+// chosen type and cannot be typed into, so the type read at the add button
+// is always one of gTypeComboStrs.
+#include <cstdio>
 #include <cstring>
 
 #include "fleetmgr/fieldtext.h"
@@ -18,6 +20,9 @@
 #include "fleetmgr/settingsfile.h"
 #include "fleetmgr/settingsui.h"
 #include "shared/alert.h"
+#include "shared/ui/uiglobals.h"
+#include "toolkit/cbox.h"
+#include "toolkit/sarea.h"
 
 namespace {
 
@@ -51,23 +56,48 @@ void addPairButton(ResPtr res) {
 
 // ---- Type choice -------------------------------------------------------------------
 
-TButPtr S_typeButton(ResPtr choice, int index) { return buttonAt(choice, {index}); }
-
-void S_fillTypes(ResPtr choice, int selected) {
-  for (int i = 0; gTypeComboStrs[i][0]; i++)
-    if (TButPtr button = S_typeButton(choice, i)) {
-      TBUT_SetLabel(button, gTypeComboStrs[i]);
-      TBUT_SetSelected(button, i == selected ? TRUE : FALSE);
-    }
+CBoxPtr S_typeBox(ResPtr win) {
+  ResPtr res = childAt(win, {kTypeChoice});
+  return res && CBOX_IsCBox(WGT_FromRes(res)) ? reinterpret_cast<CBoxPtr>(res) : nullptr;
 }
 
-void S_typeLabel(ResPtr choice, char* type, size_t size) {
+void S_fillTypes(CBoxPtr box) {
+  CBOX_GoFirst(box);
+  for (int i = 0; gTypeComboStrs[i][0]; i++) {
+    CBOX_CurAddElt(box, gTypeComboStrs[i], nullptr);
+    CBOX_CurSetLabel(box, gTypeComboStrs[i]);
+    CBOX_GoNext(box);
+  }
+  CBOX_GoIndex(box, kDefaultOptionType);
+  CBOX_CurSelect(box);
+}
+
+// The chosen type.  A choice made with the pointer leaves the cursor where
+// it stood, so the cursor is put on the chosen element first.
+void S_typeLabel(CBoxPtr box, char* type, size_t size) {
   type[0] = '\0';
-  TButPtr on = choice ? TBUT_PanelGetSelectedRadio(reinterpret_cast<PanelPtr>(choice)) : nullptr;
-  if (on && TBUT_GetLabel(on)) std::snprintf(type, size, "%s", TBUT_GetLabel(on));
+  if (!box) return;
+  CBOX_GoIndex(box, CBOX_GetSelIndex(box));
+  if (const char* label = CBOX_CurGetLabel(box)) std::snprintf(type, size, "%s", label);
 }
 
-long typeCBoxNfy(ResPtr res, Int message, ClientPtr data) { return PANEL_DefNfy(res, message, data); }
+// The box takes the window's background in all its parts and the tool's
+// text font.
+long typeCBoxNfy(ResPtr res, Int message, ClientPtr data) {
+  if (message != WGT_NFYINIT) return CBOX_DefNfy(res, message, data);
+  WgtPtr wgt = WGT_FromRes(res);
+  WinPtr win = windowOfWidget(res);
+  ColorPtr background = win ? WGT_GetBgColor(WIN_Wgt(win)) : nullptr;
+  long result = CBOX_DefNfy(res, message, data);
+  CBoxPtr box = CBOX_FromWgt(wgt);
+  if (background) {
+    WGT_SetBgColor(TBUT_Wgt(CBOX_GetTBut(box)), background);
+    SAREA_SetBgColor(reinterpret_cast<SAreaPtr>(CBOX_GetLBox(box)), background);
+    WGT_SetBgColor(TED_Wgt(CBOX_GetTEd(box)), background);
+  }
+  if (gTextFont) WGT_SetFont(wgt, gTextFont);
+  return result;
+}
 
 void configOptionAddButton(ResPtr res) {
   WinPtr own = windowOfWidget(res);
@@ -79,7 +109,7 @@ void configOptionAddButton(ResPtr res) {
   char type[32];
   processLabelType keyword;
   fileNameType value;
-  S_typeLabel(childAt(winRes(own), {kTypeChoice}), type, sizeof type);
+  S_typeLabel(S_typeBox(winRes(own)), type, sizeof type);
   fieldGetText(childAt(winRes(own), {kFirstText}), keyword, sizeof keyword);
   fieldGetText(childAt(winRes(own), {kSecondText}), value, sizeof value);
   if (!keyword[0]) {
@@ -124,7 +154,7 @@ WinPtr createAddEnvVariableDlg(WinPtr configFileDlg) {
   if (!dialog) return nullptr;
   WIN_Init(dialog);
   winRes(dialog)->ClientData = configFileDlg;
-  WIN_Show(dialog);
+  showWithFirstFocus(dialog);
   return dialog;
 }
 
@@ -134,7 +164,7 @@ WinPtr createAddExtProcDlg(WinPtr configFileDlg) {
   if (!dialog) return nullptr;
   WIN_Init(dialog);
   winRes(dialog)->ClientData = configFileDlg;
-  WIN_Show(dialog);
+  showWithFirstFocus(dialog);
   return dialog;
 }
 
@@ -142,11 +172,11 @@ WinPtr createAddConfigOptionDlg(WinPtr configFileDlg) {
   WinPtr dialog = S_openAddDialog("addConfigOptionDlg", addDialogNfy<&kOptionHelp>, S_plainTextNfy,
                                   S_plainTextNfy, onHitNfy<configOptionAddButton>);
   if (!dialog) return nullptr;
-  ResPtr choice = childAt(winRes(dialog), {kTypeChoice});
-  if (choice) RES_SetNfyProcDS(choice, typeCBoxNfy, nullptr);
+  CBoxPtr box = S_typeBox(winRes(dialog));
+  if (box) RES_SetNfyProcDS(reinterpret_cast<ResPtr>(box), typeCBoxNfy, nullptr);
   WIN_Init(dialog);
   winRes(dialog)->ClientData = configFileDlg;
-  S_fillTypes(choice, kDefaultOptionType);
-  WIN_Show(dialog);
+  if (box) S_fillTypes(box);
+  showWithFirstFocus(dialog);
   return dialog;
 }

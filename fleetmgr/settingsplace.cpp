@@ -291,6 +291,6 @@ WinPtr createNewEnginePlaceConfigDialog() {
   fieldSetText(childAt(win, BOOT_SCRIPT), gFleetMgr->configFile->engPlaceBootScript);
   if (ResPtr first = childAt(win, {1, 0})) WGT_SetFont(WGT_FromRes(first), gLabelFont);
   S_showFolder(win, kPreBootFolder);
-  WIN_Show(dialog);
+  showWithFirstFocus(dialog);
   return dialog;
 }

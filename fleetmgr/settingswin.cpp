@@ -205,14 +205,16 @@ void removeEngineButton(ResPtr res) {
 
 // ---- Fleet values -----------------------------------------------------------------
 
+// A 0x or 0 prefix changes the base; the value is not checked here.
+void S_storeBasePort(ResPtr field) {
+  FleetObject* fleet = fleetOfWindow(field);
+  char text[64];
+  fieldGetText(field, text, sizeof text);
+  if (fleet && fleet->fleetFile) fleet->fleetFile->basePort = std::strtol(text, nullptr, 0);
+}
+
 long basePortNoNfy(ResPtr res, Int message, ClientPtr data) {
-  if (message == kFieldNfyFocusLost) {
-    FleetObject* fleet = fleetOfWindow(res);
-    char text[64];
-    fieldGetText(res, text, sizeof text);
-    // A 0x or 0 prefix changes the base; the value is not checked here.
-    if (fleet && fleet->fleetFile) fleet->fleetFile->basePort = std::strtol(text, nullptr, 0);
-  }
+  if (message == kFieldNfyFocusLost) S_storeBasePort(res);
   return fieldDefNfy(res, message, data);
 }
 
@@ -329,17 +331,20 @@ void newFileButton(ResPtr res) {
   fleet->engConfigDlg = createNewEnginePlaceConfigDialog();
 }
 
-long configFileNfy(ResPtr res, Int message, ClientPtr data) {
-  if (message != kFieldNfyFocusLost && message != kFieldNfyValidate) return fieldDefNfy(res, message, data);
+// A text in the configuration file field becomes the current engine's.
+void S_storeConfigFile(ResPtr field) {
   fileNameType text;
-  fieldGetText(res, text, sizeof text);
-  long result = fieldDefNfy(res, message, data);
-  FleetObject* fleet = fleetOfWindow(res);
+  fieldGetText(field, text, sizeof text);
+  FleetObject* fleet = fleetOfWindow(field);
   if (text[0] && fleet && fleet->currentEng) {
     EngineConfiguration* config = fleet->currentEng->engConfig;
     copyIntoField(config->enginePlaceConfig, sizeof config->enginePlaceConfig, text);
   }
-  return result;
+}
+
+long configFileNfy(ResPtr res, Int message, ClientPtr data) {
+  if (message == kFieldNfyFocusLost || message == kFieldNfyValidate) S_storeConfigFile(res);
+  return fieldDefNfy(res, message, data);
 }
 
 void loadDebugToggle(ResPtr res) {
@@ -364,6 +369,11 @@ void createUpdateButton(ResPtr res) {
     WIN_TerminateGetStatus(win);
     return;
   }
+  // A button takes no focus, so the fields that are stored when they lose
+  // it may still hold what was typed last: they are stored now, so that
+  // the fleet made is the one the window shows.
+  S_storeBasePort(childAt(winRes(win), BASE_PORT));
+  S_storeConfigFile(childAt(winRes(win), CONFIG_FILE));
   processLabelType authority, options;
   fieldGetText(childAt(winRes(win), AUTHORITY), authority, sizeof authority);
   fieldGetText(childAt(winRes(win), ENGINE_OPTIONS), options, sizeof options);
@@ -452,7 +462,7 @@ void FleetObject::createFleetSettingsDialog() {
       TBUT_SetLabel(detail, showMoreDetail ? kLessDetailLabel : kMoreDetailLabel);
     setFleetSettingsDetail(showMoreDetail);
   }
-  WIN_Show(fleetSettingsWindow);
+  showWithFirstFocus(fleetSettingsWindow);
 }
 
 Boolean FleetObject::drawSettings() {

@@ -4,7 +4,10 @@
 #   scripts/fleetmgr-windows.sh OUTDIR [SUFFIX [DPI]]
 # writes OUTDIR/fleetmgr-{status,run,kill,backup,restore}SUFFIX.png.  DPI
 # (96 by default, 192 for 200%) is the screen the windows are laid out
-# for.  Needs the build's installation in $OWB (scripts/demo.sh sets it),
+# for.  The settings window, the engine place configuration dialog and its
+# three add dialogs are composed by the tool's window test program, which
+# saves fleetmgr-{settings,engplace,addenv,addoption,addextproc}.png there
+# too ("-200" before ".png" at a DPI of 192 or more).  Needs the build's installation in $OWB (scripts/demo.sh sets it),
 # Xvfb, xdotool and ImageMagick's import.  Runs in a home of its own.
 set -euo pipefail
 : "${OWB:?set OWB to the installation of the build, build/owb}"
@@ -60,3 +63,10 @@ shoot "Run Fleet" "^Run Fleet$" run
 shoot "Kill Fleet" "^Kill Fleet$" kill
 shoot "Backup Fleet" "^Backup /" backup
 shoot "Restore Fleet" "^Restore Fleet$" restore
+
+# The settings family, from the window test program of the same build.
+FLEETMGR_SHOTS="$outdir" OWB_DPI="$dpi" OWB_XVFB_SCREEN=2560x1600 \
+  "$(dirname "$OWB")/tests/fleetmgr_tests" --gtest_filter='SettingsWindowTest.PicturesOfEachWindow' >/dev/null
+test_suffix=""
+[[ $dpi -ge 192 ]] && test_suffix="-200"
+for name in settings engplace addenv addoption addextproc; do echo "$outdir/fleetmgr-$name$test_suffix.png"; done

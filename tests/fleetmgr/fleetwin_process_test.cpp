@@ -3,7 +3,9 @@
 // with real X events: "Fleet Status" on a running fleet made and started by
 // fleetctl shows fleetctl's rows; a process is killed from its row; a
 // second "Fleet Status" refreshes the same window; "Kill Fleet" opens the
-// kill dialog whose button stops the rest.
+// kill dialog whose button stops the rest.  Beside the real toolman, "New
+// Fleet" goes through the directory chooser and the settings window, typed
+// into, to a definition on disk and the engines announced.
 #include <gtest/gtest.h>
 // After gtest: Xlib's None macro would break its headers.
 #include <X11/Xatom.h>
@@ -139,6 +141,35 @@ class Screen {
       }
     return false;
   }
+  // Clicks the text field at path, selects its text and types text over
+  // it (letters, digits and the characters of a path).
+  bool typeInto(Window win, const std::string& path, const std::string& text) {
+    if (!click(win, path)) return false;
+    key(XK_a, XK_Control_L);
+    for (char c : text) {
+      if (c >= 'A' && c <= 'Z') key(static_cast<KeySym>(c), XK_Shift_L);
+      else key(static_cast<KeySym>(static_cast<unsigned char>(c)));
+    }
+    return true;
+  }
+  void key(KeySym sym, KeySym modifier = NoSymbol) {
+    if (modifier != NoSymbol) XTestFakeKeyEvent(dpy_, XKeysymToKeycode(dpy_, modifier), True, CurrentTime);
+    XTestFakeKeyEvent(dpy_, XKeysymToKeycode(dpy_, sym), True, CurrentTime);
+    XTestFakeKeyEvent(dpy_, XKeysymToKeycode(dpy_, sym), False, CurrentTime);
+    if (modifier != NoSymbol) XTestFakeKeyEvent(dpy_, XKeysymToKeycode(dpy_, modifier), False, CurrentTime);
+    XSync(dpy_, False);
+  }
+  // The path of the widget with the keyboard's focus ("" for none).
+  std::string focused(Window win) {
+    for (const WidgetLine& w : widgets(win))
+      if (w.path != "-" && w.state.find('F') != std::string::npos) return w.path;
+    return "";
+  }
+  std::string text(Window win, const std::string& path) {
+    for (const WidgetLine& w : widgets(win))
+      if (w.path == path) return w.text;
+    return "";
+  }
   bool enabled(Window win, const std::string& path) {
     for (const WidgetLine& w : widgets(win))
       if (w.path == path) return w.state.find('E') != std::string::npos;
@@ -251,6 +282,78 @@ TEST_F(FleetMgrWindowsProcess, StatusWindowShowsTheRunningFleetAndKillsFromItsRo
   EXPECT_TRUE(opstest::eventually([&] { return screen.find("Kill Fleet") == 0; }));
   ASSERT_TRUE(screen.click(status, "0"));                      // update
   EXPECT_TRUE(opstest::eventually([&] { return screen.statusOf(status, "beta") == "Down"; }));
+}
+
+TEST_F(FleetMgrWindowsProcess, NewFleetFromTheRealToolmanIsTypedIntoTheSettingsWindowAndMade) {
+  // The real Tool Manager instead of the test's: it finds a free port and
+  // writes it to owbport, where fleetmgr and `toolman --send` look.
+  toolman.reset();
+  std::remove((home + "/.owb/owbport").c_str());
+  auto env = environment();
+  const std::string toolmanProgram = owbtest::buildDir() + "/tools/toolman";
+  std::string project = root.file("fleets");
+  mkdir(project.c_str(), 0777);
+  pid_t manager = owbtest::startProgram({toolmanProgram, "--project", project, "--quiet"}, root.file("toolman.out"),
+                                        &env);
+  auto send = [&](const std::string& line) {
+    pid_t child = owbtest::startProgram({toolmanProgram, "--send", line}, root.file("send.out"), &env);
+    reaper.waitFor(child, 60);
+    return owbtest::readWholeFile(root.file("send.out"));
+  };
+  // Ends the Tool Manager however the test ends.
+  std::shared_ptr<void> stopManager(nullptr, [&](void*) {
+    kill(manager, SIGTERM);
+    reaper.waitFor(manager, 10);
+  });
+  ASSERT_TRUE(opstest::eventually([&] { return access((home + "/.owb/owbport").c_str(), F_OK) == 0; }))
+      << owbtest::readWholeFile(root.file("toolman.out"));
+  tool = owbtest::startProgram({owbtest::installTree() + "/bin/fleetmgr"}, root.file("fleetmgr.out"), &env);
+  EXPECT_TRUE(opstest::eventually([&] { return send("commands").find("New Fleet") != std::string::npos; }))
+      << owbtest::readWholeFile(root.file("fleetmgr.out"));
+
+  // The directory is typed into the chooser.
+  std::string dir = project + "/yard";
+  send("cmd FLTT \"New Fleet\"");
+  Window chooser = screen.waitFor("Enter a directory name for the fleet");
+  ASSERT_NE(chooser, 0u) << owbtest::readWholeFile(root.file("fleetmgr.out"));
+  ASSERT_TRUE(opstest::eventually([&] { return screen.enabled(chooser, "11"); }));
+  ASSERT_TRUE(screen.typeInto(chooser, "6", dir));
+  ASSERT_TRUE(opstest::eventually([&] { return screen.text(chooser, "6") == dir; })) << screen.text(chooser, "6");
+  ASSERT_TRUE(screen.click(chooser, "11"));
+
+  // A new fleet has the engine eng1; a second is named and added, and the
+  // base port typed in hexadecimal.
+  Window settings = screen.waitFor("Fleet Settings", "Fleet Name: yard");
+  ASSERT_NE(settings, 0u) << owbtest::readWholeFile(root.file("fleetmgr.out"));
+  ASSERT_TRUE(screen.typeInto(settings, "0,0,1", "beta"));
+  ASSERT_TRUE(screen.click(settings, "0,0,2"));
+  EXPECT_TRUE(opstest::eventually([&] { return screen.text(settings, "0,0,0/1,1") == "beta"; }));
+  ASSERT_TRUE(screen.typeInto(settings, "0,2", "0x17d4"));
+  // Tab leaves the base port (which takes it) for the first tab inside
+  // the detail panel.
+  screen.key(XK_Tab);
+  EXPECT_TRUE(opstest::eventually([&] { return screen.focused(settings) == "0,3,0"; })) << screen.focused(settings);
+  std::string authority = screen.text(settings, "0,3,9");
+  ASSERT_EQ(authority.size(), 34u);
+  ASSERT_TRUE(screen.click(settings, "1,0"));
+  ASSERT_TRUE(opstest::eventually([&] { return screen.find("Fleet Settings") == 0; }))
+      << owbtest::readWholeFile(root.file("fleetmgr.out"));
+
+  // The definition is the one `fleetctl new` writes for the same values
+  // (but for its first line, the time); the Tool Manager has the file and
+  // the two engines with their debugger ports.
+  std::string made = owbtest::readWholeFile(dir + "/yard.flt");
+  std::string other = root.file("other/yard");
+  ASSERT_EQ(fleetctl({"new", other, "--engine", "eng1", "--engine", "beta", "--base-port", "6100", "--authority",
+                      authority, "--options", "-d1"}),
+            0);
+  std::string expected = owbtest::readWholeFile(other + "/yard.flt");
+  ASSERT_FALSE(made.empty());
+  EXPECT_EQ(made.substr(made.find('\n')), expected.substr(expected.find('\n')));
+  EXPECT_NE(send("files").find("yard/yard.flt"), std::string::npos) << send("files");
+  std::string engines = send("engines");
+  EXPECT_NE(engines.find("6106"), std::string::npos) << engines;
+  EXPECT_NE(engines.find("6114"), std::string::npos) << engines;
 }
 
 }  // namespace

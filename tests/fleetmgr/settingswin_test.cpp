@@ -25,6 +25,7 @@
 #include "shared/ui/uiglobals.h"
 #include "fleetmgr/fleetwin_support.h"
 #include "tests/toolkit/tk_fixture.h"
+#include "toolkit/cbox.h"
 #include "toolkit/lbox.h"
 
 namespace {
@@ -165,8 +166,8 @@ TEST_F(SettingsWindowTest, NewFleetMadeFromTheWindowGivesTheFilesOfFleetctlNew) 
   LBOX_GoColRow(engines, 1, 2);
   EXPECT_TRUE(LBOX_IsCurSelected(engines));
 
+  // Typed and never left: the make takes it all the same.
   fieldSetText(childAt(winRes(win), {0, 2}), "6100");
-  fleet->fleetFile->basePort = 6100;  // what the base port's focus lost stores
   fieldSetText(childAt(winRes(win), {0, 3, 8}), "-d1 -x");
 
   // The authority is checked before anything is made.
@@ -267,8 +268,16 @@ TEST_F(SettingsWindowTest, EnginePlaceConfigurationComposedWithOneEntryOfEachKin
   WinPtr opt = keep(waitForWindow("Configuration Option"));
   ASSERT_NE(opt, nullptr);
   ASSERT_TRUE(shown(opt));
-  EXPECT_TRUE(TBUT_GetSelected(TBUT_FromWgt(at(opt, {5, 6}))));  // "String" at the start
-  clickUntil(at(opt, {5, 3}), [&] { return TBUT_GetSelected(TBUT_FromWgt(at(opt, {5, 3}))) != 0; });  // Integer
+  // The type box opens on "String" with the keyboard's focus: Up goes to
+  // the type before it; a choice in the opened list with the pointer is
+  // the type the add button reads.
+  auto* types = CBOX_FromWgt(at(opt, {5}));
+  EXPECT_EQ(CBOX_GetSelIndex(types), 6);
+  driver_->key(XK_Up);
+  EXPECT_TRUE(tktest::runUntil([&] { return CBOX_GetSelIndex(types) == 5; }));
+  clickUntil(TED_Wgt(CBOX_GetTEd(types)), [&] { return CBOX_IsListOpen(types) != 0; });
+  clickCell(CBOX_GetLBox(types), 1, 4);  // "Integer"
+  EXPECT_TRUE(tktest::runUntil([&] { return CBOX_GetSelIndex(types) == 3 && !CBOX_IsListOpen(types); }));
   fieldSetText(childAt(winRes(opt), {1}), "RegionPort");
   fieldSetText(childAt(winRes(opt), {2}), "7x");
   clickUntil(at(opt, {3}), [&] { return !seenAlerts().empty(); });
