@@ -239,6 +239,8 @@ long MENU_DefNfy(ResPtr res, Int message, ClientPtr data) {
 void MENU_Describe(WgtPtr wgt, AutomDesc* desc) {
   MenuPtr menu = reinterpret_cast<MenuPtr>(wgt);
   int width = wgt->Box.Extent.X, height = wgt->Box.Extent.Y;
+  // The pin row that tears the menu off is pressed as an item is.
+  if (menu->UsePin) AUTOM_AddLine(desc, "/pin", "MPin", RECT16_Make(0, padTop(), width, pinRow(menu)), "VE", "");
   int top = firstTop(menu);
   for (Int i = menu->ScrollTop; i < MENU_GetNumElts(menu) && top < height; i++) {
     MItemPtr item = itemAt(menu, i);
