@@ -147,6 +147,15 @@ void describe(std::string& out, WgtPtr w, const std::string& path, WinPtr win, b
       appendInt(childPath, i);
       describe(out, child, childPath, win, shown, focus);
     }
+    // Composite parts (a scrolling list's bars) are no children: they
+    // follow as "<path>/c<n>" in the order the panel keeps them.
+    for (Int i = 0; i < ARRAY_GetCount(panel->CompoWgts); i++) {
+      WgtPtr part = static_cast<WgtPtr>(ARRAY_GetNthPtr(panel->CompoWgts, i));
+      if (!part) continue;
+      std::string partPath = path + "/c";
+      appendInt(partPath, i);
+      describe(out, part, partPath, win, shown, focus);
+    }
   }
   if (isWin) {
     auto content = gContent.find(win);

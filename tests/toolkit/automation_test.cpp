@@ -341,6 +341,14 @@ TEST_F(AutomationTest, AListBoxIsFollowedByItsCellsInView) {
   EXPECT_EQ(l["0/2,1"].x, l["0/1,1"].x + l["0/1,1"].w);
   EXPECT_GE(l["0/1,1"].y, l["0/1,0"].y + l["0/1,0"].h);
   EXPECT_GE(l["0/1,1"].x, 10);
+  // Its scroll bars are parts of it: the vertical one, needed for the
+  // rows out of view, is shown along its right edge.
+  EXPECT_EQ(l["0/c0"].cls, "Sb");
+  EXPECT_EQ(l["0/c1"].cls, "Sb");
+  EXPECT_EQ(l["0/c1"].state, "VE");
+  EXPECT_GE(l["0/c1"].x + l["0/c1"].w, 300);
+  EXPECT_LE(l["0/c1"].x + l["0/c1"].w, 310);
+  EXPECT_GT(l["0/c1"].h, l["0/c1"].w);
 
   // A click on the middle of a cell read from the property selects it.
   const Line& target = l["0/3,3"];
