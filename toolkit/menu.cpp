@@ -446,9 +446,10 @@ void MenuShowNear(MenuPtr menu, const _Rect16Rec& anchor, BoolEnum beside, BoolE
   menu->ScrollTop = 0;
   menu->Hilite = -1;
   WinPtr shell = S_Shell(menu, box);
-  std::string name = MITEM_ParseLabel(title).Text;
-  const char* shown = WIN_GetLabel(shell);
-  if (name != (shown ? shown : "")) WIN_SetLabel(shell, name.c_str());
+  // "File menu": a name of its own, which no window of the program takes
+  // for a menu bar item named as a window is (a tool's item in the Tool
+  // Manager's bar).
+  WIN_SetLabel(shell, (MITEM_ParseLabel(title).Text + " menu").c_str());
   WIN_SetBox(shell, box);
   WgtPtr mw = MENU_Wgt(menu);
   mw->Box = RECT16_Make(0, 0, box.Extent.X, box.Extent.Y);
@@ -462,6 +463,8 @@ void MenuHide(MenuPtr menu) {
   if (!MenuIsShown(menu)) return;
   menu->Hilite = -1;
   WinPutAway(menu->Shell);
+  // A closed menu's window is found by no name.
+  WIN_SetLabel(menu->Shell, "");
   WGT_Send(MENU_Wgt(menu), MENU_NFYENDMENU);
 }
 

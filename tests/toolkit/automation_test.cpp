@@ -411,15 +411,15 @@ TEST_F(AutomationTest, ABarMenuOpenedFromOutsideDescribesItsItemsAndOneIsClicked
   EXPECT_EQ(l["-/bar/0"].state, "VE");
   EXPECT_EQ(l["-/bar/1"].state, "V");
   EXPECT_GE(l["-/bar/1"].x, l["-/bar/0"].x + l["-/bar/0"].w);
-  EXPECT_EQ(shownWindowNamed(dpy, "File"), 0u);
+  EXPECT_EQ(shownWindowNamed(dpy, "File menu"), 0u);
 
   // A click on the bar item opens the menu: a window named after the item,
   // whose property gives each item in view with its row.
   clickCentre(l["-/bar/0"], WIN_GetNatWin(win));
   Window menuWin = 0;
-  ASSERT_TRUE(tktest::runUntil([&] { return (menuWin = shownWindowNamed(dpy, "File")) != 0; }));
+  ASSERT_TRUE(tktest::runUntil([&] { return (menuWin = shownWindowNamed(dpy, "File menu")) != 0; }));
   std::map<std::string, Line> m = read(menuWin);
-  EXPECT_EQ(m["-"].text, "File");
+  EXPECT_EQ(m["-"].text, "File menu");
   EXPECT_EQ(m["0"].cls, "Menu");
   EXPECT_EQ(m["0/0"].cls, "MItem");
   EXPECT_EQ(m["0/0"].text, "Open");
@@ -435,7 +435,7 @@ TEST_F(AutomationTest, ABarMenuOpenedFromOutsideDescribesItsItemsAndOneIsClicked
 
   // The click on Quit's centre chooses it, and the menu's window goes.
   clickCentre(m["0/4"], menuWin);
-  ASSERT_TRUE(tktest::runUntil([&] { return shownWindowNamed(dpy, "File") == 0; }));
+  ASSERT_TRUE(tktest::runUntil([&] { return shownWindowNamed(dpy, "File menu") == 0; }));
   EXPECT_EQ(gChosen, std::vector<std::string>({"&Quit"}));
   EXPECT_EQ(read(WIN_GetNatWin(win))["-/bar/0"].state, "VE");
 }

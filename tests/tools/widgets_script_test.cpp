@@ -83,7 +83,7 @@ TEST(WidgetsScript, ListsTheTestWindowAndClicksItsWidgetsByTextAndPath) {
   // A menu: the bar item opens it, and its window, named after the item,
   // is read and clicked in the same way.
   ASSERT_EQ(run(script + " 'Widget test' MItem Edit", nullptr), 0);
-  ASSERT_TRUE(waitFor([&] { return run(script + " Edit MItem 'Wrap Lines'", nullptr) == 0; }));
+  ASSERT_TRUE(waitFor([&] { return run(script + " 'Edit menu' MItem 'Wrap Lines'", nullptr) == 0; }));
   EXPECT_TRUE(waitFor([&] { return owbtest::readWholeFile(out).find("Wrap Lines on\n") != std::string::npos; }));
 
   // OK by its path ends the program.
