@@ -13,6 +13,10 @@
 # For example, with build/owb/bin/wgtdemo running:
 #   OWB_AUTOMATION=1 build/owb/bin/wgtdemo &
 #   scripts/owb-widgets.sh "Widget test" TBut Warm
+# An open menu is a window named after the item that opened it ("Edit
+# menu"):
+#   scripts/owb-widgets.sh "Widget test" MItem Edit
+#   scripts/owb-widgets.sh "Edit menu" MItem "Wrap Lines"
 # The format of the lines is in docs/automation.md.
 set -euo pipefail
 

@@ -2,6 +2,7 @@
 // property of its client window, rewritten when it changed.
 #include "toolkit/autom.h"
 
+#include <algorithm>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
@@ -11,6 +12,7 @@
 
 #include "toolkit/draw.h"
 #include "toolkit/dsply.h"
+#include "toolkit/mbar.h"
 #include "toolkit/winpub.h"
 
 struct AutomDesc {
@@ -34,6 +36,7 @@ constexpr int64_t kSafetyCheckMs = 500;
 int64_t gLastCheck = 0;
 std::map<RClasPtr, AutomDescribeProc> gProcs;
 std::map<NatWinId, std::string> gWritten;  // what each window carries now
+std::map<WinPtr, WgtPtr> gContent;         // widgets shown in windows, not children
 long gWrites = 0;
 
 std::string* gCapture = nullptr;
@@ -107,12 +110,13 @@ bool inside(const _Rect16Rec& box, const _Rect16Rec& area) {
 // One widget's line, its cells' and, depth first, its children's.
 void describe(std::string& out, WgtPtr w, const std::string& path, WinPtr win, bool shownAbove, WgtPtr focus) {
   bool isWin = w == WIN_Wgt(win);
+  // The procedure first: it may bring a box that is kept lazily up to date.
+  AutomDesc desc;
+  if (AutomDescribeProc proc = procOf(WGT_Res(w)->ResClass)) proc(w, &desc);
   _Point16Rec origin = isWin ? _Point16Rec{0, 0} : WGT_QueryWinOrigin(w);
   _Rect16Rec box = RECT16_Make(origin.X, origin.Y, w->Box.Extent.X, w->Box.Extent.Y);
   _Rect16Rec winArea = RECT16_Make(0, 0, WIN_Wgt(win)->Box.Extent.X, WIN_Wgt(win)->Box.Extent.Y);
   bool shown = shownAbove && !w->Invisible && inside(box, winArea);
-  AutomDesc desc;
-  if (AutomDescribeProc proc = procOf(WGT_Res(w)->ResClass)) proc(w, &desc);
   std::string state;
   if (shown) state += 'V';
   if (isWin ? !w->Disabled : WGT_IsEnabled(w)) state += 'E';
@@ -123,16 +127,43 @@ void describe(std::string& out, WgtPtr w, const std::string& path, WinPtr win, b
   appendLine(out, path, cls ? cls : "", box, state, desc.Text);
   for (const AutomDesc::Part& p : desc.Parts) {
     _Rect16Rec pb = RECT16_Make(origin.X + p.Box.Origin.X, origin.Y + p.Box.Origin.Y, p.Box.Extent.X, p.Box.Extent.Y);
-    appendLine(out, path + p.Suffix, p.Class.c_str(), pb, p.State, p.Text);
+    // A part of a widget that is not shown is not shown either.
+    std::string partState = p.State;
+    if (!shown) partState.erase(std::remove(partState.begin(), partState.end(), 'V'), partState.end());
+    appendLine(out, path + p.Suffix, p.Class.c_str(), pb, partState, p.Text);
   }
-  if (!PANEL_IsPanel(w)) return;
-  PanelPtr panel = reinterpret_cast<PanelPtr>(w);
-  for (Int i = 0; i < PANEL_GetNumWgts(panel); i++) {
-    WgtPtr child = PANEL_GetNthWgt(panel, i);
-    if (!child) continue;
-    std::string childPath = isWin ? std::string() : path + ",";
-    appendInt(childPath, i);
-    describe(out, child, childPath, win, shown, focus);
+  if (isWin) {
+    MBarPtr bar = WIN_GetMenuBar(win);
+    if (bar && WGT_Res(MBAR_Wgt(bar))->ResInitialized) describe(out, MBAR_Wgt(bar), "-/bar", win, shown, focus);
+  }
+  Int count = 0;
+  if (PANEL_IsPanel(w)) {
+    PanelPtr panel = reinterpret_cast<PanelPtr>(w);
+    count = PANEL_GetNumWgts(panel);
+    for (Int i = 0; i < count; i++) {
+      WgtPtr child = PANEL_GetNthWgt(panel, i);
+      if (!child) continue;
+      std::string childPath = isWin ? std::string() : path + ",";
+      appendInt(childPath, i);
+      describe(out, child, childPath, win, shown, focus);
+    }
+    // Composite parts (a scrolling list's bars) are no children: they
+    // follow as "<path>/c<n>" in the order the panel keeps them.
+    for (Int i = 0; i < ARRAY_GetCount(panel->CompoWgts); i++) {
+      WgtPtr part = static_cast<WgtPtr>(ARRAY_GetNthPtr(panel->CompoWgts, i));
+      if (!part) continue;
+      std::string partPath = path + "/c";
+      appendInt(partPath, i);
+      describe(out, part, partPath, win, shown, focus);
+    }
+  }
+  if (isWin) {
+    auto content = gContent.find(win);
+    if (content != gContent.end()) {
+      std::string contentPath;
+      appendInt(contentPath, count);
+      describe(out, content->second, contentPath, win, shown, focus);
+    }
   }
 }
 
@@ -170,6 +201,13 @@ void AUTOM_SetText(AutomDesc* desc, const char* text) {
 
 void AUTOM_SetSelected(AutomDesc* desc, BoolEnum flag) {
   if (desc) desc->Selected = flag ? 1 : 0;
+}
+
+void AUTOM_SetContent(WinPtr win, WgtPtr wgt) {
+  if (!win) return;
+  if (wgt) gContent[win] = wgt;
+  else gContent.erase(win);
+  AUTOM_Touch();
 }
 
 void AUTOM_AddLine(AutomDesc* desc, const char* suffix, const char* cls, const _Rect16Rec& box, const char* state,

@@ -61,6 +61,14 @@ void AUTOM_AddCell(AutomDesc* desc, Int col, Int row, const _Rect16Rec& box, Boo
 void AUTOM_AddLine(AutomDesc* desc, const char* suffix, const char* cls, const _Rect16Rec& box, const char* state,
                    const char* text);
 
+// A widget shown in a window without being one of its children (a menu in
+// the window it is shown in): described after the window's children as if
+// it were the next one, so a menu's window gives "0".  Null removes it.
+// The caller removes it before the widget or the window ends.  A window's
+// menu bar needs no call: it is described after the window's own line,
+// with the path "-/bar".
+void AUTOM_SetContent(WinPtr win, WgtPtr wgt);
+
 // Text capture while something is drawn: between the two calls every text
 // given to DRAW_Text is collected, joined by one blank.  Captures do not
 // nest.  With the surface off, Begin does nothing and End gives "".

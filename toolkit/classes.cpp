@@ -56,10 +56,10 @@ const TkClassEntry kClasses[] = {
     {TK_LAYER_VGM, "Wgt", WGT_InstallClass, WGT_InitClass},
     {TK_LAYER_VGM, "Panel", PANEL_InstallClass, PANEL_InitClass},
     {TK_LAYER_VGM, "Win", WIN_InstallClass, WIN_InitClass, WIN_Describe},
-    {TK_LAYER_VGM, "Menu", MENU_InstallClass, MENU_InitClass},
+    {TK_LAYER_VGM, "Menu", MENU_InstallClass, MENU_InitClass, MENU_Describe},
     {TK_LAYER_VGM, "MItem", MITEM_InstallClass, MITEM_InitClass},
     {TK_LAYER_VGM, "MSep", MSEP_InstallClass, MSEP_InitClass},
-    {TK_LAYER_VGM, "MBar", MBAR_InstallClass, MBAR_InitClass},
+    {TK_LAYER_VGM, "MBar", MBAR_InstallClass, MBAR_InitClass, MBAR_Describe},
 
     // Widgets.  A NEW WIDGET CLASS GOES HERE: one row, after its parent's,
     // {TK_LAYER_TKIT, "Name", NAME_InstallClass, NAME_InitClass}, with

@@ -3,9 +3,11 @@
 // in mbartrack.cpp.
 #include "toolkit/mbar.h"
 
+#include <cstdio>
 #include <cstring>
 #include <vector>
 
+#include "toolkit/autom.h"
 #include "toolkit/menupriv.h"
 #include "toolkit/pfld.h"
 #include "toolkit/winpub.h"
@@ -147,6 +149,22 @@ MBarPtr MBAR_Create() {
 }
 
 BoolEnum MBAR_IsMBar(ResPtr res) { return res && sMBar && RCLAS_IsSubClassOf(res->ResClass, sMBar); }
+
+void MBAR_Describe(WgtPtr wgt, AutomDesc* desc) {
+  MBarPtr bar = reinterpret_cast<MBarPtr>(wgt);
+  S_SyncBox(bar);
+  std::vector<_Rect16Rec> boxes = S_Layout(bar);
+  for (Int i = 0; i < MBAR_GetNumItems(bar); i++) {
+    MItemPtr item = itemAt(bar, i);
+    std::string state = "V";
+    if (MITEM_IsChoosable(item)) state += 'E';
+    if (i == bar->Hilite && MBarTrackActive(bar)) state += 'S';
+    char suffix[24];
+    std::snprintf(suffix, sizeof suffix, "/%ld", static_cast<long>(i));
+    AUTOM_AddLine(desc, suffix, "MItem", boxes[static_cast<size_t>(i)], state.c_str(),
+                  MITEM_ParseLabel(MITEM_GetLabel(item)).Text.c_str());
+  }
+}
 
 long MBAR_DefNfy(ResPtr res, Int message, ClientPtr data) {
   MBarPtr bar = reinterpret_cast<MBarPtr>(res);

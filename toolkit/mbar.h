@@ -59,6 +59,10 @@ void MBAR_InitClass();
 MBarPtr MBAR_Create();
 long MBAR_DefNfy(ResPtr res, Int message, ClientPtr data);
 BoolEnum MBAR_IsMBar(ResPtr res);
+// For the automation surface: a line per item, "<path>/<index>", class
+// "MItem", the item's box, state E when it can be chosen and S while its
+// menu is open, and the label as shown.
+void MBAR_Describe(WgtPtr wgt, struct AutomDesc* desc);
 
 // --- Cursor ----------------------------------------------------------------------
 Int MBAR_GoFirst(MBarPtr bar);

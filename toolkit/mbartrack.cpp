@@ -59,7 +59,8 @@ void openBarItem(Int index, bool keyboard) {
   setBarHilite(index);
   MenuPtr menu = MITEM_GetSubMenu(barItemAt(index));
   if (!menu) return;
-  MenuShowNear(menu, barItemScreenBox(index), 0, MBarItemIsRightAligned(sT.bar, index));
+  MenuShowNear(menu, barItemScreenBox(index), 0, MBarItemIsRightAligned(sT.bar, index),
+               MITEM_GetLabel(barItemAt(index)));
   sT.open.push_back(menu);
   if (keyboard) MenuSetHilite(menu, MenuNextChoosable(menu, -1, 1));
 }
@@ -74,7 +75,7 @@ void openSub(size_t level, Int index, bool keyboard) {
   _Rect16Rec box = MenuScreenBox(menu);
   _Rect16Rec anchor = RECT16_Make(box.Origin.X, box.Origin.Y + MenuItemTop(menu, index), box.Extent.X,
                                   MenuRowHeight(MENU_GetNthItem(menu, index)));
-  MenuShowNear(sub, anchor, 1, 0);
+  MenuShowNear(sub, anchor, 1, 0, MITEM_GetLabel(MENU_GetNthItem(menu, index)));
   sT.open.push_back(sub);
   if (keyboard) MenuSetHilite(sub, MenuNextChoosable(sub, -1, 1));
 }

@@ -4,6 +4,9 @@
 
 #include <algorithm>
 
+#include <cstdio>
+
+#include "toolkit/autom.h"
 #include "toolkit/dsply.h"
 #include "toolkit/menupriv.h"
 #include "toolkit/pfld.h"
@@ -157,6 +160,7 @@ WinPtr S_Shell(MenuPtr menu, const _Rect16Rec& box) {
   WIN_Init(shell);
   menu->Shell = shell;
   WgtPtr w = MENU_Wgt(menu);
+  AUTOM_SetContent(shell, w);
   w->Win = shell;
   w->Panel = WIN_Panel(shell);
   w->Index = 0x7fff;  // no sibling lies over it
@@ -169,6 +173,7 @@ void S_MenuDestruct(ResPtr res) {
   MBarTrackMenuGone(menu);
   if (WinPtr shell = menu->Shell) {
     menu->Shell = nullptr;
+    AUTOM_SetContent(shell, nullptr);
     ResPtr sr = WGT_Res(WIN_Wgt(shell));
     sr->ClientData = nullptr;
     sr->Notify = WIN_DefNfy;
@@ -228,6 +233,27 @@ long MENU_DefNfy(ResPtr res, Int message, ClientPtr data) {
       return 0;
     default:
       return WGT_DefNfy(res, message, data);
+  }
+}
+
+void MENU_Describe(WgtPtr wgt, AutomDesc* desc) {
+  MenuPtr menu = reinterpret_cast<MenuPtr>(wgt);
+  int width = wgt->Box.Extent.X, height = wgt->Box.Extent.Y;
+  // The pin row that tears the menu off is pressed as an item is.
+  if (menu->UsePin) AUTOM_AddLine(desc, "/pin", "MPin", RECT16_Make(0, padTop(), width, pinRow(menu)), "VE", "");
+  int top = firstTop(menu);
+  for (Int i = menu->ScrollTop; i < MENU_GetNumElts(menu) && top < height; i++) {
+    MItemPtr item = itemAt(menu, i);
+    int h = MenuRowHeight(item);
+    std::string state = "V";
+    if (MITEM_IsChoosable(item)) state += 'E';
+    if (item->Checked && item->CheckType != MITEM_CHECKNONE) state += 'S';
+    if (i == menu->Hilite) state += 'F';
+    char suffix[24];
+    std::snprintf(suffix, sizeof suffix, "/%ld", static_cast<long>(i));
+    AUTOM_AddLine(desc, suffix, item->IsSeparator ? "MSep" : "MItem", RECT16_Make(0, top, width, h), state.c_str(),
+                  item->IsSeparator ? "" : MITEM_ParseLabel(MITEM_GetLabel(item)).Text.c_str());
+    top += h;
   }
 }
 
@@ -387,7 +413,7 @@ Int MenuItemAt(MenuPtr menu, int y) {
   return -1;
 }
 
-void MenuShowNear(MenuPtr menu, const _Rect16Rec& anchor, BoolEnum beside, BoolEnum alignRight) {
+void MenuShowNear(MenuPtr menu, const _Rect16Rec& anchor, BoolEnum beside, BoolEnum alignRight, const char* title) {
   if (!menu) return;
   _Point16Rec ext = MenuQueryExtent(menu);
   _Point16Rec scr = DSPLY_GetScreenExt();
@@ -420,6 +446,10 @@ void MenuShowNear(MenuPtr menu, const _Rect16Rec& anchor, BoolEnum beside, BoolE
   menu->ScrollTop = 0;
   menu->Hilite = -1;
   WinPtr shell = S_Shell(menu, box);
+  // "File menu": a name of its own, which no window of the program takes
+  // for a menu bar item named as a window is (a tool's item in the Tool
+  // Manager's bar).
+  WIN_SetLabel(shell, (MITEM_ParseLabel(title).Text + " menu").c_str());
   WIN_SetBox(shell, box);
   WgtPtr mw = MENU_Wgt(menu);
   mw->Box = RECT16_Make(0, 0, box.Extent.X, box.Extent.Y);
@@ -433,6 +463,8 @@ void MenuHide(MenuPtr menu) {
   if (!MenuIsShown(menu)) return;
   menu->Hilite = -1;
   WinPutAway(menu->Shell);
+  // A closed menu's window is found by no name.
+  WIN_SetLabel(menu->Shell, "");
   WGT_Send(MENU_Wgt(menu), MENU_NFYENDMENU);
 }
 

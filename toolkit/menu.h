@@ -65,6 +65,12 @@ void MENU_InitClass();
 MenuPtr MENU_Create();
 long MENU_DefNfy(ResPtr res, Int message, ClientPtr data);
 BoolEnum MENU_IsMenu(ResPtr res);
+// For the automation surface: a line per item in view, "<path>/<index>"
+// with the index as MENU_GoIndex counts it, class "MItem" ("MSep" for a
+// separator), the item's row, state E when it can be chosen, S when it is
+// checked, F when it is highlighted, and the label as shown; before them
+// the pin row of a menu that tears off, "<path>/pin", class "MPin".
+void MENU_Describe(WgtPtr wgt, struct AutomDesc* desc);
 
 // --- Cursor ---------------------------------------------------------------------
 Int MENU_GoFirst(MenuPtr menu);  // the new cursor

@@ -23,8 +23,10 @@ int MenuItemTop(MenuPtr menu, Int index);
 // Shows the menu in its window at a place on the screen next to an anchor
 // rectangle (screen coordinates): under it for a pull-down (its right edge
 // under the anchor's with alignRight), beside it for a sub-menu, moved and
-// cut so that it stays on the screen.
-void MenuShowNear(MenuPtr menu, const _Rect16Rec& anchor, BoolEnum beside, BoolEnum alignRight);
+// cut so that it stays on the screen.  The window is named after the title
+// (the label of the item that opens the menu: "File menu"), so that other
+// programs can find it.
+void MenuShowNear(MenuPtr menu, const _Rect16Rec& anchor, BoolEnum beside, BoolEnum alignRight, const char* title);
 void MenuHide(MenuPtr menu);
 BoolEnum MenuIsShown(MenuPtr menu);
 // The menu's window box on the screen.

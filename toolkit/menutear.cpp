@@ -2,6 +2,7 @@
 // window of its own.  The copy is the menu's mirror, so that check marks set
 // on the menu show in it; an item chosen in the window is chosen as the
 // menu's own, under the bar item the menu belongs to.
+#include "toolkit/autom.h"
 #include "toolkit/menupriv.h"
 #include "toolkit/winpub.h"
 
@@ -95,6 +96,7 @@ long S_TornNfy(ResPtr res, Int message, ClientPtr data) {
     case WIN_NFYTERMINATED: {
       long result = WIN_DefNfy(res, message, data);
       if (t) {
+        AUTOM_SetContent(win, nullptr);
         res->ClientData = nullptr;
         S_End(t);
       }
@@ -130,6 +132,7 @@ void MenuTearOff(MenuPtr menu, MBarPtr bar, Int barItem) {
   mw->Box = RECT16_Make(0, 0, ext.X, ext.Y);
   mw->WgtPrivate3 = 0;
   MenuSetMirror(menu, t->mirror);
+  AUTOM_SetContent(win, mw);
   // The window's own reference goes when it is closed (terminated).
   WIN_Show(win);
 }

@@ -217,6 +217,19 @@ void S_KeyPress(TButPtr b, bool forKeyChar) {
   S_Hit(b);
 }
 
+// A radio button that the arrow keys of its group moved the focus onto is
+// chosen as a click would choose it, as desktop radio groups behave: the
+// keys that move within a group are the panel's, so the key that brought
+// the focus here is matched against its lists.
+bool S_FocusByGroupKey(TButPtr b) {
+  PanelPtr panel = W(b)->Panel;
+  if (b->Mode != TBUT_MODERADIO || !panel) return false;
+  for (ResPtr keys : {panel->KeysNextInGroup, panel->KeysPrevInGroup})
+    if (keys && RCLAS_IsSubClassOf(keys->ResClass, KYLST_Class()) && KYLST_Match(reinterpret_cast<KyLstPtr>(keys)))
+      return true;
+  return false;
+}
+
 void S_DefInit(TButPtr b) {
   WGT_DefInit(W(b));
   if (b->Selected) b->Sel = 1;
@@ -299,8 +312,18 @@ long TBUT_DefNfy(ResPtr res, Int message, ClientPtr data) {
         return 0;
       }
       return WGT_DefNfy(res, message, data);
+    case WGT_NFYFOCUSGAINED: {
+      redraw(b);
+      long result = WGT_DefNfy(res, message, data);
+      if (S_FocusByGroupKey(b) && WGT_CanProcessEvent(w)) {
+        // The tool's handler may end the button: it is held until done.
+        RES_Use(res);
+        S_Hit(b);
+        RES_Release(res);
+      }
+      return result;
+    }
     case WGT_NFYGAINFOCUS:
-    case WGT_NFYFOCUSGAINED:
     case WGT_NFYFOCUSLOST:
     case WGT_NFYACTIVATE:
     case WGT_NFYDEACTIVATE:

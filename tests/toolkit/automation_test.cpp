@@ -12,7 +12,9 @@
 
 #include "tests/toolkit/tk_fixture.h"
 #include "toolkit/autom.h"
+#include "toolkit/cbox.h"
 #include "toolkit/lbox.h"
+#include "toolkit/mbar.h"
 #include "toolkit/pfld.h"
 
 namespace {
@@ -71,6 +73,25 @@ std::map<std::string, Line> parse(const std::string& text) {
   return lines;
 }
 
+// The mapped top-level window of that name, found as another client finds
+// it (pop-up windows are children of the root), or 0.
+Window shownWindowNamed(Display* dpy, const std::string& name) {
+  Window root = DefaultRootWindow(dpy), parent = 0, *children = nullptr, found = 0;
+  unsigned count = 0;
+  if (!XQueryTree(dpy, root, &root, &parent, &children, &count)) return 0;
+  for (unsigned i = 0; i < count && !found; i++) {
+    XWindowAttributes a;
+    char* title = nullptr;
+    if (XGetWindowAttributes(dpy, children[i], &a) && a.map_state == IsViewable && XFetchName(dpy, children[i], &title) &&
+        title) {
+      if (name == title) found = children[i];
+      XFree(title);
+    }
+  }
+  if (children) XFree(children);
+  return found;
+}
+
 class AutomationTest : public ToolkitTest {
  protected:
   void SetUp() override {
@@ -94,14 +115,15 @@ class AutomationTest : public ToolkitTest {
     return readProperty(driver_->display(), WIN_GetNatWin(win_));
   }
   std::map<std::string, Line> lines() { return parse(raw()); }
-  // Clicks the centre of a box read from the property, placed on the
-  // screen as another client sees the window.
-  void clickCentre(const Line& l) {
+  // Clicks the centre of a box read from the property of a window (the
+  // test window by default), placed on the screen as another client sees
+  // the window.
+  void clickCentre(const Line& l, Window in = 0) {
     int ax, ay;
     Window unused;
     Display* dpy = driver_->display();
-    XTranslateCoordinates(dpy, WIN_GetNatWin(win_), DefaultRootWindow(dpy), l.x + l.w / 2, l.y + l.h / 2, &ax, &ay,
-                          &unused);
+    XTranslateCoordinates(dpy, in ? in : WIN_GetNatWin(win_), DefaultRootWindow(dpy), l.x + l.w / 2, l.y + l.h / 2,
+                          &ax, &ay, &unused);
     driver_->click(ax, ay);
     settle();
   }
@@ -319,6 +341,14 @@ TEST_F(AutomationTest, AListBoxIsFollowedByItsCellsInView) {
   EXPECT_EQ(l["0/2,1"].x, l["0/1,1"].x + l["0/1,1"].w);
   EXPECT_GE(l["0/1,1"].y, l["0/1,0"].y + l["0/1,0"].h);
   EXPECT_GE(l["0/1,1"].x, 10);
+  // Its scroll bars are parts of it: the vertical one, needed for the
+  // rows out of view, is shown along its right edge.
+  EXPECT_EQ(l["0/c0"].cls, "Sb");
+  EXPECT_EQ(l["0/c1"].cls, "Sb");
+  EXPECT_EQ(l["0/c1"].state, "VE");
+  EXPECT_GE(l["0/c1"].x + l["0/c1"].w, 300);
+  EXPECT_LE(l["0/c1"].x + l["0/c1"].w, 310);
+  EXPECT_GT(l["0/c1"].h, l["0/c1"].w);
 
   // A click on the middle of a cell read from the property selects it.
   const Line& target = l["0/3,3"];
@@ -332,6 +362,103 @@ TEST_F(AutomationTest, AListBoxIsFollowedByItsCellsInView) {
   l = read();
   EXPECT_EQ(l["0/3,3"].state, "VS");
   EXPECT_EQ(l["0/2,2"].state, "V");
+}
+
+std::vector<std::string> gChosen;
+
+long choiceRecordingNfy(ResPtr res, Int message, ClientPtr data) {
+  if (message == WIN_NFYSELMENUBAR) gChosen.push_back(MENU_ChosenGetLabel(MBAR_ChosenGetMenu(WIN_GetMenuBar(WIN_FromRes(res)))));
+  return WIN_DefNfy(res, message, data);
+}
+
+TEST_F(AutomationTest, ABarMenuOpenedFromOutsideDescribesItsItemsAndOneIsClicked) {
+  WinPtr win = keep(tktest::newWin(500, 100, 300, 150, "menus"));
+  MBarPtr bar = MBAR_Create();
+  MBAR_AddItem(bar, "&File");
+  MenuPtr file = MENU_Create();
+  MENU_AddItem(file, "&Open");
+  MENU_AddSeparator(file);
+  MENU_AddItem(file, "&Print");
+  MENU_CurSetEnabled(file, 0);
+  MENU_AddItem(file, "&Wrap\ttext");
+  MENU_CurSetCheckedMode(file, MITEM_CHECKTOGGLE);
+  MENU_CurSetChecked(file, 1);
+  MENU_AddItem(file, "&Quit");
+  MBAR_CurSetSubMenu(bar, file);
+  MBAR_AddItem(bar, "&Edit");
+  MBAR_CurSetEnabled(bar, 0);
+  WIN_SetMenuBar(win, bar);
+  RES_Release(MBAR_Res(bar));
+  RES_Release(MENU_Res(file));
+  gChosen.clear();
+  WGT_Res(WIN_Wgt(win))->Notify = choiceRecordingNfy;
+  WIN_Init(win);
+  ASSERT_TRUE(tktest::showAndWait(win));
+  Display* dpy = driver_->display();
+  auto read = [&](Window w) {
+    settle(20);
+    return parse(readProperty(dpy, w));
+  };
+
+  // The bar follows the window's line, before the children.
+  std::map<std::string, Line> l = read(WIN_GetNatWin(win));
+  ASSERT_EQ(l.count("-/bar"), 1u) << readProperty(dpy, WIN_GetNatWin(win));
+  EXPECT_EQ(l["-/bar"].cls, "MBar");
+  EXPECT_EQ(std::vector<int>({l["-/bar"].x, l["-/bar"].y, l["-/bar"].w, l["-/bar"].h}),
+            std::vector<int>({0, 0, 300, static_cast<int>(MBAR_GetHeight(bar))}));
+  EXPECT_EQ(l["-/bar/0"].cls, "MItem");
+  EXPECT_EQ(l["-/bar/0"].text, "File");
+  EXPECT_EQ(l["-/bar/0"].state, "VE");
+  EXPECT_EQ(l["-/bar/1"].state, "V");
+  EXPECT_GE(l["-/bar/1"].x, l["-/bar/0"].x + l["-/bar/0"].w);
+  EXPECT_EQ(shownWindowNamed(dpy, "File menu"), 0u);
+
+  // A click on the bar item opens the menu: a window named after the item,
+  // whose property gives each item in view with its row.
+  clickCentre(l["-/bar/0"], WIN_GetNatWin(win));
+  Window menuWin = 0;
+  ASSERT_TRUE(tktest::runUntil([&] { return (menuWin = shownWindowNamed(dpy, "File menu")) != 0; }));
+  std::map<std::string, Line> m = read(menuWin);
+  EXPECT_EQ(m["-"].text, "File menu");
+  EXPECT_EQ(m["0"].cls, "Menu");
+  EXPECT_EQ(m["0/0"].cls, "MItem");
+  EXPECT_EQ(m["0/0"].text, "Open");
+  EXPECT_EQ(m["0/0"].state, "VE");
+  EXPECT_EQ(m["0/1"].cls, "MSep");
+  EXPECT_EQ(m["0/2"].state, "V");  // disabled
+  EXPECT_EQ(m["0/3"].state, "VES");  // checked
+  EXPECT_EQ(m["0/3"].text, "Wrap\\ttext");
+  EXPECT_EQ(m.size(), 7u);
+  EXPECT_EQ(m["0/4"].y, m["0/3"].y + m["0/3"].h);
+  EXPECT_EQ(m["0/4"].w, m["0"].w);
+  EXPECT_EQ(read(WIN_GetNatWin(win))["-/bar/0"].state, "VES");  // its menu is open
+
+  // The click on Quit's centre chooses it, and the menu's window goes.
+  clickCentre(m["0/4"], menuWin);
+  ASSERT_TRUE(tktest::runUntil([&] { return shownWindowNamed(dpy, "File menu") == 0; }));
+  EXPECT_EQ(gChosen, std::vector<std::string>({"&Quit"}));
+  EXPECT_EQ(read(WIN_GetNatWin(win))["-/bar/0"].state, "VE");
+}
+
+TEST_F(AutomationTest, TheComboBoxListDescribesItsCells) {
+  WinPtr win = keep(tktest::newWin(500, 100, 300, 150, "combo"));
+  CBoxPtr box = CBOX_Create();
+  CBOX_Wgt(box)->ResBox = RECT16_Make(10, 10, 200, 26);
+  for (const char* label : {"red", "green", "blue"}) {
+    CBOX_GoIndex(box, CBOX_GetNumElts(box));
+    CBOX_CurAddElt(box, label, nullptr);
+  }
+  PANEL_AddWgt(WIN_Panel(win), CBOX_Wgt(box));
+  WIN_Init(win);
+  ASSERT_TRUE(tktest::showAndWait(win));
+  CBOX_OpenList(box);
+  ASSERT_TRUE(tktest::runUntil([&] { return WIN_IsOpen(CBOX_GetListWin(box)); }));
+  settle(50);
+  std::map<std::string, Line> l = parse(readProperty(driver_->display(), WIN_GetNatWin(CBOX_GetListWin(box))));
+  EXPECT_EQ(l["0"].cls, "LBox");
+  EXPECT_EQ(l["0/1,3"].cls, "Cell");
+  EXPECT_EQ(l["0/1,3"].text, "blue");
+  CBOX_CloseList(box);
 }
 
 TEST_F(AutomationTest, AWindowDestroyedByAnotherClientEndsNothing) {

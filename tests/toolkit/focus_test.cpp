@@ -48,12 +48,20 @@ TEST_F(FocusTest, TabAndShiftTabWalkTheWindowAndLeaveARadioGroupWithOneKey) {
             (std::vector<WgtPtr>{child(5), child(4), radio(2), child(2), child(1)}));
 
   // The arrows move within the group, round its ends, and only there.
+  tktest::NfyLog log;
+  for (Int i = 0; i < 3; i++) tktest::logTo(radio(i), &log);
   driver_->key(XK_Tab);
   driver_->key(XK_Tab);
   settle(20);
   ASSERT_EQ(focus(), radio(0));
+  // An arrow chooses the radio button it lands on, with the hit of a click;
+  // Tab into the group chose nothing.
+  EXPECT_EQ(log.count(TBUT_NFYHIT), 0);
   EXPECT_EQ(walk(3, XK_Down), (std::vector<WgtPtr>{radio(1), radio(2), radio(0)}));
   EXPECT_EQ(walk(1, XK_Up), (std::vector<WgtPtr>{radio(2)}));
+  EXPECT_EQ(TBUT_PanelGetSelectedRadio(reinterpret_cast<PanelPtr>(child(3))), TBUT_FromWgt(radio(2)));
+  EXPECT_EQ(log.count(radio(2), TBUT_NFYHIT), 2);
+  EXPECT_EQ(log.count(TBUT_NFYHIT), 4);
   WGT_GainFocus(child(1));
   EXPECT_EQ(walk(1, XK_Down), (std::vector<WgtPtr>{child(1)}));
 

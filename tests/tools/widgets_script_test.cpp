@@ -80,6 +80,12 @@ TEST(WidgetsScript, ListsTheTestWindowAndClicksItsWidgetsByTextAndPath) {
     return run(script + " 'Widget test'", &list) == 0 && list.find("\tVES\tWarm\n") != std::string::npos;
   })) << list;
 
+  // A menu: the bar item opens it, and its window, named after the item,
+  // is read and clicked in the same way.
+  ASSERT_EQ(run(script + " 'Widget test' MItem Edit", nullptr), 0);
+  ASSERT_TRUE(waitFor([&] { return run(script + " 'Edit menu' MItem 'Wrap Lines'", nullptr) == 0; }));
+  EXPECT_TRUE(waitFor([&] { return owbtest::readWholeFile(out).find("Wrap Lines on\n") != std::string::npos; }));
+
   // OK by its path ends the program.
   ASSERT_EQ(run(script + " 'Widget test' --path 4", nullptr), 0);
   EXPECT_TRUE(waitFor([&] { return waitpid(demo, nullptr, WNOHANG) == demo; }));
