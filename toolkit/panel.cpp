@@ -176,9 +176,12 @@ BoolEnum focusStep(PanelPtr panel, int direction, bool inGroup) {
     if (pos == n) {
       if (inGroup) continue;
       // Leaving this panel: a sub-panel hands over to its parent; in a
-      // window the focus goes round again.
+      // window the focus is removed, and the next step starts again from
+      // the first widget (or the last, going back).
       if (PANEL_Wgt(panel)->Panel) return 0;
-      continue;
+      if (!current) continue;
+      PANEL_SetFocusWgt(panel, nullptr);
+      return 1;
     }
     WgtPtr c = order[static_cast<size_t>(pos)];
     if (!takesInput(c)) continue;
