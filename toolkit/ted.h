@@ -42,6 +42,7 @@
 #include <string>
 
 #include "toolkit/gstr.h"
+#include "toolkit/sarea.h"
 #include "toolkit/twlay.h"
 #include "toolkit/wgtpub.h"
 
@@ -79,8 +80,12 @@ struct _TEdIndexRangeRec {
   Int32 End;
 };
 
+// An editor is a scrolling area: a multi-line one shows a vertical bar
+// when its text is taller than the field, and a horizontal one when lines
+// do not wrap and are wider; the wheel scrolls it.  The area lies inside
+// the field's frame, right of the label.
 struct _TEdObj {
-  _WgtObj Wgt;
+  _SAreaObj SArea;
   // Resource fields.
   VStrPtr ValKeys;       // more keys that validate, as TBUT_SetAccelKeys writes them
   Int32 MaxLen;          // bytes; 0 for no limit
@@ -100,7 +105,6 @@ struct _TEdObj {
   TEdSelRec Sel;
   Int32 Anchor;          // the fixed end while the selection is being extended
   Int32 GoalX;           // x the caret keeps over vertical moves, -1 none
-  Int32 ScrollX, ScrollY;
   UInt Overstrike : 1;
   UInt CaretShown : 1;
   UInt Highlit : 1;
@@ -118,6 +122,7 @@ typedef _TEdObj* TEdPtr;
 
 inline WgtPtr TED_Wgt(TEdPtr ted) { return reinterpret_cast<WgtPtr>(ted); }
 inline TEdPtr TED_FromWgt(WgtPtr wgt) { return reinterpret_cast<TEdPtr>(wgt); }
+inline SAreaPtr TED_SArea(TEdPtr ted) { return reinterpret_cast<SAreaPtr>(ted); }
 
 RClasPtr TED_Class();
 void TED_InstallClass();

@@ -366,7 +366,7 @@ TEST_F(TEdInput, MultiLineBreaksWrapsAndMovesByLines) {
   key(XK_Home, XK_Control_L);
   key(XK_Next);
   EXPECT_GT(TED_GetInsertPos(multi_), 0);
-  EXPECT_GT(multi_->ScrollY, 0);
+  EXPECT_GT(SAREA_GetScrollY(TED_SArea(multi_)), 0);
   _Point16Rec loc;
   EXPECT_TRUE(TED_IndexQueryLoc(multi_, TED_GetInsertPos(multi_), &loc));
 }
