@@ -207,10 +207,20 @@ long SAREA_DefNfy(ResPtr res, Int message, ClientPtr data) {
       PANEL_DefNfy(res, message, data);
       SAreaLayout(a);
       return 0;
-    case WGT_NFYMOUSECLICK:
-      PANEL_DefMouseClick(reinterpret_cast<PanelPtr>(a));  // the bars first
-      if (!WGT_IsMouseHandled() && EVENT_GetWheel()) S_Wheel(a, EVENT_GetWheel());
+    case WGT_NFYMOUSECLICK: {
+      // The bars first.  A bar's press tracks the mouse through the loop,
+      // whose events clear the handled mark, so the mark is set again for
+      // the subclass that looks at it afterwards.
+      _Point16Rec loc;
+      EVENT_QueryWgtLoc(w, &loc);
+      bool onBar = false;
+      for (SbPtr bar : {a->HSb, a->VSb})
+        onBar = onBar || (!SB_Wgt(bar)->Invisible && RECT16_Contains(SB_Wgt(bar)->Box, loc.X, loc.Y));
+      PANEL_DefMouseClick(reinterpret_cast<PanelPtr>(a));
+      if (onBar) WGT_MouseHandled(w);
+      else if (!WGT_IsMouseHandled() && EVENT_GetWheel()) S_Wheel(a, EVENT_GetWheel());
       return 0;
+    }
     case WGT_NFYKEYCHAR:
       S_KeyChar(a);
       return 0;
