@@ -32,6 +32,8 @@ _PFldRec sTEdFields[] = {TED_FIELD("ValKeys", ValKeys, PFLD_VSTR, PFLD_KINDTEXT)
                          TED_FIELD("LabelFont", LabelFontName, PFLD_VSTR, PFLD_KINDVALUE),
                          TED_FIELD("LabelFgColor", LabelFgColorName, PFLD_VSTR, PFLD_KINDVALUE),
                          TED_FIELD("LabelBgColor", LabelBgColorName, PFLD_VSTR, PFLD_KINDVALUE),
+                         TED_FIELD("LabelPen", LabelPenName, PFLD_VSTR, PFLD_KINDVALUE),
+                         TED_FIELD("LabelPattern", LabelPatternName, PFLD_VSTR, PFLD_KINDVALUE),
                          TED_FIELD("InitialText", InitialText, PFLD_VSTR, PFLD_KINDTEXT),
                          TED_FIELD("Label", Label, PFLD_VSTR, PFLD_KINDTEXT),
                          {nullptr, 0, 0, 0, 0, -1}};

@@ -79,6 +79,17 @@ struct _TEdIndexRangeRec {
   Int32 Beg;
   Int32 End;
 };
+// The look of a run of text: what a styled range would carry.  The editor
+// shows plain text in one font; the record names the parts for callers
+// that describe a look.
+struct _TEdGStyleRec {
+  FontPtr Font;
+  ColorPtr BgColor;
+  ColorPtr FgColor;
+  PenPtr Pen;
+  CursPtr Cursor;
+  ResPtr Pattern;
+};
 
 // An editor is a scrolling area: a multi-line one shows a vertical bar
 // when its text is taller than the field, and a horizontal one when lines
@@ -97,6 +108,8 @@ struct _TEdObj {
   VStrPtr LabelFontName;
   VStrPtr LabelFgColorName;
   VStrPtr LabelBgColorName;
+  VStrPtr LabelPenName;      // kept from the template; labels are drawn with
+  VStrPtr LabelPatternName;  // a solid pen and no pattern in this look
   VStrPtr InitialText;
   VStrPtr Label;
   // Kept by the editor.
