@@ -191,7 +191,9 @@ BoolEnum focusStep(PanelPtr panel, int direction, bool inGroup) {
       if (!(c->WgtFlags & WGT_FLAGTABSTOP)) continue;
       if (currentInGroup && (c->WgtFlags & WGT_FLAGGROUP)) continue;  // a tab leaves a radio group
     }
-    if (PANEL_IsPanel(c)) {
+    // A panel with children passes the focus on to them; one without (a
+    // scrolling widget such as a text editor) takes it itself.
+    if (PANEL_IsPanel(c) && PANEL_GetNumWgts(asPanel(c)) > 0) {
       PanelPtr sub = asPanel(c);
       sub->FocusWgt = nullptr;
       if (direction > 0 ? PANEL_FocusOnNextWgt(sub) : PANEL_FocusOnPrevWgt(sub)) return 1;

@@ -135,18 +135,7 @@ void S_Redraw(SAreaPtr a) {
     WGT_Send(w, SAREA_NFYDRAWPART, &rec);
     WGT_EndDraw(pd);
   }
-  // The square where two bars meet.
-  WgtPtr h = SB_Wgt(a->HSb), v = SB_Wgt(a->VSb);
-  if (!h->Invisible && !v->Invisible) {
-    DrawPtr cd = WGT_BeginDraw(w);
-    DRAW_FillRect(cd, RECT16_Make(v->Box.Origin.X, h->Box.Origin.Y, v->Box.Extent.X, h->Box.Extent.Y), COLOR_Window());
-    WGT_EndDraw(cd);
-  }
-  for (WgtPtr bar : {h, v}) {
-    if (bar->Invisible) continue;
-    bar->WgtPrivate3 = 0;  // its visible region follows the area's
-    WGT_Send(bar, WGT_NFYREDRAW);
-  }
+  SAreaDrawBars(a);
 }
 
 void S_Wheel(SAreaPtr a, Int wheel) {
@@ -218,10 +207,20 @@ long SAREA_DefNfy(ResPtr res, Int message, ClientPtr data) {
       PANEL_DefNfy(res, message, data);
       SAreaLayout(a);
       return 0;
-    case WGT_NFYMOUSECLICK:
-      PANEL_DefMouseClick(reinterpret_cast<PanelPtr>(a));  // the bars first
-      if (!WGT_IsMouseHandled() && EVENT_GetWheel()) S_Wheel(a, EVENT_GetWheel());
+    case WGT_NFYMOUSECLICK: {
+      // The bars first.  A bar's press tracks the mouse through the loop,
+      // whose events clear the handled mark, so the mark is set again for
+      // the subclass that looks at it afterwards.
+      _Point16Rec loc;
+      EVENT_QueryWgtLoc(w, &loc);
+      bool onBar = false;
+      for (SbPtr bar : {a->HSb, a->VSb})
+        onBar = onBar || (!SB_Wgt(bar)->Invisible && RECT16_Contains(SB_Wgt(bar)->Box, loc.X, loc.Y));
+      PANEL_DefMouseClick(reinterpret_cast<PanelPtr>(a));
+      if (onBar) WGT_MouseHandled(w);
+      else if (!WGT_IsMouseHandled() && EVENT_GetWheel()) S_Wheel(a, EVENT_GetWheel());
       return 0;
+    }
     case WGT_NFYKEYCHAR:
       S_KeyChar(a);
       return 0;
@@ -254,7 +253,8 @@ void SAreaLayout(SAreaPtr a) {
   if (!a) return;
   WgtPtr w = W(a);
   int frame = (a->HVFlags & SAREA_BORDER) ? 1 : 0;
-  _Rect16Rec inner = RECT16_Inset(RECT16_Make(0, 0, w->Box.Extent.X, w->Box.Extent.Y), frame);
+  _Rect16Rec whole = RECT16_IsEmpty(a->AreaBox) ? RECT16_Make(0, 0, w->Box.Extent.X, w->Box.Extent.Y) : a->AreaBox;
+  _Rect16Rec inner = RECT16_Inset(whole, frame);
   int hx = a->HeadExt.X < 0 ? 0 : a->HeadExt.X, hy = a->HeadExt.Y < 0 ? 0 : a->HeadExt.Y;
   if (hx > inner.Extent.X) hx = inner.Extent.X;
   if (hy > inner.Extent.Y) hy = inner.Extent.Y;
@@ -362,6 +362,23 @@ Int SAREA_QueryPartOnLoc(SAreaPtr area, Int x, Int y) {
   for (Int part = SAREA_PARTBODY; part <= SAREA_PARTCORNER; part++)
     if (RECT16_Contains(partRect(area, part), x, y)) return part;
   return -1;
+}
+
+void SAreaDrawBars(SAreaPtr a) {
+  if (!a) return;
+  WgtPtr w = W(a);
+  // The square where two bars meet.
+  WgtPtr h = SB_Wgt(a->HSb), v = SB_Wgt(a->VSb);
+  if (!h->Invisible && !v->Invisible) {
+    DrawPtr cd = WGT_BeginDraw(w);
+    DRAW_FillRect(cd, RECT16_Make(v->Box.Origin.X, h->Box.Origin.Y, v->Box.Extent.X, h->Box.Extent.Y), COLOR_Window());
+    WGT_EndDraw(cd);
+  }
+  for (WgtPtr bar : {h, v}) {
+    if (bar->Invisible) continue;
+    bar->WgtPrivate3 = 0;  // its visible region follows the area's
+    WGT_Send(bar, WGT_NFYREDRAW);
+  }
 }
 
 SbPtr SAREA_GetHSb(SAreaPtr area) { return area ? area->HSb : nullptr; }

@@ -81,6 +81,9 @@ struct _SAreaObj {
   Int Hit;              // the part of the last click, SAREA_PART...
   Int32 Loc32X, Loc32Y; // its document point
   Int32 StepX, StepY;   // an arrow's and a wheel step's move
+  _Rect16Rec AreaBox;   // where the area lies in the widget (widget
+                        // coordinates); empty for the whole widget, so that
+                        // a subclass may keep room beside it (a label)
 };
 typedef _SAreaObj* SAreaPtr;
 
@@ -114,6 +117,9 @@ Int SAREA_QueryPartOnLoc(SAreaPtr area, Int x, Int y);
 // Lays the area out again (the bars and the view box) after a change of
 // its box, its headings or its document.
 void SAreaLayout(SAreaPtr area);
+// Draws the bars that are shown and the square where they meet; for a
+// subclass that draws the rest of the area itself.
+void SAreaDrawBars(SAreaPtr area);
 
 SbPtr SAREA_GetHSb(SAreaPtr area);
 SbPtr SAREA_GetVSb(SAreaPtr area);

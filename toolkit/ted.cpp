@@ -32,6 +32,8 @@ _PFldRec sTEdFields[] = {TED_FIELD("ValKeys", ValKeys, PFLD_VSTR, PFLD_KINDTEXT)
                          TED_FIELD("LabelFont", LabelFontName, PFLD_VSTR, PFLD_KINDVALUE),
                          TED_FIELD("LabelFgColor", LabelFgColorName, PFLD_VSTR, PFLD_KINDVALUE),
                          TED_FIELD("LabelBgColor", LabelBgColorName, PFLD_VSTR, PFLD_KINDVALUE),
+                         TED_FIELD("LabelPen", LabelPenName, PFLD_VSTR, PFLD_KINDVALUE),
+                         TED_FIELD("LabelPattern", LabelPatternName, PFLD_VSTR, PFLD_KINDVALUE),
                          TED_FIELD("InitialText", InitialText, PFLD_VSTR, PFLD_KINDTEXT),
                          TED_FIELD("Label", Label, PFLD_VSTR, PFLD_KINDTEXT),
                          {nullptr, 0, 0, 0, 0, -1}};
@@ -114,31 +116,77 @@ int S_Border(TEdPtr t) { return (t->OptFlags & TED_OPTNOBORDER) ? 0 : 1; }
 
 }  // namespace
 
+namespace {
+
+int S_LeftMargin(TEdPtr t) { return t->LeftMargin > 0 ? WGT_ScaleX16(W(t), t->LeftMargin) : px(5); }
+int S_RightMargin(TEdPtr t) { return t->RightMargin > 0 ? WGT_ScaleX16(W(t), t->RightMargin) : px(5); }
+int S_TopMargin(TEdPtr t) { return multiLine(t) ? px(3) : 0; }
+bool S_Wraps(TEdPtr t) { return multiLine(t) && (t->OptFlags & TED_OPTWRAP); }
+
+// Places the scrolling area inside the field's frame, with the left and
+// top margins as its headings: its body is then the text box plus the
+// right margin, which belongs to the document so that the end of the
+// longest line can be scrolled clear of the edge.
+void S_Place(TEdPtr t) {
+  SAreaPtr a = TED_SArea(t);
+  _Rect16Rec box = RECT16_Inset(S_FieldBox(t), S_Border(t));
+  if (box.Extent.X < 1) box.Extent.X = 1;
+  if (box.Extent.Y < 1) box.Extent.Y = 1;
+  UInt16 flags = multiLine(t) ? static_cast<UInt16>(SAREA_VSB | (S_Wraps(t) ? 0 : SAREA_HSB)) : 0;
+  _Point16Rec head{static_cast<Int16>(S_LeftMargin(t)), static_cast<Int16>(S_TopMargin(t))};
+  a->StepY = S_LineH(t);
+  if (RECT16_Equal(a->AreaBox, box) && a->HVFlags == flags && a->HeadExt.X == head.X && a->HeadExt.Y == head.Y)
+    return;
+  a->AreaBox = box;
+  a->HVFlags = flags;
+  a->HeadExt = head;
+  a->HeadSep = a->SbSep = 0;
+  SAreaLayout(a);
+}
+
+}  // namespace
+
 _Rect16Rec TEdQueryTextBox(TEdPtr ted) {
-  _Rect16Rec f = S_FieldBox(ted);
-  int b = S_Border(ted);
-  int left = b + (ted->LeftMargin > 0 ? WGT_ScaleX16(W(ted), ted->LeftMargin) : px(5));
-  int right = b + (ted->RightMargin > 0 ? WGT_ScaleX16(W(ted), ted->RightMargin) : px(5));
-  int top = b + (multiLine(ted) ? px(3) : 0);
-  int w = f.Extent.X - left - right, h = f.Extent.Y - 2 * top;
-  return RECT16_Make(f.Origin.X + left, f.Origin.Y + top, w < 0 ? 0 : w, h < 0 ? 0 : h);
+  S_Place(ted);
+  _Rect16Rec v = SAREA_GetViewBox(TED_SArea(ted));
+  int w = v.Extent.X - S_RightMargin(ted);
+  return RECT16_Make(v.Origin.X, v.Origin.Y, w < 0 ? 0 : w, v.Extent.Y);
 }
 
 namespace {
 
-// The layout, up to date with the text, the font and the width.
+int S_CaretW() { return px(2); }
+
+// Gives the scrolling area the extent of the laid-out text; true when the
+// text box's width changed with it (a bar came or went).
+bool S_SetDocExt(TEdPtr t) {
+  SAreaPtr a = TED_SArea(t);
+  TWLayPtr lay = t->Lay;
+  Int32 width = multiLine(t) ? TWLAY_GetDocWidth(lay) : TWLAY_GetLine(lay, 0).Width;
+  int64_t height = multiLine(t) ? static_cast<int64_t>(TWLAY_GetNumLines(lay)) * S_LineH(t) + S_TopMargin(t) : 0;
+  Int16 before = a->ViewBox.Extent.X;
+  SAREA_SetDocExt(a, width + S_CaretW() + S_RightMargin(t), height > INT32_MAX ? INT32_MAX : static_cast<Int32>(height));
+  return a->ViewBox.Extent.X != before;
+}
+
+// The layout, up to date with the text, the font and the width.  With
+// wrapping, a bar that appears narrows the text, so the text is laid out
+// again (it then only grows taller and the bar stays).
 TWLayPtr S_Lay(TEdPtr t) {
-  Int32 wrap = multiLine(t) && (t->OptFlags & TED_OPTWRAP) ? TEdQueryTextBox(t).Extent.X : 0;
-  if (wrap < 0) wrap = 0;
-  if (!t->Lay) {
-    t->Lay = TWLAY_New(t->Text, S_Font(t));
-    t->Lay->WrapWidth = wrap;
-    TWLAY_Recompute(t->Lay);
-    t->LayStale = 0;
-  } else if (t->LayStale || t->Lay->Font != S_Font(t) || t->Lay->WrapWidth != wrap) {
-    t->Lay->WrapWidth = wrap;
-    TWLAY_SetFont(t->Lay, S_Font(t));  // lays out again
-    t->LayStale = 0;
+  for (int pass = 0; pass < 3; pass++) {
+    Int32 wrap = S_Wraps(t) ? TEdQueryTextBox(t).Extent.X : 0;
+    if (wrap < 0) wrap = 0;
+    if (!t->Lay) {
+      t->Lay = TWLAY_New(t->Text, S_Font(t));
+      t->Lay->WrapWidth = wrap;
+      TWLAY_Recompute(t->Lay);
+      t->LayStale = 0;
+    } else if (t->LayStale || t->Lay->Font != S_Font(t) || t->Lay->WrapWidth != wrap) {
+      t->Lay->WrapWidth = wrap;
+      TWLAY_SetFont(t->Lay, S_Font(t));  // lays out again
+      t->LayStale = 0;
+    }
+    if (!S_SetDocExt(t) || !S_Wraps(t)) break;
   }
   return t->Lay;
 }
@@ -174,33 +222,32 @@ void S_PostShowInsert(TEdPtr t) {
   }
 }
 
+// Scrolls the caret into view: horizontally with a third of the width as
+// context when it has to move, vertically by as little as needed.  The
+// area keeps the position inside the text and the bars' thumbs with it.
 void S_ShowInsert(TEdPtr t) {
   TWLayPtr lay = S_Lay(t);
+  SAreaPtr a = TED_SArea(t);
   _Rect16Rec tb = TEdQueryTextBox(t);
   Int32 caret = S_Caret(t);
-  Int32 line = TWLAY_LineOfIndex(lay, caret);
-  int x = TWLAY_IndexX(lay, caret);
-  int lineH = S_LineH(t);
-  int caretW = px(2);
-  // Horizontal: the caret inside, with a third of the width as context
-  // when it has to move; never past the end of the longest line.
-  int docW = multiLine(t) ? TWLAY_GetDocWidth(lay) : TWLAY_GetLine(lay, 0).Width;
-  if (x - t->ScrollX > tb.Extent.X - caretW) t->ScrollX = x - tb.Extent.X * 2 / 3;
-  if (x - t->ScrollX < 0) t->ScrollX = x - tb.Extent.X / 3;
-  int maxX = docW + caretW - tb.Extent.X;
-  if (t->ScrollX > maxX) t->ScrollX = maxX;
-  if (t->ScrollX < 0) t->ScrollX = 0;
-  if (!multiLine(t)) {
-    t->ScrollY = 0;
-    return;
+  int64_t x = TWLAY_IndexX(lay, caret);
+  int64_t sx = a->DocBox.X, sy = a->DocBox.Y;
+  if (x - sx > tb.Extent.X - S_CaretW()) sx = x - tb.Extent.X * 2 / 3;
+  if (x - sx < 0) sx = x - tb.Extent.X / 3;
+  if (multiLine(t)) {
+    int lineH = S_LineH(t);
+    int64_t y = static_cast<int64_t>(TWLAY_LineOfIndex(lay, caret)) * lineH;
+    if (y - sy < 0) sy = y;
+    if (y + lineH - sy > tb.Extent.Y) sy = y + lineH - tb.Extent.Y;
+  } else {
+    sy = 0;
   }
-  int y = line * lineH;
-  if (y - t->ScrollY < 0) t->ScrollY = y;
-  if (y + lineH - t->ScrollY > tb.Extent.Y) t->ScrollY = y + lineH - tb.Extent.Y;
-  int maxY = TWLAY_GetNumLines(lay) * lineH - tb.Extent.Y;
-  if (t->ScrollY > maxY) t->ScrollY = maxY;
-  if (t->ScrollY < 0) t->ScrollY = 0;
+  auto fit = [](int64_t v) { return static_cast<Int32>(v < 0 ? 0 : v > INT32_MAX ? INT32_MAX : v); };
+  SAREA_ScrollTo(a, fit(sx), fit(sy));
 }
+
+Int32 S_ScrollX(TEdPtr t) { return TED_SArea(t)->DocBox.X; }
+Int32 S_ScrollY(TEdPtr t) { return TED_SArea(t)->DocBox.Y; }
 
 // --- Drawing ----------------------------------------------------------------------------
 
@@ -278,9 +325,9 @@ void S_Redraw(TEdPtr t) {
   DRAW_ClipRect(d, tb);
   FontPtr font = S_Font(t);
   int lineH = S_LineH(t);
-  int top = S_TextTop(t) - t->ScrollY;
+  int top = S_TextTop(t) - S_ScrollY(t);
   Int32 count = TWLAY_GetNumLines(lay);
-  Int32 first = t->ScrollY / lineH;
+  Int32 first = S_ScrollY(t) / lineH;
   if (first < 0) first = 0;
   ColorPtr fg = enabled ? WGT_GetFgColor(w) : COLOR_DisabledText();
   Int32 selBeg = t->Sel.Beg, selEnd = t->Sel.End;
@@ -289,7 +336,7 @@ void S_Redraw(TEdPtr t) {
     int y = top + i * lineH;
     if (y >= tb.Origin.Y + tb.Extent.Y) break;
     const TWLayLine& line = TWLAY_GetLine(lay, i);
-    int left = S_LineLeft(t, line) - t->ScrollX;
+    int left = S_LineLeft(t, line) - S_ScrollX(t);
     if (showSel && selBeg <= line.End && selEnd > line.Beg) {
       Int32 b = selBeg > line.Beg ? selBeg : line.Beg;
       Int32 e = selEnd < line.End ? selEnd : line.End;
@@ -306,7 +353,7 @@ void S_Redraw(TEdPtr t) {
     Int32 caret = S_Caret(t);
     Int32 li = TWLAY_LineOfIndex(lay, caret);
     const TWLayLine& line = TWLAY_GetLine(lay, li);
-    int x = S_LineLeft(t, line) - t->ScrollX + TWLAY_IndexX(lay, caret);
+    int x = S_LineLeft(t, line) - S_ScrollX(t) + TWLAY_IndexX(lay, caret);
     int y = top + li * lineH;
     if (t->Overstrike) {
       Int32 n = 1;
@@ -318,6 +365,7 @@ void S_Redraw(TEdPtr t) {
     }
   }
   WGT_EndDraw(d);
+  SAreaDrawBars(TED_SArea(t));
 }
 
 // --- Caret and highlight -------------------------------------------------------------------
@@ -566,7 +614,7 @@ void S_KeyPage(TEdPtr t, int direction, UInt mods) {
   Int32 count = TWLAY_GetNumLines(lay);
   if (target < 0) target = 0;
   if (target >= count) target = count - 1;
-  t->ScrollY += direction * page * lineH;
+  SAREA_ScrollBy(TED_SArea(t), 0, direction * page * lineH);
   S_MoveTo(t, TWLAY_IndexAtX(lay, target, t->GoalX), (mods & EVENT_MODSHIFT) != 0, true);
 }
 
@@ -772,10 +820,8 @@ void S_MouseSelect(TEdPtr t) {
     EVENT_QueryWgtLoc(w, &loc);
     Int32 p = TED_LocGetIndex(t, loc);
     if (t->ClickCount >= 3 && !multiLine(t)) continue;
-    Int32 scrollX = t->ScrollX, scrollY = t->ScrollY;
     S_SelectUnits(t, ab, ae, p);
     S_ShowInsert(t);
-    if (scrollX != t->ScrollX || scrollY != t->ScrollY) S_Inval(t);
   }
   EVENT_TrackDownEnd(w);
   t->Tracking = 0;
@@ -845,7 +891,7 @@ void S_PasteDone(void* client, bool ok, const std::string& text) {
 
 void S_Init(TEdPtr t) {
   WgtPtr w = W(t);
-  WGT_DefInit(w);
+  SAREA_DefNfy(R(t), WGT_NFYINIT, nullptr);  // the widget and the bars
   if (!t->LabelFont) t->LabelFont = FONT_LoadByText(t->LabelFontName);
   if (!t->LabelFgColor) t->LabelFgColor = COLOR_LoadByText(t->LabelFgColorName);
   if (!t->LabelBgColor) t->LabelBgColor = COLOR_LoadByText(t->LabelBgColorName);
@@ -868,7 +914,6 @@ void S_Construct(ResPtr res, ResConstructPtr params) {
   t->Sel = TEdSelRec{0, 0, 1};
   t->Anchor = 0;
   t->GoalX = -1;
-  t->ScrollX = t->ScrollY = 0;
   t->Overstrike = t->CaretShown = t->Highlit = t->Tracking = 0;
   t->LayStale = 1;
   t->LabelFont = nullptr;
@@ -877,7 +922,7 @@ void S_Construct(ResPtr res, ResConstructPtr params) {
   t->LastClickTime = 0;
   t->PasteState = kPasteNone;
   t->PastePos = -1;
-  t->Wgt.WgtFlags |= WGT_FLAGTABSTOP;
+  W(t)->WgtFlags |= WGT_FLAGTABSTOP;
 }
 
 void S_Destruct(ResPtr res) {
@@ -902,8 +947,8 @@ void TEdStartPaste(TEdPtr t, int which) {
 RClasPtr TED_Class() { return sTEd; }
 
 void TED_InstallClass() {
-  WGT_InstallClass();
-  sTEd = WgtRegisterClass("TEd", "TEd", WGT_Class(), sTEdFields, static_cast<Int>(sizeof(_TEdObj)), S_Construct,
+  SAREA_InstallClass();
+  sTEd = WgtRegisterClass("TEd", "TEd", SAREA_Class(), sTEdFields, static_cast<Int>(sizeof(_TEdObj)), S_Construct,
                           S_Destruct, TED_DefNfy);
 }
 
@@ -925,6 +970,7 @@ long TED_DefNfy(ResPtr res, Int message, ClientPtr data) {
       return 0;
     case WGT_NFYRESIZE:
     case WGT_NFYSIZEINIT:
+      SAREA_DefNfy(res, message, data);
       t->LayStale = 1;
       S_PostShowInsert(t);
       S_Inval(t);
@@ -941,14 +987,25 @@ long TED_DefNfy(ResPtr res, Int message, ClientPtr data) {
       _Point16Rec loc;
       EVENT_QueryWgtLoc(w, &loc);
       _Rect16Rec f = S_FieldBox(t);
-      WGT_UseCursor(w, RECT16_Contains(f, loc.X, loc.Y) ? CURS_IBeam() : CURS_Arrow());
+      bool onText = RECT16_Contains(f, loc.X, loc.Y);
+      for (SbPtr bar : {TED_SArea(t)->HSb, TED_SArea(t)->VSb})
+        if (!SB_Wgt(bar)->Invisible && RECT16_Contains(SB_Wgt(bar)->Box, loc.X, loc.Y)) onText = false;
+      WGT_UseCursor(w, onText ? CURS_IBeam() : CURS_Arrow());
       WGT_CursorHandled(w);
       return 0;
     }
     case WGT_NFYMOUSECLICK:
+      // The bars and the wheel first; a single-line editor leaves the
+      // wheel to what lies under it.
+      if (multiLine(t) && WGT_CanProcessEvent(w)) {
+        SAREA_DefNfy(res, message, data);
+        if (WGT_IsMouseHandled()) return 0;
+      }
       S_MouseClick(t);
       if (!WGT_IsMouseHandled()) return WGT_DefNfy(res, message, data);
       return 0;
+    case WGT_NFYMOUSEMOVE:  // the bars light their parts
+      return SAREA_DefNfy(res, message, data);
     case WGT_NFYKEYACCEL:
       if (WGT_HasFocus(w, 0) && WGT_CanProcessEvent(w) && S_KeyAccel(t)) WGT_KeyHandled(w);
       return 0;
@@ -978,11 +1035,14 @@ long TED_DefNfy(ResPtr res, Int message, ClientPtr data) {
       t->PasteState = kPasteNone;
       t->CaretShown = 0;
       t->Highlit = 0;
-      return WGT_DefNfy(res, message, data);
+      return SAREA_DefNfy(res, message, data);
     case TED_NFYVALIDATE:
     case TED_NFYSHOWCURSOR:
     case TED_NFYHIDECURSOR:
     case TED_NFYFULL:
+    case SAREA_NFYDRAWPART:
+    case SAREA_NFYSCROLLED:
+    case SAREA_NFYLAYOUT:
       return 0;
     default:
       return WGT_DefNfy(res, message, data);
@@ -1008,7 +1068,7 @@ void TED_ClearAll(TEdPtr ted) {
   if (ted->Lay) TWLAY_Recompute(ted->Lay);
   ted->Sel = TEdSelRec{0, 0, 1};
   ted->Anchor = 0;
-  ted->ScrollX = ted->ScrollY = 0;
+  SAREA_ScrollTo(TED_SArea(ted), 0, 0);
   ted->GoalX = -1;
   S_Inval(ted);
   if (hadFocus) S_ShowCursor(ted);
@@ -1245,13 +1305,13 @@ Int32 TED_LocGetIndex(TEdPtr ted, _Point16Rec loc) {
   if (!ted) return 0;
   TWLayPtr lay = S_Lay(ted);
   int lineH = S_LineH(ted);
-  int y = loc.Y - S_TextTop(ted) + ted->ScrollY;
+  int y = loc.Y - S_TextTop(ted) + S_ScrollY(ted);
   Int32 line = y < 0 ? 0 : y / lineH;
   Int32 count = TWLAY_GetNumLines(lay);
   if (line >= count) line = count - 1;
   if (!multiLine(ted)) line = 0;
   const TWLayLine& l = TWLAY_GetLine(lay, line);
-  return TWLAY_IndexAtX(lay, line, loc.X - S_LineLeft(ted, l) + ted->ScrollX);
+  return TWLAY_IndexAtX(lay, line, loc.X - S_LineLeft(ted, l) + S_ScrollX(ted));
 }
 
 BoolEnum TED_IndexQueryLoc(TEdPtr ted, Int32 index, _Point16Rec* loc) {
@@ -1260,8 +1320,8 @@ BoolEnum TED_IndexQueryLoc(TEdPtr ted, Int32 index, _Point16Rec* loc) {
   Int32 pos = S_Clamp(ted, index);
   Int32 line = TWLAY_LineOfIndex(lay, pos);
   const TWLayLine& l = TWLAY_GetLine(lay, line);
-  int x = S_LineLeft(ted, l) - ted->ScrollX + TWLAY_IndexX(lay, pos);
-  int y = S_TextTop(ted) - ted->ScrollY + line * S_LineH(ted);
+  int x = S_LineLeft(ted, l) - S_ScrollX(ted) + TWLAY_IndexX(lay, pos);
+  int y = S_TextTop(ted) - S_ScrollY(ted) + line * S_LineH(ted);
   if (loc) *loc = _Point16Rec{static_cast<int16_t>(x), static_cast<int16_t>(y)};
   _Rect16Rec tb = TEdQueryTextBox(ted);
   return x >= tb.Origin.X && x <= tb.Origin.X + tb.Extent.X && y >= tb.Origin.Y &&

@@ -42,6 +42,7 @@
 #include <string>
 
 #include "toolkit/gstr.h"
+#include "toolkit/sarea.h"
 #include "toolkit/twlay.h"
 #include "toolkit/wgtpub.h"
 
@@ -78,9 +79,24 @@ struct _TEdIndexRangeRec {
   Int32 Beg;
   Int32 End;
 };
+// The look of a run of text: what a styled range would carry.  The editor
+// shows plain text in one font; the record names the parts for callers
+// that describe a look.
+struct _TEdGStyleRec {
+  FontPtr Font;
+  ColorPtr BgColor;
+  ColorPtr FgColor;
+  PenPtr Pen;
+  CursPtr Cursor;
+  ResPtr Pattern;
+};
 
+// An editor is a scrolling area: a multi-line one shows a vertical bar
+// when its text is taller than the field, and a horizontal one when lines
+// do not wrap and are wider; the wheel scrolls it.  The area lies inside
+// the field's frame, right of the label.
 struct _TEdObj {
-  _WgtObj Wgt;
+  _SAreaObj SArea;
   // Resource fields.
   VStrPtr ValKeys;       // more keys that validate, as TBUT_SetAccelKeys writes them
   Int32 MaxLen;          // bytes; 0 for no limit
@@ -92,6 +108,8 @@ struct _TEdObj {
   VStrPtr LabelFontName;
   VStrPtr LabelFgColorName;
   VStrPtr LabelBgColorName;
+  VStrPtr LabelPenName;      // kept from the template; labels are drawn with
+  VStrPtr LabelPatternName;  // a solid pen and no pattern in this look
   VStrPtr InitialText;
   VStrPtr Label;
   // Kept by the editor.
@@ -100,7 +118,6 @@ struct _TEdObj {
   TEdSelRec Sel;
   Int32 Anchor;          // the fixed end while the selection is being extended
   Int32 GoalX;           // x the caret keeps over vertical moves, -1 none
-  Int32 ScrollX, ScrollY;
   UInt Overstrike : 1;
   UInt CaretShown : 1;
   UInt Highlit : 1;
@@ -118,6 +135,7 @@ typedef _TEdObj* TEdPtr;
 
 inline WgtPtr TED_Wgt(TEdPtr ted) { return reinterpret_cast<WgtPtr>(ted); }
 inline TEdPtr TED_FromWgt(WgtPtr wgt) { return reinterpret_cast<TEdPtr>(wgt); }
+inline SAreaPtr TED_SArea(TEdPtr ted) { return reinterpret_cast<SAreaPtr>(ted); }
 
 RClasPtr TED_Class();
 void TED_InstallClass();

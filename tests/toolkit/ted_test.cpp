@@ -366,9 +366,96 @@ TEST_F(TEdInput, MultiLineBreaksWrapsAndMovesByLines) {
   key(XK_Home, XK_Control_L);
   key(XK_Next);
   EXPECT_GT(TED_GetInsertPos(multi_), 0);
-  EXPECT_GT(multi_->ScrollY, 0);
+  EXPECT_GT(SAREA_GetScrollY(TED_SArea(multi_)), 0);
   _Point16Rec loc;
   EXPECT_TRUE(TED_IndexQueryLoc(multi_, TED_GetInsertPos(multi_), &loc));
+}
+
+// A text taller than the field shows the bar; the wheel, the bar's track
+// and thumb scroll it, and typing at the end keeps the caret in view with
+// the thumb following.
+TEST_F(TEdInput, ALongTextScrollsByTheWheelTheBarAndTyping) {
+  SAreaPtr area = TED_SArea(multi_);
+  SbPtr vsb = SAREA_GetVSb(area);
+  TED_SetStr(multi_, "short");
+  settle();
+  EXPECT_TRUE(SB_Wgt(vsb)->Invisible);
+  std::string text;
+  for (int i = 0; i < 40; i++) text += "line " + std::to_string(i) + "\n";
+  TED_SetStr(multi_, text.c_str());
+  TED_SetInsertPos(multi_, 0);
+  settle();
+  ASSERT_FALSE(SB_Wgt(vsb)->Invisible);
+  EXPECT_TRUE(SB_Wgt(SAREA_GetHSb(area))->Invisible);  // wrapping: never sideways
+  // The wheel, down and back up.
+  _Point16Rec mid = tktest::absOf(TED_Wgt(multi_), 100, 60);
+  driver_->moveTo(mid.X, mid.Y);
+  driver_->press(5);
+  driver_->release(5);
+  settle();
+  Int32 wheeled = SAREA_GetScrollY(area);
+  EXPECT_GT(wheeled, 0);
+  driver_->press(4);
+  driver_->release(4);
+  settle();
+  EXPECT_EQ(SAREA_GetScrollY(area), 0);
+  // A click on the track below the thumb pages down.
+  _Rect16Rec below = SB_QueryPartRect(vsb, SB_PARTBODY2);
+  clickOn(SB_Wgt(vsb), below.Origin.X + below.Extent.X / 2, below.Origin.Y + below.Extent.Y - 2);
+  EXPECT_GT(SAREA_GetScrollY(area), 0);
+  // Dragging the thumb to the bottom shows the end of the text.
+  _Rect16Rec thumb = SB_QueryPartRect(vsb, SB_PARTTHUMB);
+  _Point16Rec from = tktest::absOf(SB_Wgt(vsb), thumb.Origin.X + thumb.Extent.X / 2, thumb.Origin.Y + 3);
+  _Point16Rec to = tktest::absOf(SB_Wgt(vsb), thumb.Origin.X + thumb.Extent.X / 2, SB_Wgt(vsb)->Box.Extent.Y + 40);
+  // The drag is a loop of its own: the move and the release are scripted
+  // by alarms, which run inside it.
+  struct Drag {
+    owbtest::XTestDriver* driver;
+    _Point16Rec to;
+  } drag{driver_.get(), to};
+  EVENT_StartCBackAlarmDS([](ClientPtr d) {
+    auto* g = static_cast<Drag*>(d);
+    g->driver->moveTo(g->to.X, g->to.Y);
+  }, &drag, 150);
+  EVENT_StartCBackAlarmDS([](ClientPtr d) { static_cast<Drag*>(d)->driver->release(1); }, &drag, 300);
+  driver_->moveTo(from.X, from.Y);
+  driver_->press(1);
+  ASSERT_TRUE(tktest::runUntil([&] { return TIMER_GetQueuedCount() == 0 && !EVENT_IsTracking(); }));
+  settle();
+  Int32 bottom = area->DocBox.H - area->ViewBox.Extent.Y;
+  EXPECT_EQ(SAREA_GetScrollY(area), bottom);
+  EXPECT_EQ(SB_GetThumbPos(vsb), bottom);
+  // Back at the top, the caret goes to the end and typing stays in view.
+  driver_->moveTo(mid.X, mid.Y);
+  for (int i = 0; i < 20; i++) driver_->press(4), driver_->release(4);
+  settle();
+  clickOn(TED_Wgt(multi_), 100, 20);
+  key(XK_End, XK_Control_L);
+  type("more\nand more");
+  _Point16Rec caret;
+  ASSERT_TRUE(TED_IndexQueryLoc(multi_, TED_GetInsertPos(multi_), &caret));
+  _Rect16Rec tb = TEdQueryTextBox(multi_);
+  EXPECT_LE(caret.Y + FONT_GetHeight(WGT_GetFont(TED_Wgt(multi_))), tb.Origin.Y + tb.Extent.Y);
+  EXPECT_GE(caret.Y, tb.Origin.Y);
+  EXPECT_EQ(SB_GetThumbPos(vsb), SAREA_GetScrollY(area));
+  EXPECT_GT(SAREA_GetScrollY(area), 0);
+}
+
+// Without wrapping, a line wider than the field brings the horizontal bar,
+// and the sideways wheel moves along it.
+TEST_F(TEdInput, AWideLineScrollsSideways) {
+  TED_SetOptFlags(multi_, TED_OPTMULTILINE);
+  TED_SetStr(multi_, (std::string(300, 'w') + "\nend").c_str());
+  settle();
+  SAreaPtr area = TED_SArea(multi_);
+  ASSERT_FALSE(SB_Wgt(SAREA_GetHSb(area))->Invisible);
+  _Point16Rec mid = tktest::absOf(TED_Wgt(multi_), 100, 40);
+  driver_->moveTo(mid.X, mid.Y);
+  driver_->press(7);
+  driver_->release(7);
+  settle();
+  EXPECT_GT(SAREA_GetScrollX(area), 0);
+  EXPECT_EQ(SB_GetThumbPos(SAREA_GetHSb(area)), SAREA_GetScrollX(area));
 }
 
 TEST_F(TEdInput, ReadOnlySelectsButTakesNoText) {

@@ -101,18 +101,22 @@ TEST_F(AlertTest, TextAloneGivesOkUnderTheDefaultTitleAndEscapeAnswers) {
   EXPECT_EQ(1, displayAlertWindow("Replace it?", 1, "Replace", "Replace", "Cancel", nullptr, FALSE, nullptr));
 }
 
-// A long text is shown whole, read-only, and the window grows to show it.
+// A long text is shown whole, read-only, and the window grows to show it;
+// beyond three quarters of the screen the text scrolls.
 TEST_F(AlertTest, LongTextIsShownWholeAndTheWindowGrows) {
   std::string text;
   for (int i = 0; i < 40; i++) text += "word" + std::to_string(i) + " ";
   text += std::string(120, 'x');
+  for (int i = 0; i < 200; i++) text += "\nline " + std::to_string(i);
   std::string shown;
   int height = 0;
   UInt16 flags = 0;
+  bool bar = false;
   auto look = [&] {
     TEdPtr ted = TED_FromWgt(child(ALRTW_TEXT));
     shown = TED_GetStr(ted);
     flags = ted->OptFlags;
+    bar = !SB_Wgt(SAREA_GetVSb(TED_SArea(ted)))->Invisible;
     height = WIN_Wgt(ALRTW_GetWin())->Box.Extent.Y;
     press(1);
   };
@@ -122,6 +126,7 @@ TEST_F(AlertTest, LongTextIsShownWholeAndTheWindowGrows) {
   EXPECT_TRUE(flags & TED_OPTREADONLY);
   EXPECT_TRUE(flags & TED_OPTWRAP);
   EXPECT_GT(height, 200);
+  EXPECT_TRUE(bar);
 }
 
 ErrorCode gPings = 0;
