@@ -12,6 +12,7 @@
 #include <string>
 #include <vector>
 
+#include "bench/bench_timing.h"
 #include "tests/xvfb_support.h"
 #include "toolkit/app.h"
 #include "toolkit/dsply.h"
@@ -104,16 +105,8 @@ void BM_LayoutUpdateOneKey(benchmark::State& state) {
 }
 BENCHMARK(BM_LayoutUpdateOneKey)->Unit(benchmark::kMicrosecond);
 
-int64_t nowUs() {
-  timespec ts;
-  clock_gettime(CLOCK_MONOTONIC, &ts);
-  return static_cast<int64_t>(ts.tv_sec) * 1000000 + ts.tv_nsec / 1000;
-}
-
-double median(std::vector<double> v) {
-  std::sort(v.begin(), v.end());
-  return v.empty() ? 0 : v[v.size() / 2];
-}
+using benchtiming::median;
+using benchtiming::nowUs;
 
 std::string tenThousandLines(const char* word) {
   std::string text;
