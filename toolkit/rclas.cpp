@@ -369,6 +369,9 @@ std::string RCLAS_ParseOutput(RClasPtr cls) {
   std::string out = std::string("class ") + cls->Name;
   if (cls->ParentClass) out += std::string(" : ") + cls->ParentClass->Name;
   if (cls->ModName && *cls->ModName) out += std::string(" module ") + cls->ModName;
+  if (cls->Version) out += " version " + std::to_string(cls->Version);
+  UInt flags = cls->Flags & ~static_cast<UInt>(RCLAS_FLAGDATA | RCLAS_FLAGEXTERN);
+  if (flags) out += " flags " + std::to_string(flags);
   out += " {\n";
   for (PFldPtr f = cls->Fields; f && f->Name; ++f)
     if (f->Kind != PFLD_KINDALIAS && f->Offset) out += std::string("  ") + f->Name + " " + PFLD_TypeName(f->Type) + "\n";
@@ -438,6 +441,19 @@ RClasPtr RCLAS_ParseCompile(const char* text) {
     module = in.next("module name expected");
     if (!S_IsName(module)) in.fail("bad module name");
   }
+  Int version = 0;
+  UInt flags = 0;
+  for (;;) {
+    bool isVersion = in.peek("version");
+    if (!isVersion && !in.peek("flags")) break;
+    in.next("");
+    const std::string& word = in.next("number expected");
+    char* end = nullptr;
+    long value = std::strtol(word.c_str(), &end, 0);
+    if (word.empty() || *end || value < 0 || value > (isVersion ? 255 : 0xffff)) in.fail("bad number");
+    if (isVersion) version = static_cast<Int>(value);
+    else flags = static_cast<UInt>(value) & ~static_cast<UInt>(RCLAS_FLAGDATA | RCLAS_FLAGEXTERN);
+  }
   if (in.next("\"{\" expected") != "{") in.fail("\"{\" expected");
   std::vector<std::string> names;
   std::vector<Int> types;
@@ -455,7 +471,7 @@ RClasPtr RCLAS_ParseCompile(const char* text) {
   if (in.at != in.words.size()) in.fail("text after the class");
   std::vector<const char*> fieldNames;
   for (const auto& n : names) fieldNames.push_back(n.c_str());
-  return RCLAS_NewDataClass(name.c_str(), module.c_str(), parent, 0, 0, static_cast<Int>(names.size()),
+  return RCLAS_NewDataClass(name.c_str(), module.c_str(), parent, flags, version, static_cast<Int>(names.size()),
                             fieldNames.data(), types.data());
 }
 

@@ -210,9 +210,11 @@ void RCLAS_Update(RClasPtr cls, Int numFields, const char* const* fieldNames, co
 // Unregisters an editable class and frees it.
 void RCLAS_Dispose(RClasPtr cls);
 // The class in the text form of resource sources:
-//   class Name : Parent module Module {
+//   class Name : Parent module Module version 8 flags 0 {
 //     Field Type
 //   }
+// (version and flags only when set; flags 0x400 and 0x800 are the
+// registry's own and never written or read).
 // RCLAS_ParseOutput gives the class's own fields; RCLAS_ParseCompile reads
 // one such definition and registers it as a class defined by data
 // (failure "RClas" 14 naming the line for text it cannot read, 0 for a

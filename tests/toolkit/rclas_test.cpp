@@ -13,7 +13,7 @@
 namespace {
 
 const char* kShapeText =
-    "class TstShape : Res module TstShapes {\n"
+    "class TstShape : Res module TstShapes version 3 {\n"
     "  Width Int16\n"
     "  Label VStr\n"
     "}\n";
@@ -44,6 +44,7 @@ TEST(ResourceClasses, TextFormClonesPoolsInstancesAndEditing) {
   EXPECT_EQ(tktest::failureOf([] { RCLAS_ParseCompile("class TstA {\n  W Float\n}"); }).rfind("RClas 14", 0), 0u);
   EXPECT_EQ(tktest::failureOf([] { RCLAS_ParseCompile("class TstA {\n W Int16\n W Int16 }"); }).rfind("RClas 14", 0), 0u);
   EXPECT_EQ(tktest::failureOf([] { RCLAS_ParseCompile("class TstA { W Int16"); }).rfind("RClas 14", 0), 0u);
+  EXPECT_EQ(tktest::failureOf([] { RCLAS_ParseCompile("class TstA version 300 { }"); }).rfind("RClas 14", 0), 0u);
   EXPECT_EQ(tktest::failureOf([] { RCLAS_ParseCompile("class TstA : NoSuchClass { }"); }).rfind("RClas 6", 0), 0u);
   EXPECT_EQ(tktest::failureOf([] { RCLAS_ParseCompile(kShapeText); }).rfind("RClas 0", 0), 0u);
   EXPECT_EQ(RCLAS_FindByName("TstA"), nullptr);
@@ -54,6 +55,7 @@ TEST(ResourceClasses, TextFormClonesPoolsInstancesAndEditing) {
   EXPECT_EQ(RCLAS_ParseOutput(copy), copyText);
   RClasPtr sub = RCLAS_NewSetParentAndModule("TstSquare", shape, "TstShapes");
   EXPECT_EQ(sub->SizeOfRes, shape->SizeOfRes);
+  EXPECT_EQ(RCLAS_GetVersion(sub), 8);
 
   CountingPool pool;
   _RClasPoolRec poolRec{CountingPool::alloc, CountingPool::release, &pool};
