@@ -5,6 +5,7 @@
 #include <cerrno>
 #include <climits>
 #include <cstring>
+#include <memory>
 #include <set>
 
 #include <fcntl.h>
@@ -37,6 +38,21 @@ struct _BFileRec {
     ClientPtr client;
   };
   std::vector<Later> later;
+  // The cursor: open read blocks (innermost last), the raw position, saved
+  // cursors, and records being written.
+  std::vector<std::unique_ptr<BlockReader>> reading;
+  UInt32 rawPos = 0;
+  struct Saved {
+    std::vector<BlockReader> reading;
+    UInt32 rawPos;
+  };
+  std::vector<Saved> saved;
+  struct Writing {
+    UInt32* offsetPtr = nullptr;  // null for a section
+    UInt32 start = 0, limit = 0;  // a section's start and limit
+    std::vector<uint8_t> data;
+  };
+  std::vector<Writing> writing;
 };
 
 namespace {
@@ -157,6 +173,10 @@ void BFILE_Close(BFilePtr file) {
   if (file->fd >= 0) close(file->fd);
   file->fd = -1;
   file->open = false;
+  file->reading.clear();
+  file->saved.clear();
+  file->writing.clear();
+  file->rawPos = 0;
   file->image.clear();
   file->image.shrink_to_fit();
 }
@@ -236,9 +256,14 @@ BlockHeader BFILE_ReadBlockHeader(BFilePtr file, UInt32 offset) {
 BlockReader::BlockReader(BFilePtr file, UInt32 offset) : file_(file), offset_(offset) {
   BlockHeader h = BFILE_ReadBlockHeader(file, offset);
   firstEnd_ = h.Start + h.Size;
-  pos_ = h.PayloadStart();
-  limit_ = h.OpenEnded ? static_cast<UInt32>(file->image.size()) : h.Start + h.Size;
-  cont_ = h.Cont;
+  enter(h);
+}
+
+void BlockReader::enter(const BlockHeader& h) {
+  pos_ = payload_ = h.PayloadStart();
+  openEnded_ = h.OpenEnded;
+  limit_ = realLimit_ = h.OpenEnded ? static_cast<UInt32>(file_->image.size()) : h.Start + h.Size;
+  cont_ = realCont_ = h.Cont;
 }
 
 bool BlockReader::nextBlock() {
@@ -246,11 +271,34 @@ bool BlockReader::nextBlock() {
   if (seen_.empty()) seen_.push_back(offset_);
   if (std::find(seen_.begin(), seen_.end(), cont_) != seen_.end()) S_FailAt(kBFileErrChain, offset_);
   seen_.push_back(cont_);
-  BlockHeader h = BFILE_ReadBlockHeader(file_, cont_);
-  pos_ = h.PayloadStart();
-  limit_ = h.OpenEnded ? static_cast<UInt32>(file_->image.size()) : h.Start + h.Size;
-  cont_ = h.Cont;
+  enter(BFILE_ReadBlockHeader(file_, cont_));
   return true;
+}
+
+void BlockReader::setBlockEnd(UInt32 end) {
+  UInt32 real = openEnded_ ? kBFileOpenEnd : realLimit_;
+  if (end < pos_ || end > real) S_FailAt(kBFileErrOutside, end);
+  bool whole = end == real;
+  limit_ = whole ? realLimit_ : std::min(end, realLimit_);
+  cont_ = whole ? realCont_ : 0;
+}
+
+void BlockReader::seekTo(UInt32 offset) {
+  if (offset < payload_ || offset > limit_) S_FailAt(kBFileErrOutside, offset);
+  pos_ = offset;
+}
+
+size_t BlockReader::readRest(void* out, size_t max) {
+  uint8_t* to = static_cast<uint8_t*>(out);
+  size_t done = 0;
+  while (done < max) {
+    if (pos_ >= limit_ && !nextBlock()) break;
+    if (pos_ >= limit_) continue;
+    size_t take = std::min<size_t>(max - done, limit_ - pos_);
+    read(to ? to + done : nullptr, take);
+    done += take;
+  }
+  return done;
 }
 
 void BlockReader::read(void* out, size_t n) {
@@ -424,3 +472,202 @@ void BFILE_WriteLater(BFilePtr file, const PlacedRecord& record, UInt32 logical,
   entry.client = client;
   file->later.push_back(entry);
 }
+
+// --- The cursor ---------------------------------------------------------------------
+
+namespace {
+
+BlockReader* S_Reader(BFilePtr file) { return file->reading.empty() ? nullptr : file->reading.back().get(); }
+
+_BFileRec::Writing* S_Writing(BFilePtr file) { return file->writing.empty() ? nullptr : &file->writing.back(); }
+
+// Raw bytes at the position, when no block is open.
+void S_RawRead(BFilePtr file, void* out, UInt32 n) {
+  if (!fits(file->image.size(), file->rawPos, n)) S_FailAt(kBFileErrTruncated, file->rawPos);
+  if (out && n) std::memcpy(out, file->image.data() + file->rawPos, n);
+  file->rawPos += n;
+}
+
+void S_Put(BFilePtr file, const void* data, UInt32 n) {
+  if (_BFileRec::Writing* w = S_Writing(file)) {
+    const uint8_t* p = static_cast<const uint8_t*>(data);
+    w->data.insert(w->data.end(), p, p + n);
+    return;
+  }
+  BFILE_WriteAt(file, file->rawPos, data, n);
+  file->rawPos += n;
+}
+
+template <class T>
+T S_ReadBE(BFilePtr file) {
+  uint8_t b[sizeof(T)];
+  BFILE_Read(file, b, sizeof b);
+  uint32_t v = 0;
+  for (uint8_t byte : b) v = (v << 8) | byte;
+  return static_cast<T>(v);
+}
+
+template <class T>
+void S_WriteBE(BFilePtr file, T value) {
+  uint8_t b[sizeof(T)];
+  uint32_t v = static_cast<uint32_t>(value);
+  for (size_t i = sizeof(T); i-- > 0; v >>= 8) b[i] = static_cast<uint8_t>(v);
+  S_Put(file, b, sizeof b);
+}
+
+// The length of a Str; 0 for a null string.
+Int S_ReadStrLen(BFilePtr file) {
+  Int16 len = BFILE_ReadInt16(file);
+  if (len < 0) S_FailAt(kBFileErrTruncated, BFILE_CurOffset(file));
+  return len;
+}
+
+}  // namespace
+
+void BFILE_SeekTo(BFilePtr file, UInt32 offset) {
+  if (BlockReader* r = S_Reader(file)) return r->seekTo(offset);
+  if (offset > file->image.size()) S_FailAt(kBFileErrOutside, offset);
+  file->rawPos = offset;
+}
+
+void BFILE_SeekBy(BFilePtr file, Int32 delta) {
+  if (delta >= 0) return BFILE_Read(file, nullptr, static_cast<UInt32>(delta));
+  UInt32 back = static_cast<UInt32>(-static_cast<int64_t>(delta));
+  UInt32 at = BFILE_CurOffset(file);
+  if (back > at) S_FailAt(kBFileErrOutside, 0);
+  BFILE_SeekTo(file, at - back);
+}
+
+UInt32 BFILE_CurOffset(BFilePtr file) {
+  if (_BFileRec::Writing* w = S_Writing(file)) return static_cast<UInt32>(w->data.size());
+  if (BlockReader* r = S_Reader(file)) return r->position();
+  return file->rawPos;
+}
+
+UInt32 BFILE_GetBlockEnd(BFilePtr file) {
+  BlockReader* r = S_Reader(file);
+  return r ? r->blockEnd() : file->endOffset;
+}
+
+void BFILE_SetBlockEnd(BFilePtr file, UInt32 end) { BFILE_CurReader(file).setBlockEnd(end); }
+
+void BFILE_BackupPos(BFilePtr file) {
+  _BFileRec::Saved saved{{}, file->rawPos};
+  for (const auto& r : file->reading) saved.reading.push_back(*r);
+  file->saved.push_back(std::move(saved));
+}
+
+void BFILE_RestorePos(BFilePtr file) {
+  if (file->saved.empty()) ERR_Fail("BFile", kBFileErrNoBlock, "a saved position");
+  _BFileRec::Saved saved = std::move(file->saved.back());
+  file->saved.pop_back();
+  file->reading.clear();
+  for (const auto& r : saved.reading) file->reading.push_back(std::make_unique<BlockReader>(r));
+  file->rawPos = saved.rawPos;
+}
+
+void BFILE_ReadBlockBegin(BFilePtr file, UInt32 offset) {
+  auto reader = std::make_unique<BlockReader>(file, offset);
+  file->reading.push_back(std::move(reader));
+}
+
+void BFILE_ReadBlockEnd(BFilePtr file) {
+  if (!file->reading.empty()) file->reading.pop_back();
+}
+
+BlockReader& BFILE_CurReader(BFilePtr file) {
+  BlockReader* r = S_Reader(file);
+  if (!r) ERR_Fail("BFile", kBFileErrNoBlock, file->name);
+  return *r;
+}
+
+UInt32 BFILE_ReadBlock(BFilePtr file, UInt32 offset, void* buffer, UInt32 size) {
+  BFileReadBlock block(file, offset);
+  return static_cast<UInt32>(block.reader().readRest(buffer, size));
+}
+
+void BFILE_Read(BFilePtr file, void* buffer, UInt32 size) {
+  if (BlockReader* r = S_Reader(file)) return r->read(buffer, size);
+  S_RawRead(file, buffer, size);
+}
+
+int8_t BFILE_ReadInt8(BFilePtr file) { return static_cast<int8_t>(S_ReadBE<UInt8>(file)); }
+UInt8 BFILE_ReadUInt8(BFilePtr file) { return S_ReadBE<UInt8>(file); }
+Int16 BFILE_ReadInt16(BFilePtr file) { return static_cast<Int16>(S_ReadBE<UInt16>(file)); }
+UInt16 BFILE_ReadUInt16(BFilePtr file) { return S_ReadBE<UInt16>(file); }
+Int32 BFILE_ReadInt32(BFilePtr file) { return static_cast<Int32>(S_ReadBE<UInt32>(file)); }
+UInt32 BFILE_ReadUInt32(BFilePtr file) { return S_ReadBE<UInt32>(file); }
+
+BoolEnum BFILE_ReadStr(BFilePtr file, char* buffer, Int max) {
+  Int len = S_ReadStrLen(file);
+  if (max > 0) buffer[0] = 0;
+  if (len == 0) return 0;
+  UInt32 n = static_cast<UInt32>(len - 1);
+  UInt32 keep = max > 0 ? std::min<UInt32>(n, static_cast<UInt32>(max - 1)) : 0;
+  BFILE_Read(file, buffer, keep);
+  if (max > 0) buffer[keep] = 0;
+  BFILE_Read(file, nullptr, n - keep);
+  return 1;
+}
+
+char* BFILE_ReadNewStr(BFilePtr file) {
+  Int len = S_ReadStrLen(file);
+  if (len == 0) return nullptr;
+  std::string text(static_cast<size_t>(len - 1), '\0');
+  BFILE_Read(file, &text[0], static_cast<UInt32>(text.size()));
+  return VSTR_NewLen(text.data(), text.size());
+}
+
+VStrPtr BFILE_ReadNewVStr(BFilePtr file) { return BFILE_ReadNewStr(file); }
+
+void BFILE_EncodeStr(std::vector<uint8_t>* out, const char* text) {
+  owbcoding::ByteWriter w(out);
+  if (!text) return w.i16(0);
+  size_t n = std::min(std::strlen(text), kBFileMaxStr);
+  w.i16(static_cast<int16_t>(n + 1));
+  w.bytes(text, n);
+}
+
+void BFILE_WriteBlockBegin(BFilePtr file, UInt32* offsetPtr) {
+  _BFileRec::Writing w;
+  w.offsetPtr = offsetPtr;
+  file->writing.push_back(std::move(w));
+}
+
+void BFILE_WriteBlockBegin2(BFilePtr file, UInt32 start, UInt32 limit) {
+  if (start < kBFileHeaderSize || limit <= start + kBFileLongHeader) S_FailAt(kBFileErrOutside, start);
+  _BFileRec::Writing w;
+  w.start = start;
+  w.limit = limit;
+  file->writing.push_back(std::move(w));
+}
+
+UInt32 BFILE_WriteBlockEnd(BFilePtr file) {
+  if (file->writing.empty()) ERR_Fail("BFile", kBFileErrNoBlock, file->name);
+  _BFileRec::Writing w = std::move(file->writing.back());
+  file->writing.pop_back();
+  if (!w.offsetPtr) return BFILE_PlaceSection(file, w.start, w.limit, w.data).Offset;
+  UInt32 at = *w.offsetPtr;
+  // A record rewritten in place keeps its offset while it fits its chain;
+  // one that has outgrown it moves to the end of the file.
+  if (at && BFILE_ChainCapacity(file, at) >= w.data.size()) BFILE_PlaceInChain(file, at, w.data);
+  else at = BFILE_PlaceNew(file, w.data).Offset;
+  *w.offsetPtr = at;
+  return at;
+}
+
+void BFILE_Write(BFilePtr file, const void* data, UInt32 size) { S_Put(file, data, size); }
+void BFILE_WriteInt8(BFilePtr file, int8_t value) { S_WriteBE<UInt8>(file, static_cast<UInt8>(value)); }
+void BFILE_WriteUInt8(BFilePtr file, UInt8 value) { S_WriteBE<UInt8>(file, value); }
+void BFILE_WriteInt16(BFilePtr file, Int16 value) { S_WriteBE<UInt16>(file, static_cast<UInt16>(value)); }
+void BFILE_WriteUInt16(BFilePtr file, UInt16 value) { S_WriteBE<UInt16>(file, value); }
+void BFILE_WriteInt32(BFilePtr file, Int32 value) { S_WriteBE<UInt32>(file, static_cast<UInt32>(value)); }
+void BFILE_WriteUInt32(BFilePtr file, UInt32 value) { S_WriteBE<UInt32>(file, value); }
+
+void BFILE_WriteStr(BFilePtr file, const char* text) {
+  std::vector<uint8_t> bytes;
+  BFILE_EncodeStr(&bytes, text);
+  S_Put(file, bytes.data(), static_cast<UInt32>(bytes.size()));
+}
+
+void BFILE_WriteVStr(BFilePtr file, VStrPtr text) { BFILE_WriteStr(file, text); }

@@ -90,6 +90,20 @@ BKnotPtr BKNOT_New(const char* name, RClasPtr cls) {
   return knot;
 }
 
+BKnotPtr BKNOT_NewSetNameClass(const char* name, RClasPtr cls) {
+  std::string text = name ? name : "";
+  if (!S_ValidName(text) || text.size() > 255) ERR_Fail("BKnot", kBKnotErrName, text);
+  return BKNOT_New(text.c_str(), cls);
+}
+
+_BFileRec* BKNOT_GetBFile(BKnotPtr knot) { return knot ? knot->File : nullptr; }
+
+BKnotPtr BKNOT_GetRoot(BKnotPtr knot) {
+  if (!knot) return nullptr;
+  BKNOT_LoadChildren(knot);
+  return knot->ChildRoot;
+}
+
 void BKNOT_Dispose(BKnotPtr knot) {
   if (!knot) return;
   std::vector<BKnotPtr> children;
@@ -288,4 +302,56 @@ Int BKNOT_Depth(BKnotPtr knot) {
   Int depth = 0;
   for (; knot; knot = knot->Parent) ++depth;
   return depth;
+}
+
+// --- Saving ---------------------------------------------------------------------------
+
+namespace {
+
+UInt32 S_ChildRootOffset(ClientPtr client) {
+  BKnotPtr k = static_cast<BKnotPtr>(client);
+  return k->ChildRoot ? k->ChildRoot->Offset : 0;
+}
+UInt32 S_LeftOffset(ClientPtr client) {
+  BKnotPtr k = static_cast<BKnotPtr>(client);
+  return k->Left ? k->Left->Offset : 0;
+}
+UInt32 S_RightOffset(ClientPtr client) {
+  BKnotPtr k = static_cast<BKnotPtr>(client);
+  return k->Right ? k->Right->Offset : 0;
+}
+
+}  // namespace
+
+bool BKNOT_Save(BKnotPtr knot, RLibPtr lib, size_t fieldBytes, bool hasRecord) {
+  RClasPtr cls = knot->Class;
+  std::vector<BKnotPtr> children = BKNOT_Children(knot);
+  KnotRecord rec;
+  rec.Name = knot->Name;
+  rec.Version = static_cast<uint8_t>((cls->Flags & RCLAS_FLAGDATA) ? RCLAS_GetVersion(cls) : kRClasDefaultVersion);
+  rec.NumChildren = static_cast<Int>(children.size());
+  rec.ClassIndex = RLIB_AddResClass(lib, cls);
+  rec.Balance = knot->Balance;
+  bool exported = knot->Res && (knot->Res->ResPrivate4 & RES_FLAGEXPORTED) != 0 && knot->Parent;
+  if (exported) {
+    rec.ModuleIndex = knot->Parent->IsModule ? RLIB_ModuleKnotToIndex(lib, knot->Parent) : -1;
+    rec.ParentOffset = knot->Parent->Offset;
+  }
+  std::vector<uint8_t> data;
+  owbcoding::ByteWriter w(&data);
+  KnotPatchSites sites;
+  RLIBC_EncodeKnot(w, rec, exported, knot->Left != nullptr, knot->Right != nullptr, &sites);
+  bool inPlace = knot->File == lib->File && knot->Offset &&
+                 BFILE_ChainCapacity(lib->File, knot->Offset) >= data.size() &&
+                 (!hasRecord || (knot->FieldOffset && BFILE_ChainCapacity(lib->File, knot->FieldOffset) >= fieldBytes));
+  PlacedRecord placed = inPlace ? BFILE_PlaceInChain(lib->File, knot->Offset, data) : BFILE_PlaceNew(lib->File, data);
+  knot->File = lib->File;
+  knot->Offset = placed.Offset;
+  knot->Lib = lib;
+  knot->NumChildren = rec.NumChildren;
+  knot->ChildrenLoaded = 1;
+  if (sites.ChildRoot >= 0) BFILE_WriteLater(lib->File, placed, static_cast<UInt32>(sites.ChildRoot), S_ChildRootOffset, knot);
+  if (sites.Left >= 0) BFILE_WriteLater(lib->File, placed, static_cast<UInt32>(sites.Left), S_LeftOffset, knot);
+  if (sites.Right >= 0) BFILE_WriteLater(lib->File, placed, static_cast<UInt32>(sites.Right), S_RightOffset, knot);
+  return inPlace;
 }

@@ -49,6 +49,23 @@ constexpr Int kBKnotMaxDepth = 64;       // nesting of resources
 constexpr Int kBKnotMaxTreeHeight = 48;  // height of one child tree
 
 BKnotPtr BKNOT_New(const char* name, RClasPtr cls);
+// A new knot whose name is checked: 1 to 255 characters, no "." (failure
+// "BKnot" 3).  Owned by the caller until it is given a parent.
+BKnotPtr BKNOT_NewSetNameClass(const char* name, RClasPtr cls);
+// The block file the knot was read from or saved to; null for a knot made
+// at run time and not saved yet.
+_BFileRec* BKNOT_GetBFile(BKnotPtr knot);
+// The root of the knot's child tree (balanced by name, Left and Right),
+// read from the file on first use; null without children.
+BKnotPtr BKNOT_GetRoot(BKnotPtr knot);
+// Writes the knot's block for lib: its class joins lib's class list, the
+// offsets of its child root and siblings are filled in when the file is
+// flushed.  The block is rewritten in place when the knot already lies in
+// lib's file and both it and a field record of fieldBytes fit their
+// chains, otherwise it goes to the end of the file, where the caller must
+// place the field record at once (the record starts where the knot's
+// block ends).  Gives true for in place.
+bool BKNOT_Save(BKnotPtr knot, _RLibRec* lib, size_t fieldBytes, bool hasRecord);
 // Frees the knot and its loaded child tree (the resources are not touched).
 void BKNOT_Dispose(BKnotPtr knot);
 void BKNOT_Init();

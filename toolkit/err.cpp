@@ -557,14 +557,17 @@ void ERR_Print(ErrFramePtr, Int severity) {
   }
 }
 
+void ERR_SetOpt(ErrFramePtr frame, ErrFormatProc proc, ClientPtr data) {
+  frame->ClientData = data;
+  frame->FormatProc = proc;
+}
+
 void ERR_SetOptInt(ErrFramePtr frame, long value) {
-  frame->ClientData = reinterpret_cast<ClientPtr>(static_cast<intptr_t>(value));
-  frame->FormatProc = S_FormatOptInt;
+  ERR_SetOpt(frame, S_FormatOptInt, reinterpret_cast<ClientPtr>(static_cast<intptr_t>(value)));
 }
 
 void ERR_SetOptStr(ErrFramePtr frame, const char* value) {
-  frame->ClientData = const_cast<char*>(value);
-  frame->FormatProc = S_FormatOptStr;
+  ERR_SetOpt(frame, S_FormatOptStr, const_cast<char*>(value));
 }
 
 void ERR_SetOptVStr(ErrFramePtr frame, VStrPtr value) { ERR_SetOptStr(frame, value); }

@@ -211,6 +211,9 @@ void ERR_SetStream(FILE* stream);
 FILE* ERR_GetStream();
 
 // Message parameters of a frame.
+// The general form: the frame's message is formatted by proc with data
+// (the data must live as long as the frame).
+void ERR_SetOpt(ErrFramePtr frame, ErrFormatProc proc, ClientPtr data);
 void ERR_SetOptInt(ErrFramePtr frame, long value);
 void ERR_SetOptStr(ErrFramePtr frame, const char* value);
 void ERR_SetOptVStr(ErrFramePtr frame, VStrPtr value);

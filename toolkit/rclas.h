@@ -7,6 +7,7 @@
 #define OWB_TOOLKIT_RCLAS_H
 
 #include <cstddef>
+#include <string>
 
 #include "toolkit/tkbase.h"
 
@@ -129,7 +130,9 @@ enum {
   kRClasErrTemplateLib = 9,   // template %s is not in the library of class %s
   kRClasErrTemplateSet = 10,  // class %s has a template already
   kRClasErrVersion = 11,      // class %s: version %d in file is newer than %d
-  kRClasErrBadField = 12      // class %s: bad field %s
+  kRClasErrBadField = 12,     // class %s: bad field %s
+  kRClasErrInUse = 13,        // class %s cannot change while it has instances, subclasses or a template
+  kRClasErrText = 14          // class text, line %d: %s
 };
 
 // Registers the class; it keeps the record (the caller's, usually static).
@@ -165,6 +168,75 @@ PFldPtr RCLAS_FindField(RClasPtr cls, const char* name);
 RClasPtr RCLAS_FieldOwner(RClasPtr cls, PFldPtr field);
 // Calls proc for every field from the root class down.
 void RCLAS_ForEachField(RClasPtr cls, void (*proc)(PFldPtr field, ClientPtr data), ClientPtr data);
+
+// --- Memory pools ----------------------------------------------------------------
+// A class with a pool allocates its instances from it (RES_DefaultNew and
+// RES_DefaultDelete); the pool record belongs to the caller and must
+// outlive the class's instances.  A pool can change only while the class
+// has no instances (failure "RClas" 13).
+struct _RClasPoolRec {
+  void* (*Alloc)(size_t size, ClientPtr data);  // null when out of memory
+  void (*Free)(void* block, ClientPtr data);
+  ClientPtr Data;
+};
+typedef _RClasPoolRec* RClasPoolPtr;
+void RCLAS_SetMemPool(RClasPtr cls, RClasPoolPtr pool);  // null: the heap
+RClasPoolPtr RCLAS_GetMemPool(RClasPtr cls);
+
+// --- Instances ---------------------------------------------------------------------
+// The live instances of exactly this class (not of its subclasses), oldest
+// first.  An instance destroyed during the walk must not be the one passed
+// to RCLAS_GetResNext.
+ResPtr RCLAS_GetResFirst(RClasPtr cls);
+ResPtr RCLAS_GetResNext(RClasPtr cls, ResPtr res);
+// The version under which an object is being built: a loaded object's
+// stored version, otherwise its class's.
+Int RCLAS_GetCreateVersion(ResConstructPtr params);
+
+// --- Classes made and edited at run time ------------------------------------------
+// Only classes defined by data (flag 0x400) are editable; RCLAS_Update and
+// RCLAS_Dispose further require that the class has no instances, no
+// subclasses and no template, and is listed by no loaded library
+// (failure "RClas" 13).
+BoolEnum RCLAS_IsEditable(RClasPtr cls);
+// A new class without fields of its own, derived from parent (Res when
+// null), defined in module modName.
+RClasPtr RCLAS_NewSetParentAndModule(const char* name, RClasPtr parent, const char* modName);
+// A new class under another name with cls's parent, module, version and
+// own fields (laid out anew after the parent's part).
+RClasPtr RCLAS_Clone(RClasPtr cls, const char* name);
+// Replaces the own fields of an editable class.
+void RCLAS_Update(RClasPtr cls, Int numFields, const char* const* fieldNames, const Int* fieldTypes);
+// Unregisters an editable class and frees it.
+void RCLAS_Dispose(RClasPtr cls);
+// The class in the text form of resource sources:
+//   class Name : Parent module Module version 8 flags 0 {
+//     Field Type
+//   }
+// (version and flags only when set; flags 0x400 and 0x800 are the
+// registry's own and never written or read).
+// RCLAS_ParseOutput gives the class's own fields; RCLAS_ParseCompile reads
+// one such definition and registers it as a class defined by data
+// (failure "RClas" 14 naming the line for text it cannot read, 0 for a
+// name taken, 6 for an unknown parent).
+std::string RCLAS_ParseOutput(RClasPtr cls);
+RClasPtr RCLAS_ParseCompile(const char* text);
+
+// --- Display names -----------------------------------------------------------------
+// The string resource that names the class for people: class name +
+// "ClassName" in the class's module, else "Class" + key (key may be null)
+// in the module named as the class.  A reference the caller releases, or
+// null when there is none.
+ResPtr RCLAS_QueryDispRes(RClasPtr cls, const char* key);
+// Its text, or the class name when there is none.
+std::string RCLAS_QueryDispName(RClasPtr cls, const char* key);
+
+// Internal: instance bookkeeping for RES_CallConstructs/RES_CallDestructs,
+// and the allocation through the class's pool.
+void RClasAddInstance(RClasPtr cls, ResPtr res);
+void RClasRemoveInstance(RClasPtr cls, ResPtr res);
+void* RClasAlloc(RClasPtr cls);
+void RClasFree(RClasPtr cls, void* block);
 
 // Called after every registration (the display layer may hook here).
 void RCLAS_SetPostRegisterProc(void (*proc)(RClasPtr cls));

@@ -22,6 +22,8 @@ ResScriptCBack sConstructScript = nullptr;
 ResScriptCBack sDestructScript = nullptr;
 BoolEnum sScriptStatus = 0;
 RClasPtr sWgtClass = nullptr;
+ResScriptRunCBack sCompileScript = nullptr;
+ResScriptRunCBack sExecuteScript = nullptr;
 Int sLoadDepth = 0;
 constexpr Int kMaxLoadDepth = 64;
 
@@ -145,8 +147,7 @@ void S_AbortConstruct(ResPtr res) {
 }  // namespace
 
 ResPtr RES_DefaultNew(RClasPtr cls, ResConstructPtr params) {
-  ResPtr res = static_cast<ResPtr>(std::calloc(1, static_cast<size_t>(cls->SizeOfRes)));
-  if (!res) throw std::bad_alloc();
+  ResPtr res = static_cast<ResPtr>(RClasAlloc(cls));
   try {
     RES_CallConstructs(res, cls, params);
   } catch (...) {
@@ -155,7 +156,7 @@ ResPtr RES_DefaultNew(RClasPtr cls, ResConstructPtr params) {
       res->ResPrivate5--;  // someone took a reference meanwhile: it is theirs now
       res->ResPrivate = nullptr;
     } else {
-      std::free(res);
+      RClasFree(cls, res);
     }
     throw;
   }
@@ -163,8 +164,9 @@ ResPtr RES_DefaultNew(RClasPtr cls, ResConstructPtr params) {
 }
 
 void RES_DefaultDelete(ResPtr res) {
+  RClasPtr cls = res->ResClass;
   RES_CallDestructs(res);
-  std::free(res);
+  RClasFree(cls, res);
 }
 
 namespace {
@@ -177,7 +179,7 @@ ResPtr S_NewRes(RClasPtr cls, Int mode, BKnotPtr knot, ResPtr source, BoolEnum d
 }
 
 ResPtr S_NewNamed(const char* name, RClasPtr cls) {
-  BKnotPtr knot = BKNOT_New(name, cls);
+  BKnotPtr knot = BKNOT_NewSetNameClass(name, cls);
   try {
     return S_NewRes(cls, RES_MODENEW, knot, nullptr, 0, 1, 1);
   } catch (...) {
@@ -233,11 +235,13 @@ void RES_CallConstructs(ResPtr res, RClasPtr cls, ResConstructPtr params) {
     sConstructScript(res);
   if (params->Mode == RES_MODECOPY) return;
   cls->InstanceCount++;
+  RClasAddInstance(cls, res);
 }
 
 void RES_CallDestructs(ResPtr res) {
   RClasPtr cls = res->ResClass;
   if (cls->InstanceCount) cls->InstanceCount--;
+  RClasRemoveInstance(cls, res);
   for (RClasPtr c = cls; c; c = c->ParentClass)
     if (c->Destruct) c->Destruct(res);
   if (sDestructScript) sDestructScript(res);
@@ -248,6 +252,26 @@ void RES_SetDestructScriptProc(ResScriptCBack proc) { sDestructScript = proc; }
 void RES_SetScriptCompilerStatus(BoolEnum status) { sScriptStatus = status; }
 BoolEnum RES_GetScriptCompilerStatus() { return sScriptStatus; }
 void RES_SetWgtClass(RClasPtr cls) { sWgtClass = cls; }
+
+void RES_SetCompileScriptProc(ResScriptRunCBack proc) { sCompileScript = proc; }
+void RES_SetExecuteScriptProc(ResScriptRunCBack proc) { sExecuteScript = proc; }
+
+namespace {
+
+long S_RunScript(ResScriptRunCBack proc, const char* what, ResPtr res, const char* script) {
+  if (!proc) ERR_Fail("Res", kResErrNoScript, what, RES_QueryFullName(res));
+  return proc(res, script);
+}
+
+}  // namespace
+
+long RES_CompileScript(ResPtr res, const char* script) {
+  return S_RunScript(sCompileScript, "compile", res, script);
+}
+
+long RES_ExecuteScript(ResPtr res, const char* script) {
+  return S_RunScript(sExecuteScript, "run", res, script);
+}
 
 // --- Creation ------------------------------------------------------------------
 
@@ -491,6 +515,34 @@ UInt32 RES_GetKnotOffset(ResPtr res) { return res->ResPrivate ? res->ResPrivate-
 
 UInt32 RES_GetResOffset(ResPtr res) { return res->ResPrivate ? res->ResPrivate->FieldOffset : 0; }
 
+void RES_ChangeClass(ResPtr res, RClasPtr cls) {
+  RClasPtr old = res->ResClass;
+  if (old == cls) return;
+  bool related = RCLAS_IsSubClassOf(cls, old) || RCLAS_IsSubClassOf(old, cls);
+  if (!related || cls->SizeOfRes != old->SizeOfRes || RCLAS_GetMemPool(cls) != RCLAS_GetMemPool(old))
+    ERR_Fail("Res", kResErrChangeClass, RES_QueryFullName(res), cls->Name);
+  if (old->InstanceCount) old->InstanceCount--;
+  RClasRemoveInstance(old, res);
+  res->ResClass = cls;
+  cls->InstanceCount++;
+  RClasAddInstance(cls, res);
+  if (res->ResPrivate) res->ResPrivate->Class = cls;
+  RES_SetModified(res);
+}
+
+void RES_Reload(ResPtr res) {
+  ErrTrace frame("Res", __FILE__, __LINE__);
+  frame.setContext(kResMsgLoading);
+  RES_SetErrFmtOpt(frame.rec(), res);
+  BKnotPtr knot = res->ResPrivate;
+  if (!knot || !knot->File || !BFILE_IsOpen(knot->File) || !knot->FieldOffset)
+    ERR_Fail("Res", kResErrNoFile, RES_QueryFullName(res));
+  if (res->ResClass->Flags & RCLAS_FLAGNORECORD) return;
+  PFLD_ResFree(res);
+  PFLD_Load(knot->File, res);
+  res->ResPrivate3 = 0;
+}
+
 void RES_SetModified(ResPtr res) {
   res->ResPrivate3 = 1;
   BKnotPtr module = BKNOT_GetModuleKnot(res->ResPrivate);
@@ -595,6 +647,5 @@ void RES_CheckClass(ResPtr res, RClasPtr cls) {
 }
 
 void RES_SetErrFmtOpt(_ErrFrameRec* frame, ResPtr res) {
-  frame->ClientData = res;
-  frame->FormatProc = S_FormatResName;
+  ERR_SetOpt(frame, S_FormatResName, res);
 }

@@ -93,6 +93,8 @@ enum {
   kResErrTooDeep = 2,     // Errors: resources nested too deeply at %s
   kResErrWrongClass = 4,  // Errors: %s is a %s, expected a %s
   kResErrNull = 5,        // Errors: null resource, expected a %s
+  kResErrNoScript = 6,    // Errors: no script procedure to %s %s is installed
+  kResErrChangeClass = 7, // Errors: %s cannot become a %s
   kResMsgLoading = 0,     // Messages: loading resource %s
   kResMsgSaving = 1       // Messages: saving resource %s
 };
@@ -156,6 +158,18 @@ RLibPtr RES_GetLib(ResPtr res);
 UInt32 RES_GetKnotOffset(ResPtr res);
 UInt32 RES_GetResOffset(ResPtr res);
 void RES_SetModified(ResPtr res);  // marks it and its module for saving
+// Makes res an instance of cls in place: cls must be an ancestor or a
+// descendant of res's class with the same instance size and memory pool
+// (failure "Res" 7).  Its knot follows, and it is marked modified.
+void RES_ChangeClass(ResPtr res, RClasPtr cls);
+// Reads res's fields again from its library file, dropping changes not
+// saved; a resource without a file fails "Res" 0.  Children are kept.
+void RES_Reload(ResPtr res);
+// Writes res's knot, its field record and its children's, in tree order,
+// into lib (which must be open for writing).  The library's sections (a
+// class or export this adds, a record that moved) are written by the next
+// RLIB_Save.
+void RES_SaveRec(RLibPtr lib, ResPtr res);
 
 // --- Life ------------------------------------------------------------------------
 // res must not be null.  Takes one more reference.
@@ -202,6 +216,16 @@ void RES_SetDestructScriptProc(ResScriptCBack proc);
 void RES_SetScriptCompilerStatus(BoolEnum status);
 BoolEnum RES_GetScriptCompilerStatus();
 void RES_SetWgtClass(RClasPtr cls);
+// Scripts attached to resources are compiled and run by procedures that a
+// scripting layer installs; the toolkit has none of its own.  With no
+// procedure installed (or after one is set to null) RES_CompileScript and
+// RES_ExecuteScript fail "Res" 6 naming the resource.  The procedure's
+// result is returned as it is.
+typedef long (*ResScriptRunCBack)(ResPtr res, const char* script);
+void RES_SetCompileScriptProc(ResScriptRunCBack proc);
+void RES_SetExecuteScriptProc(ResScriptRunCBack proc);
+long RES_CompileScript(ResPtr res, const char* script);
+long RES_ExecuteScript(ResPtr res, const char* script);
 
 // --- Checks and errors ----------------------------------------------------------
 void RES_CheckClass(ResPtr res, RClasPtr cls);

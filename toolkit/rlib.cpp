@@ -2,6 +2,7 @@
 #include "toolkit/rlib.h"
 
 #include <algorithm>
+#include <cstdio>
 #include <cstring>
 
 #include "toolkit/bknot.h"
@@ -81,7 +82,8 @@ RClasPtr S_BindClass(const ClassRecord& c) {
 }
 
 void S_ReadImports(RLibPtr lib) {
-  BlockReader r(lib->File, RLIB_OFFIMPORTS);
+  BFileReadBlock block(lib->File, RLIB_OFFIMPORTS);
+  BlockReader& r = block.reader();
   Int n = RLIBC_GetCount(r);
   for (Int i = 0; i < n; ++i) {
     ImportEntry e = RLIBC_GetImport(r);
@@ -94,7 +96,8 @@ void S_ReadImports(RLibPtr lib) {
 }
 
 void S_ReadClasses(RLibPtr lib) {
-  BlockReader r(lib->File, RLIB_OFFCLASSES);
+  BFileReadBlock block(lib->File, RLIB_OFFCLASSES);
+  BlockReader& r = block.reader();
   Int tableSize = RLIBC_GetCount(r);
   Int n = RLIBC_GetCount(r);
   lib->FieldTable.assign(static_cast<size_t>(tableSize), nullptr);
@@ -112,7 +115,8 @@ void S_ReadClasses(RLibPtr lib) {
 }
 
 void S_ReadModules(RLibPtr lib) {
-  BlockReader r(lib->File, RLIB_OFFMODULES);
+  BFileReadBlock block(lib->File, RLIB_OFFMODULES);
+  BlockReader& r = block.reader();
   Int n = RLIBC_GetCount(r);
   for (Int i = 0; i < n; ++i) {
     ModuleEntry m = RLIBC_GetModule(r);
@@ -131,22 +135,22 @@ void S_ReadModules(RLibPtr lib) {
 }
 
 void S_ReadExports(RLibPtr lib) {
-  BlockReader r(lib->File, RLIB_OFFEXPORTS);
-  Int n = RLIBC_GetCount(r);
+  BFileReadBlock block(lib->File, RLIB_OFFEXPORTS);
+  Int n = RLIBC_GetCount(block.reader());
   for (Int i = 0; i < n; ++i) {
     _RLibRec::Export e;
-    e.Kind = r.u8();
-    e.Offset = r.u32();
+    e.Kind = BFILE_ReadUInt8(lib->File);
+    e.Offset = BFILE_ReadUInt32(lib->File);
     if (e.Kind > RLIB_EXPORTBAD) ERR_Fail("RLib", kRLibErrCorrupt, static_cast<long>(RLIB_OFFEXPORTS), "export kind");
     lib->Exports.push_back(e);
   }
 }
 
 std::vector<UInt32> S_ReadOffsets(RLibPtr lib, UInt32 start) {
-  BlockReader r(lib->File, start);
-  Int n = RLIBC_GetCount(r);
+  BFileReadBlock block(lib->File, start);
+  Int n = RLIBC_GetCount(block.reader());
   std::vector<UInt32> out;
-  for (Int i = 0; i < n; ++i) out.push_back(r.u32());
+  for (Int i = 0; i < n; ++i) out.push_back(BFILE_ReadUInt32(lib->File));
   return out;
 }
 
@@ -167,8 +171,8 @@ void S_ReadTemplates(RLibPtr lib) {
 }
 
 void S_ReadLibFields(RLibPtr lib) {
-  BlockReader r(lib->File, RLIB_OFFLIBFIELDS);
-  for (int i = 0; i < 8; ++i) lib->LibFieldsNull[i] = !RLIBC_GetStr(r, &lib->LibFields[i]);
+  BFileReadBlock block(lib->File, RLIB_OFFLIBFIELDS);
+  for (int i = 0; i < 8; ++i) lib->LibFieldsNull[i] = !RLIBC_GetStr(block.reader(), &lib->LibFields[i]);
 }
 
 void S_ReadSections(RLibPtr lib, bool edit) {
@@ -256,11 +260,16 @@ RLibPtr S_Load(const char* libName, const char* fileName, bool edit, const void*
         uint8_t raw[64];
         if (!BFILE_ReadAt(file, 0, raw, sizeof raw)) ERR_FailStr("Wrong file type");
         RLIBC_CheckHeader(RLIBC_DecodeHeader(raw), false);
-        BlockReader r(file, RLIB_OFFIDENTITY);
         std::string found;
-        if (!RLIBC_GetStr(r, &found) || found.empty())
-          ERR_Fail("RLib", kRLibErrCorrupt, static_cast<long>(RLIB_OFFIDENTITY), "library name");
-        Int version = r.i16();
+        Int version;
+        {
+          BFileReadBlock identity(file, RLIB_OFFIDENTITY);
+          char* name = BFILE_ReadNewStr(file);
+          found = name ? name : "";
+          VSTR_Dispose(name);
+          if (found.empty()) ERR_Fail("RLib", kRLibErrCorrupt, static_cast<long>(RLIB_OFFIDENTITY), "library name");
+          version = BFILE_ReadInt16(file);
+        }
         if (libName && STR_ICmp(libName, found.c_str()) != 0)
           ERR_Warn("RLib", kRLibWarnName, libName, fileName, found);
         if (RLibPtr old = RLIB_Find(found.c_str())) {
@@ -300,19 +309,6 @@ RLibPtr S_Load(const char* libName, const char* fileName, bool edit, const void*
 
 // --- Saving -------------------------------------------------------------------------
 
-UInt32 S_ChildRootOffset(ClientPtr client) {
-  BKnotPtr k = static_cast<BKnotPtr>(client);
-  return k->ChildRoot ? k->ChildRoot->Offset : 0;
-}
-UInt32 S_LeftOffset(ClientPtr client) {
-  BKnotPtr k = static_cast<BKnotPtr>(client);
-  return k->Left ? k->Left->Offset : 0;
-}
-UInt32 S_RightOffset(ClientPtr client) {
-  BKnotPtr k = static_cast<BKnotPtr>(client);
-  return k->Right ? k->Right->Offset : 0;
-}
-
 void S_SaveTree(RLibPtr lib, BKnotPtr node);
 
 void S_SaveRec(RLibPtr lib, ResPtr res) {
@@ -320,45 +316,16 @@ void S_SaveRec(RLibPtr lib, ResPtr res) {
   frame.setContext(kResMsgSaving);
   RES_SetErrFmtOpt(frame.rec(), res);
   BKnotPtr knot = res->ResPrivate;
-  RClasPtr cls = res->ResClass;
-  std::vector<BKnotPtr> children = BKNOT_Children(knot);
-  KnotRecord rec;
-  rec.Name = knot->Name;
-  rec.Version = static_cast<uint8_t>((cls->Flags & RCLAS_FLAGDATA) ? RCLAS_GetVersion(cls) : kRClasDefaultVersion);
-  rec.NumChildren = static_cast<Int>(children.size());
-  rec.ClassIndex = RLIB_ResClassToIndex(lib, cls);
-  rec.Balance = knot->Balance;
-  bool exported = (res->ResPrivate4 & RES_FLAGEXPORTED) != 0 && knot->Parent;
-  if (exported) {
-    rec.ModuleIndex = knot->Parent->IsModule ? RLIB_ModuleKnotToIndex(lib, knot->Parent) : -1;
-    rec.ParentOffset = knot->Parent->Offset;
-  }
-  std::vector<uint8_t> knotData, fieldData;
-  ByteWriter w(&knotData);
-  KnotPatchSites sites;
-  RLIBC_EncodeKnot(w, rec, exported, knot->Left != nullptr, knot->Right != nullptr, &sites);
-  bool hasRecord = !(cls->Flags & RCLAS_FLAGNORECORD);
+  if (!knot) ERR_Fail("Res", kResErrNoFile, RES_GetName(res));
+  knot->Class = res->ResClass;
+  bool hasRecord = !(res->ResClass->Flags & RCLAS_FLAGNORECORD);
+  std::vector<uint8_t> fieldData;
   if (hasRecord) fieldData = PFLD_Encode(lib, res);
-  bool inPlace = knot->File == lib->File && knot->Offset &&
-                 BFILE_ChainCapacity(lib->File, knot->Offset) >= knotData.size() &&
-                 (!hasRecord || (knot->FieldOffset &&
-                                 BFILE_ChainCapacity(lib->File, knot->FieldOffset) >= fieldData.size()));
-  PlacedRecord placed;
-  if (inPlace) {
-    placed = BFILE_PlaceInChain(lib->File, knot->Offset, knotData);
+  if (BKNOT_Save(knot, lib, fieldData.size(), hasRecord)) {
     if (hasRecord) BFILE_PlaceInChain(lib->File, knot->FieldOffset, fieldData);
   } else {
-    placed = BFILE_PlaceNew(lib->File, knotData);
     knot->FieldOffset = hasRecord ? BFILE_PlaceNew(lib->File, fieldData).Offset : 0;
   }
-  knot->File = lib->File;
-  knot->Offset = placed.Offset;
-  knot->Lib = lib;
-  knot->NumChildren = rec.NumChildren;
-  knot->ChildrenLoaded = 1;
-  if (sites.ChildRoot >= 0) BFILE_WriteLater(lib->File, placed, static_cast<UInt32>(sites.ChildRoot), S_ChildRootOffset, knot);
-  if (sites.Left >= 0) BFILE_WriteLater(lib->File, placed, static_cast<UInt32>(sites.Left), S_LeftOffset, knot);
-  if (sites.Right >= 0) BFILE_WriteLater(lib->File, placed, static_cast<UInt32>(sites.Right), S_RightOffset, knot);
   res->ResPrivate3 = 0;
   S_SaveTree(lib, knot->ChildRoot);
 }
@@ -375,6 +342,25 @@ void S_SaveTree(RLibPtr lib, BKnotPtr node) {
 void S_WalkTree(ResPtr res, void (*proc)(RLibPtr, ResPtr), RLibPtr lib) {
   proc(lib, res);
   for (Int i = 0; i < RES_GetNumChildren(res); ++i) S_WalkTree(RES_GetNthChild(res, i), proc, lib);
+}
+
+// Field indices are global per field: they are set for this library's
+// table before its records are encoded.
+void S_PrepareFieldIndices(RLibPtr lib) {
+  for (RClasPtr cls = RCLAS_GetFirst(); cls; cls = RCLAS_GetNext(cls))
+    for (PFldPtr f = cls->Fields; f && f->Name; ++f) f->FileIndex = -1;
+  for (size_t i = 0; i < lib->FieldTable.size(); ++i)
+    if (lib->FieldTable[i]) lib->FieldTable[i]->FileIndex = static_cast<Int>(i);
+}
+
+// Everything a record refers to gets its class, field, import and export
+// entry before any record is written.
+void S_PrepareTree(RLibPtr lib, ResPtr res) {
+  RES_LoadDeepChildren(res);
+  S_WalkTree(res, [](RLibPtr l, ResPtr r) {
+    RLIB_AddResClass(l, r->ResClass);
+    PFLD_LibUpdateRefs(l, r);
+  }, lib);
 }
 
 void S_SaveModule(RLibPtr lib, BKnotPtr module) {
@@ -519,8 +505,57 @@ Int RLIB_GetMode(RLibPtr lib) {
   return BFILE_IsReadOnly(lib->File) ? RLIB_MODERO : RLIB_MODERW;
 }
 
-void RLIB_Unload(RLibPtr lib) {
+void RLIB_Dispose(RLibPtr lib) {
   if (lib) S_Dispose(lib);
+}
+
+void RLIB_Unload(RLibPtr lib) { RLIB_Dispose(lib); }
+
+std::string RLIB_Backup(RLibPtr lib) {
+  ErrTrace frame("RLib", __FILE__, __LINE__);
+  if (!lib->File) ERR_Fail("RLib", kRLibErrNoFile, lib->Name);
+  std::string from = BFILE_GetName(lib->File);
+  std::string to = from + ".bak";
+  std::string partial = to + ".part";
+  // Written beside and renamed, so that a failed copy never replaces a
+  // good older one.
+  FILE* in = std::fopen(from.c_str(), "rb");
+  FILE* out = in ? std::fopen(partial.c_str(), "wb") : nullptr;
+  bool ok = in && out;
+  char buffer[8192];
+  while (ok) {
+    size_t n = std::fread(buffer, 1, sizeof buffer, in);
+    if (n == 0) {
+      ok = !std::ferror(in);
+      break;
+    }
+    ok = std::fwrite(buffer, 1, n, out) == n;
+  }
+  if (in) std::fclose(in);
+  if (out && std::fclose(out) != 0) ok = false;
+  if (ok) ok = std::rename(partial.c_str(), to.c_str()) == 0;
+  if (!ok) {
+    std::remove(partial.c_str());
+    ERR_Fail("RLib", kRLibErrBackup, lib->Name, to);
+  }
+  return to;
+}
+
+NfierPtr RLIB_GetDefaultsNfier() {
+  static NfierPtr nfier = NFIER_New();
+  return nfier;
+}
+
+void RES_SaveRec(RLibPtr lib, ResPtr res) {
+  RLIB_CheckReadWrite(lib);
+  UInt32 before = RES_GetKnotOffset(res);
+  S_PrepareFieldIndices(lib);
+  S_PrepareTree(lib, res);
+  S_SaveRec(lib, res);
+  BFILE_WorkLaterList(lib->File);
+  // A record that moved is reached from its parent's block only after the
+  // next save of the library.
+  if (RES_GetKnotOffset(res) != before) RES_SetModified(res);
 }
 
 void RLIB_SetSaveAll(RLibPtr lib, BoolEnum flag) { lib->Dirty = flag ? 0xff : 0; }
@@ -530,10 +565,8 @@ void RLIB_Save(RLibPtr lib) {
   frame.setContext(kRLibMsgSaving);
   ERR_SetOptStr(frame.rec(), lib->Name.c_str());
   RLIB_CheckReadWrite(lib);
-  for (RClasPtr cls = RCLAS_GetFirst(); cls; cls = RCLAS_GetNext(cls))
-    for (PFldPtr f = cls->Fields; f && f->Name; ++f) f->FileIndex = -1;
-  for (size_t i = 0; i < lib->FieldTable.size(); ++i)
-    if (lib->FieldTable[i]) lib->FieldTable[i]->FileIndex = static_cast<Int>(i);
+  NFIER_Broadcast(RLIB_GetDefaultsNfier(), RLIB_NFYSAVING, lib);
+  S_PrepareFieldIndices(lib);
 
   std::vector<BKnotPtr> modules;
   for (BKnotPtr m : lib->Modules)
@@ -541,23 +574,16 @@ void RLIB_Save(RLibPtr lib) {
   // Everything a record refers to gets its class, field, import and
   // export entry before any record is written.
   for (BKnotPtr m : modules) {
-    RES_LoadDeepChildren(m->Res);
-    S_WalkTree(m->Res, [](RLibPtr l, ResPtr r) {
-      RLIB_AddResClass(l, r->ResClass);
-      PFLD_LibUpdateRefs(l, r);
-    }, lib);
+    S_PrepareTree(lib, m->Res);
   }
   for (BKnotPtr t : lib->Templates)
     if (t->Res) t->Res->ResPrivate4 |= RES_FLAGEXPORTED;
 
   lib->Version++;
-  {
-    std::vector<uint8_t> data;
-    ByteWriter w(&data);
-    RLIBC_PutStr(w, lib->Name);
-    w.i16(static_cast<int16_t>(lib->Version));
-    S_WriteSection(lib, RLIB_OFFIDENTITY, data);
-  }
+  BFILE_WriteBlockBegin2(lib->File, RLIB_OFFIDENTITY, S_Limit(RLIB_OFFIDENTITY));
+  BFILE_WriteStr(lib->File, lib->Name.c_str());
+  BFILE_WriteInt16(lib->File, static_cast<Int16>(lib->Version));
+  BFILE_WriteBlockEnd(lib->File);
   if (lib->Dirty & RLIB_DIRTYLIBFIELDS) {
     std::vector<uint8_t> data;
     ByteWriter w(&data);
@@ -605,9 +631,8 @@ void RLIB_Save(RLibPtr lib) {
       offsets.push_back(lib->DefaultKnots[i] ? lib->DefaultKnots[i]->Offset : lib->DefaultOffsets[i]);
     S_WriteSection(lib, RLIB_OFFDEFAULTS, S_EncodeOffsets(offsets));
   }
-  uint8_t end[4];
-  owbcoding::putU32(end, BFILE_GetEndOffset(lib->File));
-  BFILE_WriteAt(lib->File, 60, end, 4);
+  BFILE_SeekTo(lib->File, 60);
+  BFILE_WriteUInt32(lib->File, BFILE_GetEndOffset(lib->File));
   BFILE_Flush(lib->File);
   lib->Dirty = 0;
 }

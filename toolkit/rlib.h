@@ -101,6 +101,7 @@ enum {
   kRLibErrNotExported = 12,   // Errors: %s is not exported by library %s
   kRLibErrCannotLoad = 13,    // Errors: cannot load library %s
   kRLibErrExists = 14,        // Errors: a library %s is loaded already
+  kRLibErrBackup = 15,        // Errors: cannot back library %s up into %s
   kRLibMsgLoading = 0,        // Messages: loading library %s
   kRLibMsgSaving = 1          // Messages: saving library %s
 };
@@ -122,7 +123,19 @@ void RLIB_Close(RLibPtr lib);
 void RLIB_Save(RLibPtr lib);
 void RLIB_CheckReadWrite(RLibPtr lib);
 Int RLIB_GetMode(RLibPtr lib);
+// Releases the library's module resources, its file and its tables, and
+// forgets it; resources someone still holds survive unnamed.  RLIB_Unload
+// is the same.
+void RLIB_Dispose(RLibPtr lib);
 void RLIB_Unload(RLibPtr lib);
+// Copies the library's file as it stands on disk (its last save) to the
+// file's path + ".bak", replacing an older copy; gives that path.
+std::string RLIB_Backup(RLibPtr lib);
+// Told (code RLIB_NFYSAVING, data the library) when a library starts to
+// save, before its records are written, so that default resources can be
+// brought up to date.  Lives as long as the process.
+NfierPtr RLIB_GetDefaultsNfier();
+enum { RLIB_NFYSAVING = 1 };
 void RLIB_SetSaveAll(RLibPtr lib, BoolEnum flag);
 
 RLibPtr RLIB_Find(const char* name);

@@ -12,8 +12,6 @@ using owbcoding::putU32;
 
 namespace {
 
-constexpr size_t kMaxStr = 32766;
-
 void S_Corrupt(BlockReader& r, const char* what) {
   ERR_Fail("RLib", kRLibErrCorrupt, static_cast<long>(r.recordOffset()), what);
 }
@@ -59,13 +57,9 @@ void RLIBC_CheckHeader(const DatHeader& h, bool creating) {
 }
 
 void RLIBC_PutStr(ByteWriter& w, const char* text) {
-  if (!text) {
-    w.i16(0);
-    return;
-  }
-  size_t n = std::min(std::strlen(text), kMaxStr);
-  w.i16(static_cast<int16_t>(n + 1));
-  w.bytes(text, n);
+  std::vector<uint8_t> bytes;
+  BFILE_EncodeStr(&bytes, text);
+  w.bytes(bytes.data(), bytes.size());
 }
 
 Int RLIBC_GetCount(BlockReader& r) {

@@ -103,6 +103,13 @@ TEST(ErrFrames, MessageFormattingNeverTrustsTheFormat) {
   EXPECT_STREQ(out, "[(null)]");
   ERR_FormatArgs(out, 3, "%s", args, 1);
   EXPECT_STREQ(out, "na");
+  // A frame's own format procedure, given with its data, makes its message.
+  ErrTrace frame("Err", __FILE__, __LINE__);
+  ERR_SetOpt(frame.rec(), [](ErrFramePtr f, char* buffer, Int size) {
+    snprintf(buffer, static_cast<size_t>(size), "at %s", static_cast<const char*>(f->ClientData));
+  }, const_cast<char*>("home"));
+  ERR_Format(frame.rec(), out, sizeof out);
+  EXPECT_STREQ(out, "at home");
 }
 
 TEST(ErrFrames, ASecondInterruptFailsTheFirstOnlyRecords) {

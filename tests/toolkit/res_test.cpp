@@ -219,4 +219,45 @@ TEST(Resources, ATemplateLoadedTwiceGivesTwoTreesOrderedByIndex) {
   RLIB_Unload(lib);
 }
 
+// Script hooks and reloading: what a scripting layer plugs in is called,
+// and without it the calls fail with a message; a reload forgets changes.
+ResPtr sScriptRes = nullptr;
+std::string sScriptText;
+long recordScript(ResPtr res, const char* script) {
+  sScriptRes = res;
+  sScriptText = script;
+  return 42;
+}
+
+TEST(Resources, ScriptHooksAndReload) {
+  tktest::LibraryScope scope;
+  owbtest::TempDir dir;
+  RLibPtr lib = RLIB_LoadFile(makeWidgetLibrary(dir).c_str());
+  ResPtr win = RES_Load("TstWidgets", "win");
+  EXPECT_EQ(tktest::failureOf([&] { RES_CompileScript(win, "x"); }).rfind("Res 6", 0), 0u);
+  EXPECT_EQ(tktest::failureOf([&] { RES_ExecuteScript(win, "x"); }).rfind("Res 6", 0), 0u);
+  RES_SetCompileScriptProc(recordScript);
+  EXPECT_EQ(RES_CompileScript(win, "compile me"), 42);
+  EXPECT_EQ(sScriptRes, win);
+  EXPECT_EQ(sScriptText, "compile me");
+  EXPECT_EQ(tktest::failureOf([&] { RES_ExecuteScript(win, "x"); }).rfind("Res 6", 0), 0u);
+  RES_SetExecuteScriptProc(recordScript);
+  EXPECT_EQ(RES_ExecuteScript(win, "run me"), 42);
+  EXPECT_EQ(sScriptText, "run me");
+  RES_SetCompileScriptProc(nullptr);
+  RES_SetExecuteScriptProc(nullptr);
+  EXPECT_EQ(tktest::failureOf([&] { RES_ExecuteScript(win, "x"); }).rfind("Res 6", 0), 0u);
+
+  PFLD_SetStr(win, fld("Label"), "changed");
+  PFLD_SetInt(win, fld("Width"), 5);
+  RES_Reload(win);
+  EXPECT_STREQ(PFLD_GetStr(win, fld("Label")), "win");
+  EXPECT_EQ(PFLD_GetInt(win, fld("Width")), 80);
+  ResPtr unnamed = RES_Create(wgtClass());
+  EXPECT_EQ(tktest::failureOf([&] { RES_Reload(unnamed); }).rfind("Res 0", 0), 0u);
+  RES_Release(unnamed);
+  RES_Release(win);
+  RLIB_Unload(lib);
+}
+
 }  // namespace

@@ -366,4 +366,77 @@ TEST(ResourceLibraryFile, DamagedFilesFailWithAMessageAndLeaveNothingLoaded) {
   EXPECT_EQ(attempt(good), "");
 }
 
+// A library backed up, one record saved by itself, its knots walked, and
+// the library disposed; the defaults notifier hears every save.
+TEST(ResourceLibraryFile, BackupOneRecordSavedAloneKnotsAndDisposal) {
+  tktest::LibraryScope scope;
+  owbtest::TempDir dir;
+  std::string path = dir.file("g.dat");
+  makeSmallLibrary(path);
+  RLibPtr lib = RLIB_LoadEdit("g", path.c_str());
+  static int saves = 0;
+  static RLibPtr savedLib = nullptr;
+  NfierCBack heard = [](Int code, ClientPtr data, ClientPtr) {
+    if (code == RLIB_NFYSAVING) ++saves, savedLib = static_cast<RLibPtr>(data);
+  };
+  NFIER_AddDS(RLIB_GetDefaultsNfier(), heard, nullptr);
+  RLIB_Save(lib);
+  NFIER_RemoveDS(RLIB_GetDefaultsNfier(), heard, nullptr);
+  EXPECT_EQ(saves, 1);
+  EXPECT_EQ(savedLib, lib);
+
+  std::string backup = RLIB_Backup(lib);
+  EXPECT_EQ(backup, path + ".bak");
+  EXPECT_EQ(fileBytes(backup), fileBytes(path));
+  ASSERT_EQ(mkdir((backup + ".part").c_str(), 0700), 0);
+  EXPECT_EQ(tktest::failureOf([&] { RLIB_Backup(lib); }).rfind("RLib 15", 0), 0u);
+  EXPECT_EQ(fileBytes(backup), fileBytes(path)) << "a failed backup leaves the older one";
+  rmdir((backup + ".part").c_str());
+
+  BKnotPtr module = BKNOT_FindModule("M");
+  BKnotPtr root = BKNOT_GetRoot(module);
+  ASSERT_NE(root, nullptr);
+  EXPECT_STREQ(BKNOT_GetName(root), "s");
+  EXPECT_EQ(BKNOT_GetBFile(root), lib->File);
+  EXPECT_EQ(BKNOT_GetRoot(root), nullptr);
+  EXPECT_EQ(tktest::failureOf([] { BKNOT_NewSetNameClass("a.b", STRR_Class()); }).rfind("BKnot 3", 0), 0u);
+  EXPECT_EQ(tktest::failureOf([] { RES_NewSetNameClass("", STRR_Class()); }).rfind("BKnot 3", 0), 0u);
+  BKnotPtr fresh = BKNOT_NewSetNameClass("fine", STRR_Class());
+  EXPECT_EQ(BKNOT_GetBFile(fresh), nullptr);
+  BKNOT_Dispose(fresh);
+
+  // A text of the same length is rewritten in place, and so is a longer
+  // one in the last block of the file, which grows.
+  ResPtr s = RES_Load("M", "s");
+  UInt32 offset = RES_GetKnotOffset(s);
+  STRR_SetStr(s, "ho");
+  RES_SaveRec(lib, s);
+  EXPECT_EQ(RES_GetKnotOffset(s), offset);
+  RLIB_Close(lib);
+  Bytes after = fileBytes(path);
+  EXPECT_EQ(after.size(), fileBytes(backup).size());
+  EXPECT_NE(after, fileBytes(backup));
+  RLIB_ForceRWOpen(1);
+  RLIB_Open(lib);
+  RLIB_ForceRWOpen(0);
+  STRR_SetStr(s, "a text long enough to need a new block");
+  RES_SaveRec(lib, s);
+  EXPECT_EQ(RES_GetKnotOffset(s), offset);
+  RLIB_Close(lib);
+  RES_Release(s);
+  RLIB_Dispose(lib);
+  EXPECT_EQ(RLIB_Find("g"), nullptr);
+
+  lib = RLIB_LoadFile(path.c_str());
+  s = RES_Load("M", "s");
+  EXPECT_STREQ(STRR_GetStr(s), "a text long enough to need a new block");
+  RES_Release(s);
+  RLIB_Dispose(lib);
+  lib = RLIB_LoadFile(backup.c_str());
+  s = RES_Load("M", "s");
+  EXPECT_STREQ(STRR_GetStr(s), "hi");
+  RES_Release(s);
+  RLIB_Dispose(lib);
+}
+
 }  // namespace
