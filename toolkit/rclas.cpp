@@ -6,8 +6,11 @@
 #include <new>
 #include <stdexcept>
 #include <cstdlib>
+#include <cstdint>
 #include <cstring>
+#include <map>
 #include <string>
+#include <unordered_map>
 #include <vector>
 
 #include "toolkit/bknot.h"
@@ -23,7 +26,12 @@ namespace {
 struct ClassNode {
   const char* name;
   RClasPoolPtr pool;
-  std::vector<ResPtr> instances;  // live instances, oldest first
+  // Live instances, oldest first: keyed by creation number, with each
+  // instance's number beside it, so that adding, removing and walking
+  // stay logarithmic however many objects a class has.
+  std::map<uint64_t, ResPtr> instances;
+  std::unordered_map<ResPtr, uint64_t> created;
+  uint64_t nextCreated = 0;
 };
 
 ClassNode* S_Node(RClasPtr cls) { return static_cast<ClassNode*>(cls->ClassNode); }
@@ -101,7 +109,7 @@ void RCLAS_Register(RClasPtr cls) {
     if (!cls->DefNotify) cls->DefNotify = cls->ParentClass->DefNotify;
     cls->Flags |= cls->ParentClass->Flags & RCLAS_INHERITEDFLAGS;
   }
-  ClassNode* node = new ClassNode{cls->Name, nullptr, {}};
+  ClassNode* node = new ClassNode{cls->Name, nullptr, {}, {}, 0};
   cls->ClassNode = node;
   sByName.insert(std::lower_bound(sByName.begin(), sByName.end(), cls->Name, S_Less), cls);
   cls->ClassIndex = static_cast<UInt16>(sByIndex.size());
@@ -254,14 +262,19 @@ void RClasFree(RClasPtr cls, void* block) {
 }
 
 void RClasAddInstance(RClasPtr cls, ResPtr res) {
-  if (ClassNode* node = S_Node(cls)) node->instances.push_back(res);
+  ClassNode* node = S_Node(cls);
+  if (!node || node->created.count(res)) return;
+  node->created[res] = node->nextCreated;
+  node->instances[node->nextCreated++] = res;
 }
 
 void RClasRemoveInstance(RClasPtr cls, ResPtr res) {
   ClassNode* node = S_Node(cls);
   if (!node) return;
-  auto at = std::find(node->instances.rbegin(), node->instances.rend(), res);
-  if (at != node->instances.rend()) node->instances.erase(std::next(at).base());
+  auto at = node->created.find(res);
+  if (at == node->created.end()) return;
+  node->instances.erase(at->second);
+  node->created.erase(at);
 }
 
 void RCLAS_SetMemPool(RClasPtr cls, RClasPoolPtr pool) {
@@ -275,14 +288,16 @@ RClasPoolPtr RCLAS_GetMemPool(RClasPtr cls) { return S_Node(cls) ? S_Node(cls)->
 
 ResPtr RCLAS_GetResFirst(RClasPtr cls) {
   ClassNode* node = S_Node(cls);
-  return node && !node->instances.empty() ? node->instances.front() : nullptr;
+  return node && !node->instances.empty() ? node->instances.begin()->second : nullptr;
 }
 
 ResPtr RCLAS_GetResNext(RClasPtr cls, ResPtr res) {
   ClassNode* node = S_Node(cls);
   if (!node) return nullptr;
-  auto at = std::find(node->instances.begin(), node->instances.end(), res);
-  return at == node->instances.end() || at + 1 == node->instances.end() ? nullptr : *(at + 1);
+  auto at = node->created.find(res);
+  if (at == node->created.end()) return nullptr;
+  auto next = node->instances.upper_bound(at->second);
+  return next == node->instances.end() ? nullptr : next->second;
 }
 
 Int RCLAS_GetCreateVersion(ResConstructPtr params) {
