@@ -133,12 +133,16 @@ SourceWindow* SourceWindow::open(const char* fileName, long lineToView, bool fol
 SourceWindow::~SourceWindow() {
   EVENT_StopCBackAlarm(this);
   if (win_ && !closed_) {
-    RES_SetNfyProcDS(WGT_Res(WIN_Wgt(win_)), WIN_DefNfy, nullptr);
-    RES_SetNfyProcDS(WGT_Res(viewPort_), WGT_DefNfy, nullptr);
-    RES_SetNfyProcDS(WGT_Res(SB_Wgt(verticalScroll_)), SB_DefNfy, nullptr);
-    RES_SetNfyProcDS(WGT_Res(SB_Wgt(horizontalScroll_)), SB_DefNfy, nullptr);
+    detachWidgets();
     WIN_TerminateGetStatus(win_);
   }
+}
+
+void SourceWindow::detachWidgets() {
+  RES_SetNfyProcDS(WGT_Res(WIN_Wgt(win_)), WIN_DefNfy, nullptr);
+  RES_SetNfyProcDS(WGT_Res(viewPort_), WGT_DefNfy, nullptr);
+  RES_SetNfyProcDS(WGT_Res(SB_Wgt(verticalScroll_)), SB_DefNfy, nullptr);
+  RES_SetNfyProcDS(WGT_Res(SB_Wgt(horizontalScroll_)), SB_DefNfy, nullptr);
 }
 
 void SourceWindow::close() {
@@ -252,6 +256,9 @@ long SourceWindow::windowNfy(ResPtr res, Int message, ClientPtr data) {
     window->following_ = false;
     if (message == WIN_NFYTERMINATED) {
       window->closed_ = true;
+      // The widgets are freed after this notification, and the object may
+      // be gone by then: they forget it.
+      window->detachWidgets();
       long result = WIN_DefNfy(res, message, data);
       // Last: the handler may delete the object.
       if (window->closedHandler_) window->closedHandler_(window, window->closedData_);

@@ -79,6 +79,8 @@ class SourceWindow : private SourceViewScrollBars {
   void setBarRange(bool vertical, const SourceViewScrollRange& range) override;
   bool handleKey();
   bool handleMenuChoice();
+  // The window's and its widgets' notifications back to the defaults.
+  void detachWidgets();
   void updateStatus();
 
   WinPtr win_ = nullptr;
