@@ -167,9 +167,6 @@ TEST_F(StatusWindowTest, ARowOpensOneViewOfItsProcessOutputThatEndsWithTheWindow
   ASSERT_NE(status, nullptr);
   LBoxPtr lbox = listOf(status);
   const std::string title = "Output of eng1: " + dir;
-  // The view's look at its file, seldom, so that the loop falls quiet.
-  owbtest::ScopedEnv interval("OWB_FOLLOW_INTERVAL", "3000");
-
   clickRow(lbox, 1);
   clickRow(lbox, 1);
   WinPtr view = waitForWindow(title);
