@@ -10,6 +10,7 @@
 #include "fleetmgr/fleetdlg.h"
 #include "fleetmgr/fleetops.h"
 #include "fleetmgr/fleetwindows.h"
+#include "fleetmgr/fltstatout.h"
 #include "fleetmgr/registry.h"
 #include "shared/errors.h"
 #include "shared/ui/uiglobals.h"
@@ -132,6 +133,21 @@ long S_buttonNfy(ResPtr res, Int message, ClientPtr data) {
   return 0;
 }
 
+// A double click or Return on a row: the view of the row's process's
+// output, from the fleet's directory as the operations take it.
+void S_openRowOutput(LBoxPtr lbox) {
+  WinPtr win = windowOfWidget(reinterpret_cast<ResPtr>(lbox));
+  FleetObject* fleet = S_fleetOf(win);
+  Int row = LBOX_CurGetRow(lbox);
+  if (!fleet || row < 1) return;
+  LBOX_GoColRow(lbox, kNameCol, row);
+  const char* name = static_cast<const char*>(LBOX_CurGetClientData(lbox));
+  if (!name || !*name) return;
+  RunFleetArgs args;
+  fleet->makeRunFleetArgs(&args);
+  openProcessOutput(win, args.fleetDir, name);
+}
+
 void updatePressed(WinPtr win) { S_refresh(win); }
 
 void closePressed(WinPtr win) {
@@ -191,6 +207,7 @@ long fleetStatusWindowNfy(ResPtr res, Int message, ClientPtr data) {
     EVENT_ProcessNext();
     return result;
   }
+  if (message == WIN_NFYTERMINATE) closeProcessOutputs(win);
   if (message == WGT_NFYEND) {
     // Closed by other means than the close button (the window manager):
     // the fleet forgets it all the same.
@@ -392,6 +409,9 @@ long theLBoxNfy(ResPtr res, Int message, ClientPtr data) {
       LBOX_CurSelectRow(lbox);
       setButtonStates(windowOfWidget(res), lbox);
       return 0;
+    case LBOX_NFYVALIDATE:
+      S_openRowOutput(lbox);
+      return LBOX_DefNfy(res, message, data);
     default:
       return LBOX_DefNfy(res, message, data);
   }

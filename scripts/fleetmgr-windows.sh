@@ -2,7 +2,9 @@
 # Opens each window of the Fleet Manager on a running demo fleet, as a user
 # would through the Tool Manager, and saves a picture of each:
 #   scripts/fleetmgr-windows.sh OUTDIR [SUFFIX [DPI]]
-# writes OUTDIR/fleetmgr-{status,run,kill,backup,restore}SUFFIX.png.  DPI
+# writes OUTDIR/fleetmgr-{status,output,run,kill,backup,restore}SUFFIX.png
+# (output: the status window with the view of an engine's output opened
+# by a double click on its row, as the screen shows them).  DPI
 # (96 by default, 192 for 200%) is the screen the windows are laid out
 # for.  The settings window, the engine place configuration dialog and its
 # three add dialogs are composed by the tool's window test program, which
@@ -44,7 +46,7 @@ export OWB_START_DELAY=0.3
 "$toolman" --project "$work/fleets" --quiet < /dev/null > "$work/toolman.out" 2>&1 &
 toolman_pid=$!
 for _ in $(seq 50); do [[ -s "$HOME/.owb/owbport" ]] && break; sleep 0.1; done
-OWB_DPI="$dpi" "$OWB/bin/fleetmgr" > "$work/fleetmgr.out" 2>&1 &
+OWB_AUTOMATION=1 OWB_DPI="$dpi" "$OWB/bin/fleetmgr" > "$work/fleetmgr.out" 2>&1 &
 fleetmgr_pid=$!
 for _ in $(seq 50); do "$toolman" --send tools 2>/dev/null | grep -q "Fleet Manager" && break; sleep 0.1; done
 "$toolman" --send "idfl FLTT $definition" >/dev/null
@@ -59,6 +61,21 @@ shoot() {
   echo "$outdir/fleetmgr-$name$suffix.png"
 }
 shoot "Fleet Status" "^Fleet Status: " status
+
+# A double click on alpha's row (the list's cell 2,1, found in the status
+# window's widget description) opens the view of its output; the screen
+# is saved with both windows, cut to what they cover, and the view closed.
+status_title="Fleet Status: $fleet"
+cell="$("$(dirname "$0")/owb-widgets.sh" "$status_title" | awk -F'\t' '$1 == "4/2,1" { print $3 + int($5 / 2), $4 + int($6 / 2) }')"
+status_id="$(xdotool search --onlyvisible --name "^$status_title\$" | head -1)"
+xdotool mousemove --window "$status_id" ${cell% *} ${cell#* } click --repeat 2 --delay 100 1
+view_id="$(timeout 10 xdotool search --sync --onlyvisible --name "^Output of alpha: " | head -1)"
+sleep 0.7
+import -window root "$work/screen.png"
+convert "$work/screen.png" -trim +repage "$outdir/fleetmgr-output$suffix.png"
+echo "$outdir/fleetmgr-output$suffix.png"
+xdotool mousemove --window "$view_id" 100 200 click 1 key ctrl+w
+sleep 0.3
 shoot "Run Fleet" "^Run Fleet$" run
 shoot "Kill Fleet" "^Kill Fleet$" kill
 shoot "Backup Fleet" "^Backup /" backup

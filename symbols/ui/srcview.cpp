@@ -487,6 +487,20 @@ long SourceView::getSelection(char* buffer, long maximumLength) {
 
 // The text begins kMargin inside the viewport; a point maps to the line and
 // column whose cell holds it.
+std::string SourceView::visibleText(long maximumWidth) const {
+  std::string text;
+  if (!dataStore || maximumWidth <= 0) return text;
+  std::vector<unsigned char> buffer(static_cast<size_t>(maximumWidth) + 1);
+  long last = std::min(totalLines(), firstVisibleLine + heightInLines);
+  for (long line = firstVisibleLine; line < last; ++line) {
+    long placed = dataStore->fillBuffer(line, buffer.data(), static_cast<long>(buffer.size()), 0);
+    if (line > firstVisibleLine) text += '\n';
+    // The NUL stands over the line's newline, or over the last byte that fitted.
+    text.append(reinterpret_cast<const char*>(buffer.data()), static_cast<size_t>(placed > 0 ? placed - 1 : 0));
+  }
+  return text;
+}
+
 void SourceView::lineAndColumnAt(_Point16Rec where, long* line, long* column) const {
   int y = where.Y - kMargin;
   int x = where.X - kMargin;

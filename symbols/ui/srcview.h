@@ -149,6 +149,9 @@ class SourceView : public HasErrorReporting {
                                      TypeIdent preferedTool, const _Rect16Rec* windowRect, long windowID,
                                      long data);
 
+  // The lines in view, tabs expanded, each cut at maximumWidth bytes,
+  // joined by newlines.
+  std::string visibleText(long maximumWidth) const;
   // The line and column (from 0) under a viewport point, not held to the text.
   void lineAndColumnAt(_Point16Rec where, long* line, long* column) const;
   const std::string& failureText() const { return failureText_; }

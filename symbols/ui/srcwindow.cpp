@@ -6,6 +6,7 @@
 #include <cstdlib>
 #include <cstring>
 
+#include "toolkit/autom.h"
 #include "toolkit/dsply.h"
 #include "toolkit/evkeys.h"
 #include "toolkit/mbar.h"
@@ -114,6 +115,9 @@ SourceWindow* SourceWindow::open(const char* fileName, long lineToView, bool fol
   }
   RES_SetNfyProcDS(WGT_Res(WIN_Wgt(win)), windowNfy, window.get());
   RES_SetNfyProcDS(WGT_Res(viewPort), viewPortNfy, window.get());
+  // The viewport is a plain widget: its class's description is ours while
+  // source windows are shown, and says nothing of other plain widgets.
+  AUTOM_SetDescribeProc(WGT_Res(viewPort)->ResClass, describeViewPort);
   RES_SetNfyProcDS(WGT_Res(SB_Wgt(vertical)), scrollBarNfy, window.get());
   RES_SetNfyProcDS(WGT_Res(SB_Wgt(horizontal)), scrollBarNfy, window.get());
   window->view_->setScrollBars(window.get());
@@ -129,12 +133,16 @@ SourceWindow* SourceWindow::open(const char* fileName, long lineToView, bool fol
 SourceWindow::~SourceWindow() {
   EVENT_StopCBackAlarm(this);
   if (win_ && !closed_) {
-    RES_SetNfyProcDS(WGT_Res(WIN_Wgt(win_)), WIN_DefNfy, nullptr);
-    RES_SetNfyProcDS(WGT_Res(viewPort_), WGT_DefNfy, nullptr);
-    RES_SetNfyProcDS(WGT_Res(SB_Wgt(verticalScroll_)), SB_DefNfy, nullptr);
-    RES_SetNfyProcDS(WGT_Res(SB_Wgt(horizontalScroll_)), SB_DefNfy, nullptr);
+    detachWidgets();
     WIN_TerminateGetStatus(win_);
   }
+}
+
+void SourceWindow::detachWidgets() {
+  RES_SetNfyProcDS(WGT_Res(WIN_Wgt(win_)), WIN_DefNfy, nullptr);
+  RES_SetNfyProcDS(WGT_Res(viewPort_), WGT_DefNfy, nullptr);
+  RES_SetNfyProcDS(WGT_Res(SB_Wgt(verticalScroll_)), SB_DefNfy, nullptr);
+  RES_SetNfyProcDS(WGT_Res(SB_Wgt(horizontalScroll_)), SB_DefNfy, nullptr);
 }
 
 void SourceWindow::close() {
@@ -246,9 +254,25 @@ long SourceWindow::windowNfy(ResPtr res, Int message, ClientPtr data) {
   if (window && (message == WIN_NFYTERMINATED || message == WIN_NFYTERMINATE)) {
     EVENT_StopCBackAlarm(window);
     window->following_ = false;
-    if (message == WIN_NFYTERMINATED) window->closed_ = true;
+    if (message == WIN_NFYTERMINATED) {
+      window->closed_ = true;
+      // The widgets are freed after this notification, and the object may
+      // be gone by then: they forget it.
+      window->detachWidgets();
+      long result = WIN_DefNfy(res, message, data);
+      // Last: the handler may delete the object.
+      if (window->closedHandler_) window->closedHandler_(window, window->closedData_);
+      return result;
+    }
   }
   return WIN_DefNfy(res, message, data);
+}
+
+void SourceWindow::describeViewPort(WgtPtr wgt, AutomDesc* desc) {
+  ResPtr res = WGT_Res(wgt);
+  if (res->Notify != viewPortNfy || !res->ClientData) return;
+  SourceWindow* window = static_cast<SourceWindow*>(res->ClientData);
+  if (window->view_) AUTOM_SetText(desc, window->view_->visibleText(1024).c_str());
 }
 
 void SourceWindow::placeBar(bool vertical, _Point16Rec origin, int length) {

@@ -18,6 +18,12 @@
 // - SourceWindow::open gives a window on screen, or null with *error
 //   saying why (the file cannot be shown).  The caller owns the object and
 //   deletes it once isClosed() is true or when it wants the window gone.
+// - setClosedHandler: the handler is called once, when the window has
+//   ended (closed by the user, by its menu, or by the window manager), and
+//   may delete the SourceWindow.  It is not called when the owner deletes
+//   the object first.
+// - With the automation surface on, the viewport's line carries the lines
+//   in view, joined by newlines.
 // - While following, the window looks at the file every followIntervalMs
 //   (default 250, OWB_FOLLOW_INTERVAL overrides) from a toolkit alarm: the
 //   event loop must run.
@@ -42,6 +48,11 @@ class SourceWindow : private SourceViewScrollBars {
   // Shows another file (or the same one at another line), as a DISF asks.
   bool showFile(const char* fileName, long lineToView, long lineToHilite, bool hilite, std::string* error);
   void setFollowing(bool follow);
+  typedef void (*ClosedHandler)(SourceWindow* window, void* data);
+  void setClosedHandler(ClosedHandler handler, void* data) {
+    closedHandler_ = handler;
+    closedData_ = data;
+  }
   bool isFollowing() const { return following_; }
   // Searches for text from the selection on; false when there is no
   // further match (the status line says so).
@@ -63,10 +74,13 @@ class SourceWindow : private SourceViewScrollBars {
   static long viewPortNfy(ResPtr res, Int message, ClientPtr data);
   static long scrollBarNfy(ResPtr res, Int message, ClientPtr data);
   static void followAlarm(ClientPtr data);
+  static void describeViewPort(WgtPtr wgt, struct AutomDesc* desc);
   void placeBar(bool vertical, _Point16Rec origin, int length) override;
   void setBarRange(bool vertical, const SourceViewScrollRange& range) override;
   bool handleKey();
   bool handleMenuChoice();
+  // The window's and its widgets' notifications back to the defaults.
+  void detachWidgets();
   void updateStatus();
 
   WinPtr win_ = nullptr;
@@ -81,6 +95,8 @@ class SourceWindow : private SourceViewScrollBars {
   std::string findText_;     // the text being typed, or the last searched
   std::string message_;      // a note for the status line ("Not found")
   int followIntervalMs_ = 250;
+  ClosedHandler closedHandler_ = nullptr;
+  void* closedData_ = nullptr;
 };
 
 #endif  // OWB_SYMBOLS_UI_SRCWINDOW_H

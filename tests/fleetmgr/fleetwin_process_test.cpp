@@ -5,7 +5,8 @@
 // second "Fleet Status" refreshes the same window; "Kill Fleet" opens the
 // kill dialog whose button stops the rest.  Beside the real toolman, "New
 // Fleet" goes through the directory chooser and the settings window, typed
-// into, to a definition on disk and the engines announced.
+// into, to a definition on disk and the engines announced; and a double
+// click on a row opens the view of that process's output.
 #include <gtest/gtest.h>
 // After gtest: Xlib's None macro would break its headers.
 #include <X11/Xatom.h>
@@ -354,6 +355,71 @@ TEST_F(FleetMgrWindowsProcess, NewFleetFromTheRealToolmanIsTypedIntoTheSettingsW
   std::string engines = send("engines");
   EXPECT_NE(engines.find("6106"), std::string::npos) << engines;
   EXPECT_NE(engines.find("6114"), std::string::npos) << engines;
+}
+
+// The environment's own toolman, a fleet run by fleetctl, and fleetmgr:
+// "Fleet Status" chosen through toolman, then a real double click on the
+// engine's row opens a window on the engine's output that shows its text
+// and is placed by toolman as a source viewer; closing the status window
+// ends it, and its place goes back to toolman.
+TEST_F(FleetMgrWindowsProcess, ADoubleClickOnARowShowsTheProcessOutputBesideTheRealToolman) {
+  std::string dir = root.file("demo"), definition = dir + "/demo.flt", ownHome = root.file("realhome");
+  mkdir(ownHome.c_str(), 0777);
+  ASSERT_EQ(fleetctl({"new", dir, "--engine", "alpha", "--base-port", std::to_string(opstest::freeBasePort(4))}), 0)
+      << owbtest::readWholeFile(root.file("fleetctl.out"));
+  ASSERT_EQ(fleetctl({"run", dir}), 0) << owbtest::readWholeFile(root.file("fleetctl.out"));
+  ASSERT_TRUE(opstest::eventually([&] {
+    return owbtest::readWholeFile(dir + "/alpha.out").find("eng alpha:") != std::string::npos;
+  }));
+
+  const std::string toolmanProgram = owbtest::buildDir() + "/tools/toolman";
+  std::map<std::string, std::string> toolmanEnv = {{"HOME", ownHome}};
+  pid_t realToolman = owbtest::startProgram(
+      {toolmanProgram, "--port", std::to_string(opstest::freeBasePort(1)), "--project", dir},
+      root.file("toolman.out"), &toolmanEnv);
+  auto send = [&](const std::string& line) {
+    pid_t sender = owbtest::startProgram({toolmanProgram, "--send", line}, root.file("send.out"), &toolmanEnv);
+    int status = reaper.waitFor(sender, 30);
+    return WIFEXITED(status) && WEXITSTATUS(status) == 0 ? owbtest::readWholeFile(root.file("send.out")) : "";
+  };
+  auto env = environment();
+  env["HOME"] = ownHome;
+  ASSERT_TRUE(opstest::eventually([&] { return send("status").find("port") != std::string::npos; }));
+  tool = owbtest::startProgram({owbtest::installTree() + "/bin/fleetmgr"}, root.file("fleetmgr.out"), &env);
+  ASSERT_TRUE(opstest::eventually([&] { return send("commands FLTT").find("Fleet Status") != std::string::npos; }))
+      << owbtest::readWholeFile(root.file("fleetmgr.out"));
+  send("idfl FLTT " + definition);
+  send("cmd FLTT \"Fleet Status\" " + definition);
+
+  Window status = screen.waitFor("Fleet Status: " + dir);
+  ASSERT_NE(status, 0u) << owbtest::readWholeFile(root.file("fleetmgr.out"));
+  ASSERT_TRUE(opstest::eventually([&] { return screen.statusOf(status, "alpha") == "Up"; }));
+  // Two clicks a moment apart: a double click.
+  ASSERT_TRUE(screen.click(status, "4/2,1"));
+  std::this_thread::sleep_for(std::chrono::milliseconds(60));
+  ASSERT_TRUE(screen.click(status, "4/2,1"));
+  const std::string title = "Output of alpha: " + dir;
+  Window view = screen.waitFor(title);
+  ASSERT_NE(view, 0u) << owbtest::readWholeFile(root.file("fleetmgr.out"));
+  EXPECT_TRUE(opstest::eventually([&] {
+    for (const WidgetLine& w : screen.widgets(view))
+      if (w.text.find("eng alpha: ") != std::string::npos) return true;
+    return false;
+  }));
+  auto toolmanHeard = [&](const std::string& type) {
+    std::string heard = owbtest::readWholeFile(root.file("toolman.out"));
+    for (size_t at = heard.find(type); at != std::string::npos; at = heard.find(type, at + 1))
+      if (heard.find("SRCW", at) < heard.find('\n', at)) return true;
+    return false;
+  };
+  EXPECT_TRUE(opstest::eventually([&] { return toolmanHeard("GWIN"); }));
+
+  ASSERT_TRUE(screen.click(status, "1"));  // close
+  EXPECT_TRUE(opstest::eventually([&] { return screen.find(title) == 0; }));
+  EXPECT_TRUE(opstest::eventually([&] { return toolmanHeard("UWIN"); })) << owbtest::readWholeFile(root.file("toolman.out"));
+
+  kill(realToolman, SIGTERM);
+  EXPECT_NE(reaper.waitFor(realToolman, 10), -1);
 }
 
 }  // namespace

@@ -1,6 +1,7 @@
 // The fleet status window on the X server: its rows from a status list,
 // the run and kill buttons following the selected row, a refresh with
-// fewer rows freeing the rows' buffers, one window per fleet.
+// fewer rows freeing the rows' buffers, one window per fleet, and the
+// views of a process's output opened from its row.
 #include <gtest/gtest.h>
 
 #include <cstdlib>
@@ -11,10 +12,13 @@
 
 #include "fleetmgr/fleetwin_support.h"
 #include "fleetmgr/fltstat.h"
+#include "fleetmgr/fltstatout.h"
+#include "toolkit/autom.h"
 #include "fleetmgr/registry.h"
 
 namespace {
 
+using fmtest::seenAlerts;
 using fmtest::WindowTest;
 
 fleetProcessInfo* record(const char* label, int type, bool running, const char* command, pid_t pid, time_t start,
@@ -146,6 +150,70 @@ TEST_F(StatusWindowTest, AFleetDeletedWithItsWindowOpenEndsTheWindow) {
   gFleetMgr->deleteFleet(fleet->fleetFileName);
   settle();
   EXPECT_EQ(openWindow("Fleet Status: " + root.file("yard")), nullptr);
+}
+
+// A double click or Return on a row opens one view of the process's
+// output, showing its text; asking again raises it; a process without
+// output gets an alert and no window; a view closed by the user is
+// forgotten, and the views end with the status window.
+TEST_F(StatusWindowTest, ARowOpensOneViewOfItsProcessOutputThatEndsWithTheWindow) {
+  FleetObject* fleet = fleetWith(chain({record("eng1", kEngineProcess, true, "bin/eng -d1", 4242, 0, 7000),
+                                        record("placemon", kExternalProcess, false, "placemon -v", 0, 0)}));
+  const std::string dir = root.file("yard");
+  mkdir(dir.c_str(), 0777);
+  owbtest::writeWholeFile(dir + "/eng1.out", "eng eng1: warm boot 1\n\tready\n");
+  fleet->createFleetStatusWindow();
+  WinPtr status = waitForWindow("Fleet Status: " + dir);
+  ASSERT_NE(status, nullptr);
+  LBoxPtr lbox = listOf(status);
+  const std::string title = "Output of eng1: " + dir;
+  clickRow(lbox, 1);
+  clickRow(lbox, 1);
+  WinPtr view = waitForWindow(title);
+  ASSERT_NE(view, nullptr);
+  EXPECT_EQ(processOutputViewCount(), 1);
+  AUTOM_SetOn(1);
+  const std::string shown = AUTOM_Describe(view);
+  AUTOM_SetOn(0);
+  EXPECT_NE(shown.find("eng eng1: warm boot 1\\n    ready"), std::string::npos) << shown;
+
+  // Return on the same row, from the status window: the same view, in front.
+  WIN_PopToFront(status);
+  settle();
+  clickRow(lbox, 1);
+  driver_->key(XK_Return);
+  settle();
+  EXPECT_EQ(processOutputViewCount(), 1);
+  EXPECT_EQ(openWindow(title), view);
+  EXPECT_EQ(WIN_GetTopWin(), view);
+
+  // No output yet: said so, nothing opened.
+  WIN_PopToFront(status);
+  settle();
+  clickRow(lbox, 2);
+  driver_->key(XK_Return);
+  settle();
+  ASSERT_EQ(seenAlerts().size(), 1u);
+  EXPECT_EQ(seenAlerts()[0].title, "Cannot Show Output");
+  EXPECT_NE(seenAlerts()[0].text.find(dir + "/placemon.out"), std::string::npos) << seenAlerts()[0].text;
+  EXPECT_EQ(processOutputViewCount(), 1);
+
+  // Closed by the user (Ctrl+W in the view): forgotten; a new one opens.
+  WIN_PopToFront(view);
+  settle();
+  driver_->key(XK_w, XK_Control_L);
+  settle();
+  EXPECT_EQ(openWindow(title), nullptr);
+  EXPECT_EQ(processOutputViewCount(), 0);
+  WIN_PopToFront(status);
+  settle();
+  clickRow(lbox, 1);
+  clickRow(lbox, 1);
+  ASSERT_NE(waitForWindow(title), nullptr);
+
+  click(child(status, 1));  // close
+  EXPECT_EQ(processOutputViewCount(), 0);
+  EXPECT_EQ(openWindow(title), nullptr);
 }
 
 }  // namespace

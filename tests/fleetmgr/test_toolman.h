@@ -1,8 +1,8 @@
 // A test Tool Manager: a loopback listener that records every message and
-// tickle sent to it, byte for byte, answers GCPP when told to, and sends
-// messages to a tool.  It runs on its own thread and uses only the wire
-// codec of the message library, so it never shares the tool's globals
-// (message center, log) with the code under test.
+// tickle sent to it, byte for byte, answers GCPP when told to and GSAT
+// with no tools, and sends messages to a tool.  It runs on its own thread
+// and uses only the wire codec of the message library, so it never shares
+// the tool's globals (message center, log) with the code under test.
 #ifndef OWB_TESTS_FLEETMGR_TEST_TOOLMAN_H
 #define OWB_TESTS_FLEETMGR_TEST_TOOLMAN_H
 
@@ -225,6 +225,13 @@ class TestToolManager {
       std::lock_guard<std::mutex> lock(mutex_);
       messages_.push_back(message);
       answer = projectAnswer_;
+    }
+    // A source view asking for the tools that show source hears of none,
+    // at once, instead of waiting out the reply time.
+    if (message.type() == OWB_TYPE("GSAT") && message.header.needsReply) {
+      Message reply(kReplyMessageType, nullptr);
+      reply.addErrorParam(kNoError);
+      sendTo(message.header.senderInfo.listenerPort, reply);
     }
     if (message.type() == OWB_TYPE("GCPP") && message.header.needsReply && answer) {
       Message reply(kReplyMessageType, nullptr);
