@@ -251,7 +251,11 @@ Int32 S_ScrollY(TEdPtr t) { return TED_SArea(t)->DocBox.Y; }
 
 // --- Drawing ----------------------------------------------------------------------------
 
-bool S_CaretVisible(TEdPtr t) { return t->CaretShown && WGT_HasFocus(W(t), 1) && WGT_IsEnabled(W(t)); }
+// A read-only field draws no caret: nothing can be typed there, and the
+// focus ring already shows where the keyboard is.
+bool S_CaretVisible(TEdPtr t) {
+  return t->CaretShown && !readOnly(t) && WGT_HasFocus(W(t), 1) && WGT_IsEnabled(W(t));
+}
 
 // Draws [beg, end) of a line from x; tabs and control characters are
 // skipped as blanks of their width.  Only what lies between visLeft and
