@@ -10,6 +10,7 @@
 
 #include "toolkit/autom.h"
 #include "toolkit/dsply.h"
+#include "toolkit/event.h"
 #include "toolkit/pfld.h"
 
 namespace {
@@ -311,6 +312,7 @@ void S_DropShell(CBoxPtr box) {
   lr->ClientData = nullptr;
   lr->Notify = LBOX_DefNfy;
   p->list = nullptr;
+  EVENT_WithdrawPopup(shell);
   ResPtr sr = WGT_Res(WIN_Wgt(shell));
   sr->ClientData = nullptr;
   sr->Notify = WIN_DefNfy;
@@ -705,6 +707,9 @@ void CBOX_OpenList(CBoxPtr box) {
   // outside it, in this program or any other, closes the list.
   DSPLY_GrabPointer(WIN_GetNatWin(p->shell));
   p->grabbed = true;
+  // Inside a modal dialog the list's window is not the modal one: it is
+  // let through for as long as it is open.
+  EVENT_AdmitPopup(p->shell);
   AUTOM_Touch();
   RES_Release(R(box));
 }
@@ -719,6 +724,7 @@ void CBOX_CloseList(CBoxPtr box) {
     p->grabbed = false;
   }
   S_SetHilite(box, -1);
+  if (p->shell) EVENT_WithdrawPopup(p->shell);
   if (box->CBoxPrivate && p->shell) WIN_SelfMinimize(p->shell);
   AUTOM_Touch();
   S_Send(box, CBOX_NFYLISTDEACTIVATE, nullptr);

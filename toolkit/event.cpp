@@ -81,10 +81,22 @@ long dispatchWithEvent(WgtPtr wgt, Int message, EventContext& ctx) {
 
 WinPtr EventRootWin(WgtPtr wgt) { return wgt ? wgt->Win : nullptr; }
 
+namespace {
+WinPtr gAdmittedPopup = nullptr;
+}  // namespace
+
+void EVENT_AdmitPopup(WinPtr popup) { gAdmittedPopup = popup; }
+
+void EVENT_WithdrawPopup(WinPtr popup) {
+  if (gAdmittedPopup == popup) gAdmittedPopup = nullptr;
+}
+
 BoolEnum EventPassesFilter(const EventContext& ctx, Int type, WgtPtr wgt) {
   UInt bit = 1u << type;
   if (ctx.AnyMask & bit) return 1;
-  return (ctx.WinMask & bit) && EventRootWin(wgt) == ctx.Win && ctx.Win != nullptr;
+  WinPtr root = EventRootWin(wgt);
+  if ((ctx.WinMask & bit) && root && root == gAdmittedPopup) return 1;
+  return (ctx.WinMask & bit) && root == ctx.Win && ctx.Win != nullptr;
 }
 
 // --- Contexts --------------------------------------------------------------------

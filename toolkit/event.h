@@ -194,6 +194,12 @@ void EVENT_EndModalProcess();
 void EVENT_ModalProcess(WinPtr win, BoolEnum systemModal, BoolEnum permissive);
 void EVENT_TerminateModalProcess();
 WinPtr EVENT_QueryModalProcess();  // the innermost modal window, or null
+// A pop-up window that stands for a part of a widget (a combo box's open
+// list) takes input like the window under it while it is admitted, even
+// inside a modal run that holds back every other window's input.  One at
+// a time; the owner withdraws it before the window goes.
+void EVENT_AdmitPopup(WinPtr popup);
+void EVENT_WithdrawPopup(WinPtr popup);
 Int EVENT_GetContextDepth();
 
 // --- The current event -------------------------------------------------------------

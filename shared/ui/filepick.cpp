@@ -12,10 +12,12 @@
 #include "shared/toolrequests.h"
 #include "shared/ui/help.h"
 #include "shared/ui/pickrules.h"
+#include "shared/ui/rempickr.h"
 #include "shared/ui/uiglobals.h"
 #include "shared/ui/uiutils.h"
 #include "shared/ui/windman.h"
 #include "shared/utils.h"
+#include "toolkit/cbox.h"
 #include "toolkit/curs.h"
 #include "toolkit/dsply.h"
 #include "toolkit/event.h"
@@ -23,7 +25,6 @@
 #include "toolkit/fmgr.h"
 #include "toolkit/icon.h"
 #include "toolkit/lbox.h"
-#include "toolkit/tarea.h"
 #include "toolkit/tbut.h"
 #include "toolkit/ted.h"
 
@@ -38,7 +39,6 @@ constexpr long kSearchKeyCheckEvery = 64;
 // Kept from one use to the next.
 bool gUseDisk = true;
 std::string gCurrentDirectory;
-TypeIdent gDefaultComponentType = 0;
 ResPtr gFolderIcon = nullptr, gFileIcon = nullptr;
 
 // One use.
@@ -48,25 +48,19 @@ bool gDirectoryChooser = false;
 bool gInitializing = false;
 std::unique_ptr<WildCardList> gWildText;
 long gFilesInList = 0;
-// The project's component types, in the order offered, while the picker
-// stands (the combo box of position 1 shows them).
-std::vector<std::pair<std::string, TypeIdent>> gComponentTypes;
 
 int px(int n) { return n * DSPLY_GetScreenDpi() / 96; }
 
 WgtPtr child(Int n) { return WGT_FromRes(RES_GetNthChild(WGT_Res(WIN_Wgt(gFilePickerWindow)), n)); }
 LBoxPtr diskList() { return LBOX_FromWgt(child(FPICK_DISKLIST)); }
 LBoxPtr projectList() { return LBOX_FromWgt(child(FPICK_PROJECTLIST)); }
+CBoxPtr componentTypes() { return CBOX_FromWgt(child(FPICK_COMPONENTTYPES)); }
 TButPtr button(Int n) { return TBUT_FromWgt(child(n)); }
 TButPtr sourceToggle(Int n) { return TBUT_FromWgt(WGT_FromRes(RES_GetNthChild(WGT_Res(child(FPICK_SOURCES)), n))); }
 
-// The text fields of positions 6 and 7 are editors; position 1 (until
-// there is a combo box) a text area that names the component type.
+// The text fields of positions 6 and 7.
 std::string fieldText(Int n) { return TED_GetStr(TED_FromWgt(child(n))); }
-void setFieldText(Int n, const std::string& text) {
-  if (TED_IsTEd(child(n))) TED_SetStr(TED_FromWgt(child(n)), text.c_str());
-  else TAREA_SetText(reinterpret_cast<TAreaPtr>(child(n)), text.c_str());
-}
+void setFieldText(Int n, const std::string& text) { TED_SetStr(TED_FromWgt(child(n)), text.c_str()); }
 
 void setVisible(WgtPtr w, bool visible) {
   if (visible) WGT_SetVisible(w);
@@ -182,35 +176,6 @@ bool changeWildText() {
 
 // --- Project mode -------------------------------------------------------------------
 
-TypeIdent getComponentType() {
-  for (const auto& type : gComponentTypes)
-    if (type.second == gDefaultComponentType) return type.second;
-  return gComponentTypes.empty() ? 0 : gComponentTypes.front().second;
-}
-
-void buildProjectPopUp() {
-  std::unique_ptr<Message> reply(pickerAskComponentTypes());
-  if (!reply) return;  // the types stay as they were
-  std::vector<std::pair<std::string, TypeIdent>> types;
-  if (reply->getParamCount() < 2 || !pickerComponentTypes(reply.get(), &types)) return;
-  gComponentTypes = types;
-  TypeIdent current = getComponentType();
-  for (const auto& type : gComponentTypes)
-    if (type.second == current) setFieldText(FPICK_COMPONENTTYPES, type.first);
-}
-
-void populateProjectList(LBoxPtr list, TypeIdent componentType) {
-  std::unique_ptr<Message> reply(pickerAskProjectFiles(componentType));
-  std::vector<std::string> rows;
-  if (!reply || !pickerProjectFiles(reply.get(), &rows)) return;
-  LBOX_ClearAll(list);
-  for (size_t i = 0; i < rows.size(); i++) {
-    LBOX_GoColRow(list, 1, static_cast<Int>(i + 1));
-    LBOX_CurSetClientData(list, newStringCopy(rows[i].c_str()));
-  }
-  LBOX_GoColRow(list, 1, 1);
-}
-
 void displayComponentList(bool showDisk) {
   setVisible(child(FPICK_FILTER), showDisk);
   setVisible(child(FPICK_DISKLIST), showDisk);
@@ -220,7 +185,7 @@ void displayComponentList(bool showDisk) {
   TBUT_SetSelected(sourceToggle(0), showDisk);
   TBUT_SetSelected(sourceToggle(1), !showDisk);
   if (showDisk) populateDiskList(true);
-  else populateProjectList(projectList(), getComponentType());
+  else populateProjectList(projectList(), getComponentType(componentTypes()));
 }
 
 // --- Find -----------------------------------------------------------------------------
@@ -361,6 +326,21 @@ long selectionNfy(ResPtr res, Int message, ClientPtr data) {
   return TED_DefNfy(res, message, data);
 }
 
+// The combo box of component types is filled from the Tool Manager when it
+// starts; a type chosen in it (once the dialog is set up, and not in a
+// directory chooser) is remembered and its files listed.
+long componentTypesNfy(ResPtr res, Int message, ClientPtr data) {
+  long result = CBOX_DefNfy(res, message, data);
+  CBoxPtr box = CBOX_FromWgt(WGT_FromRes(res));
+  if (message == WGT_NFYINIT) buildProjectPopUp(box);
+  else if (message == CBOX_NFYELTSELECTED && !gInitializing && !gDirectoryChooser && gFilePickerWindow) {
+    TypeIdent type = getComponentType(box);
+    setDefaultComponentType(type);
+    populateProjectList(projectList(), type);
+  }
+  return result;
+}
+
 long sourceToggleNfy(ResPtr res, Int message, ClientPtr data) {
   if (message != TBUT_NFYHIT) return TBUT_DefNfy(res, message, data);
   bool disk = TBUT_FromWgt(WGT_FromRes(res)) == sourceToggle(0);
@@ -391,6 +371,7 @@ void initialize(const char* promptString) {
   for (Int n : {0, 1}) RES_SetNfyProcDS(WGT_Res(TBUT_Wgt(sourceToggle(n))), sourceToggleNfy, nullptr);
   RES_SetNfyProcDS(WGT_Res(child(FPICK_FILTER)), filterNfy, nullptr);
   RES_SetNfyProcDS(WGT_Res(child(FPICK_SELECTION)), selectionNfy, nullptr);
+  RES_SetNfyProcDS(WGT_Res(child(FPICK_COMPONENTTYPES)), componentTypesNfy, nullptr);
   WIN_Init(win);
   loadIconsOnce();
   // One column as wide as the list.
@@ -403,7 +384,6 @@ void initialize(const char* promptString) {
   std::string remembered = pickerAskDirectory();
   if (!remembered.empty()) gCurrentDirectory = remembered;
   gChoice->warningLevel = 1;
-  buildProjectPopUp();
 }
 
 // Runs the dialog; true when result is not empty.
@@ -412,7 +392,6 @@ Boolean runPicker(char* result) {
   if (gFilePickerWindow) WIN_TerminateGetStatus(gFilePickerWindow);
   copyIntoField(result, sizeof(fileNameType), gChoice->result.c_str());
   gWildText.reset();
-  gComponentTypes.clear();
   delete gChoice;
   gChoice = nullptr;
   return result[0] != 0;

@@ -347,3 +347,63 @@ TEST_F(ToolmanWindowTest, ASilentToolAndOddNamesLeaveTheWindowUsable) {
   EXPECT_GE(pending, 1);
   EXPECT_LE(pending, 4);  // the question, and the probes of a tool that is still there
 }
+
+namespace {
+
+// The path field: a directory typed there and Return make it the project;
+// a directory that does not exist is refused with an alert and a line in
+// the message pane, and the project stays.
+TEST_F(ToolmanWindowTest, TypingADirectoryInThePathFieldChangesTheProject) {
+  owbtest::writeWholeFile(project + "/alpha.txt", "a");
+  ASSERT_EQ(system(("mkdir -p " + home.path() + "/other").c_str()), 0);
+  owbtest::writeWholeFile(home.path() + "/other/beta.txt", "b");
+  int port = 31000 + static_cast<int>(getpid() % 3000) * 3 + 2;
+  Window win = openToolman(port);
+  ASSERT_NE(win, 0u) << readWholeFile(home.file("toolman.out"));
+  std::vector<WidgetLine> lines;
+  ASSERT_TRUE(waitFor([&] { return fileCell(lines = describe(dpy, win), "alpha.txt") != nullptr; }));
+  auto field = [&]() -> WidgetLine {
+    for (const WidgetLine& line : describe(dpy, win))
+      if (line.path == "3") return line;
+    return WidgetLine{};
+  };
+  WidgetLine path = field();
+  ASSERT_EQ("TEd", path.cls);
+  ASSERT_NE(std::string::npos, path.text.find("/fleets"));
+
+  // Types text into the field in place of what it holds, then Return.
+  auto typeInField = [&](const std::string& text) {
+    clickAt(win, path.x + 20, path.y + path.h / 2);
+    owbtest::XTestDriver driver(DisplayString(dpy));
+    driver.key(XK_a, XK_Control_L);
+    for (char c : text) {
+      if (c == '~') driver.key(XK_asciitilde, XK_Shift_L);
+      else driver.key(static_cast<KeySym>(static_cast<unsigned char>(c)));
+    }
+    driver.key(XK_Return);
+  };
+
+  typeInField("~/nothere");
+  ASSERT_TRUE(waitFor([&] { return findWindow(dpy, "Change Project") != 0; }))
+      << readWholeFile(home.file("toolman.out"));
+  keys({XK_Return});
+  ASSERT_TRUE(waitFor([&] { return findWindow(dpy, "Change Project") == 0; }));
+  ASSERT_TRUE(waitFor([&] {
+    for (const WidgetLine& line : describe(dpy, win))
+      if (line.cls == "Cell" && line.path.compare(0, 2, "2/") == 0 &&
+          line.text.find("no project directory " + home.path() + "/nothere") != std::string::npos)
+        return true;
+    return false;
+  }));
+  EXPECT_NE(fileCell(describe(dpy, win), "alpha.txt"), nullptr);
+  EXPECT_EQ(project, field().text);
+
+  typeInField("~/other");
+  EXPECT_TRUE(waitFor([&] {
+    lines = describe(dpy, win);
+    return fileCell(lines, "beta.txt") != nullptr && fileCell(lines, "alpha.txt") == nullptr;
+  })) << readWholeFile(home.file("toolman.out"));
+  EXPECT_EQ(home.path() + "/other", field().text);
+}
+
+}  // namespace

@@ -291,7 +291,11 @@ IdentifyAnswer askToolToIdentify(const RegisteredTool& tool, const std::string& 
   return answer;
 }
 
-ErrorCode setProjectDirectory(const std::string& directory, std::string* report) {
+ErrorCode setProjectDirectory(const std::string& typed, std::string* report) {
+  // "~" and "~/..." stand for the home directory, as in a shell.
+  std::string directory = typed;
+  const char* home = std::getenv("HOME");
+  if (home && *home && (typed == "~" || typed.compare(0, 2, "~/") == 0)) directory = home + typed.substr(1);
   char resolved[PATH_MAX];
   if (directory.empty() || !realpath(directory.c_str(), resolved)) {
     *report += "error: no project directory " + directory + "\n";

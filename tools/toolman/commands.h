@@ -35,7 +35,9 @@ enum class IdentifyAnswer { kIts, kNotIts, kFailed, kNoReply };
 IdentifyAnswer askToolToIdentify(const RegisteredTool& tool, const std::string& file, unsigned long timeoutMs,
                                  std::string* report);
 
-// Makes directory (made absolute) the project directory and reads it.
+// Makes directory (made absolute; a leading "~" is the home directory) the
+// project directory and reads it.  A name that is no directory leaves the
+// project as it is, with a line starting "error: " in *report.
 ErrorCode setProjectDirectory(const std::string& directory, std::string* report);
 
 // The tool's name, or "port N" for a tool that gave none.

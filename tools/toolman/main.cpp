@@ -26,6 +26,7 @@
 #include "shared/helpdefaults.h"
 #include "shared/messages.h"
 #include "shared/tcpxport.h"
+#include "shared/ui/alertwin.h"
 #include "shared/ui/uiglobals.h"
 #include "shared/utils.h"
 #include "state.h"
@@ -275,6 +276,7 @@ int runToolManager(int port, const std::string& projectDirectory, bool withWindo
       ERR_TRACEIN("ToolMan");
       if (!ERR_TryRecoverFn(errTraceFrame, [] { loadSharedDrawingObjects(); }))
         error = "cannot load the shared resource library from " + std::string(gResourcesDirectory);
+      else installAlertWindow();  // the window's alerts, not standard error's
     }
     if (error.empty()) side.window.reset(ToolManWindow::open(&error));
     if (!side.window) {
@@ -304,6 +306,7 @@ int runToolManager(int port, const std::string& projectDirectory, bool withWindo
   std::cout << "toolman: ended" << std::endl;
   if (side.window) {
     side.window.reset();
+    uninstallAlertWindow();
     endLog();
     GW_LibExit();
     return 0;

@@ -278,8 +278,8 @@ bool toolMenuChosen(WinPtr win) {
       // place; messages to oneself are answered in place.
       fileNameType chosen;
       if (!chooseDirectory(chosen, "Project directory", nullptr, nullptr, TRUE) || !chosen[0]) return true;
-      setProjectDirectory(chosen, &report);
-      break;
+      gToolManWindow->changeProject(chosen);
+      return true;
     }
     case MenuAction::kRescan:
       runCommandLine("rescan", &report);

@@ -12,18 +12,20 @@
 #include "toolkit/err.h"
 #include "toolkit/event.h"
 #include "toolkit/rlib.h"
-#include "toolkit/tarea.h"
+#include "shared/alert.h"
+#include "toolkit/ted.h"
 
 ToolManWindow* gToolManWindow = nullptr;
 
 namespace {
 
 // Children of the template toolman.MainWindow, by Index.
-enum { kFilesList = 0, kEnginesList = 1, kLogList = 2, kPathText = 3 };
+enum { kFilesList = 0, kEnginesList = 1, kLogList = 2, kPathField = 3 };
 
 const char* const kFileHeadings[] = {"Name", "Type", "Size", "Date"};
 
 WgtPtr child(WinPtr win, Int index) { return WGT_FromRes(RES_GetNthChild(WGT_Res(WIN_Wgt(win)), index)); }
+TEdPtr pathField(WinPtr win) { return TED_FromWgt(child(win, kPathField)); }
 
 // The cell points at text, which must outlive it.
 void setCell(LBoxPtr box, Int col, Int row, const char* text) {
@@ -75,6 +77,7 @@ ToolManWindow* ToolManWindow::open(std::string* error) {
   window->log_ = LBOX_FromWgt(child(win, kLogList));
   RES_SetNfyProcDS(WGT_Res(WIN_Wgt(win)), windowNfy, nullptr);
   RES_SetNfyProcDS(WGT_Res(LBOX_Wgt(window->files_)), filesNfy, nullptr);
+  RES_SetNfyProcDS(WGT_Res(child(win, kPathField)), pathNfy, nullptr);
   WIN_Init(win);
   gToolManWindow = window.get();
   buildToolMenus(win);
@@ -114,6 +117,34 @@ long ToolManWindow::filesNfy(ResPtr res, Int message, ClientPtr data) {
   return result;
 }
 
+// Return in the path field makes the typed directory the project.
+long ToolManWindow::pathNfy(ResPtr res, Int message, ClientPtr data) {
+  long result = TED_DefNfy(res, message, data);
+  ToolManWindow* self = gToolManWindow;
+  if (self && message == TED_NFYVALIDATE) {
+    WGT_KeyHandled(WGT_FromRes(res));
+    self->changeProject(TED_GetStr(TED_FromWgt(WGT_FromRes(res))));
+  }
+  return result;
+}
+
+bool ToolManWindow::changeProject(const std::string& directory) {
+  std::string report;
+  ErrorCode result = setProjectDirectory(directory, &report);
+  std::string line = report.substr(0, report.find('\n'));
+  logLine(line);
+  if (result == kNoError) return true;
+  // The project stays as it was; the field shows it again, selected, so
+  // that typing replaces it.
+  TEdPtr field = pathField(win_);
+  TED_SetStr(field, gToolManState.projectDirectory.c_str());
+  TED_SelectAll(field);
+  std::string text = line.compare(0, 7, "error: ") == 0 ? line.substr(7) : line;
+  text = "Cannot change the project: " + text + ".\nThe project stays " + gToolManState.projectDirectory + ".";
+  displayAlertWindow(text.c_str(), kAlertWarning, "Change Project", nullptr, nullptr, nullptr, TRUE, nullptr);
+  return false;
+}
+
 bool ToolManWindow::turn() {
   if (closed_) return false;
   if (gToolManState.revision != drawnRevision_) {
@@ -132,7 +163,7 @@ void ToolManWindow::fillFiles() {
   const std::string& project = gToolManState.projectDirectory;
   if (project != drawnProject_) {
     drawnProject_ = project;
-    TAREA_SetText(reinterpret_cast<TAreaPtr>(child(win_, kPathText)), project.c_str());
+    TED_SetStr(pathField(win_), project.c_str());
   }
   // The cells point into rows_: the box lets go of them before they change.
   LBOX_ClearAll(files_);

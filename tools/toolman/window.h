@@ -1,5 +1,6 @@
 // The Tool Manager's window (toolman --window): the project's files with
-// the types the tools gave them, their sizes and dates; the project's path;
+// the types the tools gave them, their sizes and dates; the project's path,
+// which the user may edit to change the project;
 // the engines the tools announced; the messages received, newest last; and
 // a menu bar with a menu of commands per registered tool, the Tools menu
 // and Help.
@@ -54,6 +55,11 @@ class ToolManWindow {
   // For the menus: a file selection changed or the tools changed.
   void filesChanged();
 
+  // Makes directory the project, as Return in the path field does.  On
+  // failure the project stays, the field shows it again, and the reason
+  // goes to the message pane and an alert.
+  bool changeProject(const std::string& directory);
+
  private:
   struct FileRow {
     std::string path, name, type, size, date;
@@ -62,6 +68,7 @@ class ToolManWindow {
   ToolManWindow() = default;
   static long windowNfy(ResPtr res, Int message, ClientPtr data);
   static long filesNfy(ResPtr res, Int message, ClientPtr data);
+  static long pathNfy(ResPtr res, Int message, ClientPtr data);
   void fillFiles();
   void fillEngines();
   void flushLog();

@@ -8,8 +8,8 @@
 #include "shared/ui/alertwin.h"
 #include "shared/ui/pickrules.h"
 #include "tests/shared/ui/ui_fixture.h"
+#include "toolkit/cbox.h"
 #include "toolkit/lbox.h"
-#include "toolkit/tarea.h"
 #include "toolkit/ted.h"
 
 namespace {
@@ -181,6 +181,72 @@ TEST_F(FilePickerTest, TheEmptyLastProjectRowChoosesNothing) {
   ASSERT_FALSE(projectRows.empty());
   EXPECT_EQ("", projectRows.back());
   EXPECT_FALSE(diskShown);
+}
+
+// This tool claims the project's files by their suffix, so that the Tool
+// Manager learns two component types.
+ErrorCode identifyBySuffix(Message* message, Message* reply) {
+  char path[1024];
+  message->getStringParam(0, path, sizeof path);
+  std::string name = path;
+  bool one = name.size() > 4 && name.compare(name.size() - 4, 4, ".one") == 0;
+  bool two = name.size() > 4 && name.compare(name.size() - 4, 4, ".two") == 0;
+  reply->addBooleanParam(one || two);
+  if (one || two) {
+    reply->addStringParam(kParamStr31, one ? "Ones" : "Twos");
+    reply->addIdentParam(one ? OWB_TYPE("ONEF") : OWB_TYPE("TWOF"));
+    reply->addStringParam(kParamStr255, "test files");
+  }
+  return kNoError;
+}
+
+// The component type is chosen from the combo box's list; the project list
+// follows the choice, and the next picker starts on it.
+TEST_F(FilePickerTest, TheComponentTypeChosenInTheListChangesTheProjectFiles) {
+  for (const char* name : {"a.one", "b.two", "c.two"}) touch(project + "/" + name);
+  MessageTemplate idfl = makeMessageTemplate({kParamStr255});
+  gMessageCenter->registerMessageHandler(OWB_TYPE("IDFL"), &idfl, identifyBySuffix);
+  ASSERT_EQ(0, send({"rescan", "idfl uitest a.one", "idfl uitest b.two", "idfl uitest c.two"}));
+  CBoxPtr box = nullptr;
+  Names before, after;
+  std::string shownBefore, shownAfter, shownNextTime;
+  bool listOpened = false;
+  script({[&] {
+            box = CBOX_FromWgt(child(FPICK_COMPONENTTYPES));
+            before = rows(FPICK_PROJECTLIST);
+            shownBefore = TED_GetStr(CBOX_GetTEd(box));
+            press(FPICK_COMPONENTTYPES);  // a click on the field opens the list
+          },
+          [&] {
+            listOpened = CBOX_IsListOpen(box);
+            if (!listOpened || CBOX_GetNumElts(box) < 2) return;
+            LBoxPtr choices = CBOX_GetLBox(box);
+            LBOX_GoColRow(choices, 1, 2);
+            _Rect16Rec cell, clip;
+            LBOX_CurQueryRects(choices, &cell, &clip);
+            _Point16Rec p = tktest::absOf(LBOX_Wgt(choices), cell.Origin.X + 10, cell.Origin.Y + cell.Extent.Y / 2);
+            driver_->click(p.X, p.Y);
+          },
+          [&] {
+            after = rows(FPICK_PROJECTLIST);
+            shownAfter = TED_GetStr(CBOX_GetTEd(box));
+            press(FPICK_CANCEL);
+          }});
+  fileNameType result;
+  EXPECT_FALSE(chooseFile(kDisplayComponents, result, nullptr, nullptr, nullptr, TRUE, FALSE));
+  EXPECT_EQ("Ones", shownBefore);
+  EXPECT_EQ((Names{project + "/a.one", ""}), before);
+  EXPECT_TRUE(listOpened);
+  EXPECT_EQ("Twos", shownAfter);
+  EXPECT_EQ((Names{project + "/b.two", project + "/c.two", ""}), after);
+
+  script({[&] {
+    shownNextTime = TED_GetStr(CBOX_GetTEd(CBOX_FromWgt(child(FPICK_COMPONENTTYPES))));
+    driver_->key(XK_Escape);
+  }});
+  EXPECT_FALSE(chooseFile(kDisplayComponents, result, nullptr, nullptr, nullptr, TRUE, FALSE));
+  EXPECT_EQ("Twos", shownNextTime);
+  gMessageCenter->removeMessageHandler(OWB_TYPE("IDFL"));
 }
 
 // Find offers each match in an alert; Select takes it into the list.
