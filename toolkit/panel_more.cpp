@@ -191,7 +191,7 @@ void PANEL_SetResBox(PanelPtr panel, const _Rect16Rec& resBox) {
   WgtPtr pw = PANEL_Wgt(panel);
   BoolEnum shown = PANEL_Res(panel)->ResInitialized;
   if (shown) WGT_Inval(pw, nullptr);  // where it was
-  WGT_SetResBox(pw, resBox);
+  WGT_SetBox(pw, resBox);  // the resource box and the box scaled from it
   if (!shown) return;
   WGT_VisRgnInvalBelow(pw);
   WGT_Send(pw, WGT_NFYRESIZE);
