@@ -351,9 +351,6 @@ long PANEL_DefNfy(ResPtr res, Int message, ClientPtr data) {
     case WGT_NFYEND:
       PANEL_DefEnd(panel);
       return 0;
-    case WGT_NFYMOUSEOUT:
-      PANEL_DefMouseOut(panel);
-      return 0;
     case WGT_NFYFOCUSLOST:
       // Losing the focus means losing it all the way down.
       if (panel->FocusWgt) {
