@@ -91,7 +91,11 @@ void PanelReleaseCompoWgts(ResPtr res) {
   panel->CompoWgts = nullptr;
   for (Int i = 0; i < ARRAY_GetCount(compo); i++)
     if (WgtPtr c = static_cast<WgtPtr>(ARRAY_GetNthPtr(compo, i))) {
+      // The panel and its window are going: a part that lives on (someone
+      // else holds it) keeps no link to them.
       c->Panel = nullptr;
+      c->Win = nullptr;
+      if (WGT_Res(c)->ResInitialized) WGT_Send(c, WGT_NFYEND);
       RES_Release(WGT_Res(c));
     }
   ARRAY_Dispose(compo);

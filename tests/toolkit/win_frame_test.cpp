@@ -227,7 +227,6 @@ TEST_F(ToolkitTest, AttachedLoadsShareOneWindowAndClonesAreWindowsOfTheirOwn) {
   EXPECT_EQ(WGT_FromRes(RES_GetNthChild(res, 4))->Win, win);
 
   WinPtr copy = keep(WIN_Clone(win));
-  RES_Release(WGT_Res(WIN_Wgt(copy)));  // keep holds it
   ASSERT_NE(copy, win);
   ResPtr copyRes = WGT_Res(WIN_Wgt(copy));
   ASSERT_EQ(RES_GetNumChildren(copyRes), 7);
