@@ -228,9 +228,9 @@ Message* MessageCenter::sendMessage(Message* message) {
   }
   if (!wantsReply) return reply;
 
-  unsigned long deadline = getCurrentMilliseconds() + waitMilliseconds;
-  if (reply || getCurrentMilliseconds() >= deadline) return reply;
-  while (getCurrentMilliseconds() < deadline) {
+  unsigned long deadline = TIME_GetCurMillisecs() + waitMilliseconds;
+  if (reply || TIME_GetCurMillisecs() >= deadline) return reply;
+  while (TIME_GetCurMillisecs() < deadline) {
     Message* arrived = receive();
     if (!arrived) continue;
     if (arrived->header.msgType == kReplyMessageType) return arrived;

@@ -11,7 +11,6 @@
 
 #include <cerrno>
 #include <algorithm>
-#include <chrono>
 #include <csignal>
 #include <cstdio>
 #include <cstdlib>
@@ -69,12 +68,6 @@ bool connectToPort(int socketNumber, uint32_t hostAddr, int port) {
 bool sToolManagerListensOnAnyAddress = false;
 
 }  // namespace
-
-unsigned long getCurrentMilliseconds() {
-  using namespace std::chrono;
-  return static_cast<unsigned long>(
-      duration_cast<milliseconds>(steady_clock::now().time_since_epoch()).count());
-}
 
 int getToolManagerPort() {
   if (gToolManagerPort != 0) return gToolManagerPort;
@@ -185,7 +178,7 @@ TCPTransport::TCPTransport(int listenerPort)
       }
     }
   }
-  lastTickleTime = getCurrentMilliseconds() + static_cast<unsigned long>(std::rand() % 1000);
+  lastTickleTime = TIME_GetCurMillisecs() + static_cast<unsigned long>(std::rand() % 1000);
 }
 
 TCPTransport::~TCPTransport() {
@@ -247,7 +240,7 @@ Message* TCPTransport::poll() {
   }
 
   if (isToolManager) return nullptr;
-  if (getCurrentMilliseconds() > lastTickleTime + tickleInterval) ticklePort(gToolManagerPort);
+  if (TIME_GetCurMillisecs() > lastTickleTime + tickleInterval) ticklePort(gToolManagerPort);
   return nullptr;
 }
 
@@ -345,7 +338,7 @@ void TCPTransport::ticklePort(int port) {
     OWB_LOG("failed to send tickle");
     lastError = kTickleFailed;
   }
-  lastTickleTime = getCurrentMilliseconds();
+  lastTickleTime = TIME_GetCurMillisecs();
 }
 
 // ------------------------------------------------------- file functions

@@ -16,6 +16,7 @@
 #include <cstddef>
 #include <cstdint>
 
+#include "owbtime.h"
 #include "owbtypes.h"
 #include "shared/errors.h"
 #include "shared/transport.h"
@@ -28,9 +29,8 @@ constexpr long kPollWaitMicroseconds = 50000;
 // OWB_TICKLE_INTERVAL (milliseconds, above 0) shortens it for tests.
 constexpr unsigned long kDefaultTickleInterval = 60000;
 
-// Milliseconds of a monotonic clock, the time base of reply deadlines and
-// tickles.
-unsigned long getCurrentMilliseconds();
+// Reply deadlines and tickles count on the toolkit's clock,
+// TIME_GetCurMillisecs (owbtime.h).
 
 // The Tool Manager's port, from $HOME/.owb/owbport; 0 when unknown (not
 // cached, so the file is read again next time).

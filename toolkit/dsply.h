@@ -76,6 +76,23 @@ void DSPLY_SetWinMinMax(NatWinId win, _Point16Rec minExt, _Point16Rec maxExt);
 void DSPLY_SetWinTransientFor(NatWinId win, NatWinId owner);
 void DSPLY_SetWinCursor(NatWinId win, CursPtr cursor);
 void DSPLY_FocusWin(NatWinId win);
+// Frame and decorations, as told to the window manager.
+enum {
+  DSPLY_DECOBORDER = 1,
+  DSPLY_DECOTITLE = 2,
+  DSPLY_DECOMENU = 4,
+  DSPLY_DECOMINIMIZE = 8,
+  DSPLY_DECOMAXIMIZE = 16,
+  DSPLY_DECORESIZE = 32
+};
+void DSPLY_SetWinDecorations(NatWinId win, unsigned decorations);
+enum { DSPLY_WINTYPENORMAL = 0, DSPLY_WINTYPEDIALOG = 1, DSPLY_WINTYPEUTILITY = 2, DSPLY_WINTYPESPLASH = 3 };
+void DSPLY_SetWinType(NatWinId win, int type);
+// Makes leader the window of the group win belongs to (0: no group).
+void DSPLY_SetWinGroup(NatWinId win, NatWinId leader);
+// The frame the window manager drew around the window: left, right, top,
+// bottom widths; false when none is reported.
+bool DSPLY_QueryWinFrameExtents(NatWinId win, int extents[4]);
 // A text property (type UTF8_STRING) of the window, replaced whole; a text
 // too long for one request is written in parts.  Errors of a window that
 // is gone meanwhile are recorded, not fatal.

@@ -57,9 +57,10 @@ void EventResetKbBuf();
 // afterwards, also when a notification fails.
 struct _DsplyEventRec;
 void EventProcessDisplayEvent(_DsplyEventRec* d);
-// Translates and processes one display event; recalculation runs before
-// and after.  The caller clears the event.
-void X_ProcessXEvent(_DsplyEventRec* d);
+
+// Runs the loop with input dropped until *busy is clear (never, for a null
+// busy) or the time is over (evmodal.cpp).
+void EventWaitWhile(const BoolEnum* busy, Int milliseconds);
 
 // The work lists (evwork.cpp), emptied at start-up.
 void EventResetWorkLists();

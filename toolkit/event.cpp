@@ -17,6 +17,7 @@
 #include "toolkit/evctx.h"
 #include "toolkit/eventpriv.h"
 #include "toolkit/winpub.h"
+#include "toolkit/xhooks.h"
 
 namespace {
 
@@ -148,12 +149,13 @@ void EventSetSystemModalForced(BoolEnum flag);
 
 namespace {
 void defProcessNext(ClientPtr);
-void defMainLoop(ClientPtr) {
+void defMainExit(ClientPtr) { EventTopContext().Running = 0; }
+}  // namespace
+
+void EVENT_DefMainLoop(ClientPtr) {
   while (EventTopContext().Running) EVENT_ProcessNext();
   EVENT_Update();
 }
-void defMainExit(ClientPtr) { EventTopContext().Running = 0; }
-}  // namespace
 
 void EVENT_Init() {
   TimerReset();
@@ -172,7 +174,7 @@ void EVENT_Init() {
   gDispatch = EVENT_DefDispatch;
   gDispatchData = nullptr;
   gProcNext = defProcessNext;
-  gMainLoop = defMainLoop;
+  gMainLoop = EVENT_DefMainLoop;
   gMainExit = defMainExit;
   EVENT_SetTrackDownProcDS(nullptr, nullptr);
   EVENT_SetTrackDelay(nullptr);
@@ -203,7 +205,7 @@ void EVENT_SetProcNextEventProcDS(EventProc proc, ClientPtr data) {
   gProcNextData = data;
 }
 void EVENT_SetMainLoopProcDS(EventProc proc, ClientPtr data) {
-  gMainLoop = proc ? proc : defMainLoop;
+  gMainLoop = proc ? proc : EVENT_DefMainLoop;
   gMainLoopData = data;
 }
 void EVENT_SetMainLoopExitProcDS(EventProc proc, ClientPtr data) {
@@ -305,34 +307,6 @@ bool runUserQueues(bool high) {
   return did;
 }
 
-// Waits for the next display event, at most limitMs (-1: no limit); false
-// on time-out.
-bool X_DefNextXEvent(_DsplyEventRec* d, int64_t limitMs) {
-  int64_t deadline = limitMs >= 0 ? DSPLY_Now() + limitMs : -1;
-  for (;;) {
-    if (DSPLY_Pending() == 0) {
-      EVENT_UpdateCursor();
-      DSPLY_Flush();
-    }
-    if (DSPLY_CheckEvent(d)) return true;
-    int64_t remaining = -1;
-    if (deadline >= 0) {
-      remaining = deadline - DSPLY_Now();
-      if (remaining <= 0) return false;
-    }
-    EventBeforeWait();
-    EVENT_ProcessPreBlocking();
-    if (!DSPLY_IsOpen()) {
-      // Without a display only time can pass.
-      if (remaining < 0) return false;
-      struct timespec ts{static_cast<time_t>(remaining / 1000), static_cast<long>(remaining % 1000) * 1000000};
-      nanosleep(&ts, nullptr);
-      return false;
-    }
-    DSPLY_WaitForInput(remaining < 0 ? -1 : static_cast<int>(remaining));
-  }
-}
-
 void defProcessNext(ClientPtr) {
   EventContext& ctx = EventTopContext();
   if (runUserQueues(true)) return;
@@ -352,14 +326,14 @@ void defProcessNext(ClientPtr) {
     EVENT_ProcessRecal();
     EVENT_ProcessInval();
     if (ctx.Blocking) {
-      if (X_DefNextXEvent(&d, wait)) EventProcessDisplayEvent(&d);
+      if (X_NextXEvent(&d, wait)) EventProcessDisplayEvent(&d);
       else EVENT_ProcessTimeOut();
       return;
     }
   } else if (ctx.Blocking) {
     EVENT_ProcessRecal();
     EVENT_ProcessInval();
-    if (X_DefNextXEvent(&d, DSPLY_IsOpen() ? -1 : 0)) EventProcessDisplayEvent(&d);
+    if (X_NextXEvent(&d, DSPLY_IsOpen() ? -1 : 0)) EventProcessDisplayEvent(&d);
     return;
   } else {
     found = runUserQueues(false);

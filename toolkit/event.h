@@ -11,6 +11,7 @@
 #define OWB_TOOLKIT_EVENT_H
 
 #include <cstdint>
+#include <string>
 
 #include "toolkit/evkeys.h"
 #include "toolkit/geom.h"
@@ -124,6 +125,9 @@ void EVENT_ProcessPending();
 BoolEnum EVENT_IsPending();
 void EVENT_Update();  // recal, then inval
 void EVENT_MainLoop();
+// The main loop installed at start-up: EVENT_ProcessNext while the current
+// context runs, then recal and inval.
+void EVENT_DefMainLoop(ClientPtr data);
 void EVENT_MainExit();
 void EVENT_Process(EventPtr event);
 long EVENT_Dispatch(WgtPtr wgt, Int message, ClientPtr data);
@@ -154,6 +158,34 @@ void EVENT_StopCBackAlarm(ClientPtr data);
 void EVENT_SetAlarmStartProcDS(void (*proc)(Int waitMs, ClientPtr), ClientPtr data);
 void EVENT_SetAlarmStopProcDS(EventProc proc, ClientPtr data);
 void EVENT_ProcessTimeOut();
+
+// The timer queue under the alarms: clients sorted by due time on the
+// toolkit clock (TIME_GetCurMillisecs); one due at the same time as others
+// goes behind them.  A client is any record that starts with a
+// _TimerClientRec; the timer processing of the loop takes each elapsed one
+// off and calls its Fire, once.
+//
+// Contracts:
+//  - The caller owns a client it queues; it must stay valid while queued
+//    (TIMER_Dequeue it before freeing it).  Dispose, if set, is called for
+//    clients still queued when the event system starts over.
+//  - Queuing a queued client moves it to its new time.
+struct _TimerClientRec;
+typedef _TimerClientRec* TimerClientPtr;
+struct _TimerClientRec {
+  void (*Fire)(TimerClientPtr client);
+  void (*Dispose)(TimerClientPtr client);
+};
+typedef BoolEnum (*TimerMatchProc)(TimerClientPtr client, ClientPtr data);
+void TIMER_Queue(TimerClientPtr client, Int milliseconds);
+// Takes the client off the queue (or keeps it from firing when the timer
+// processing running now has already taken it off); false if not queued.
+BoolEnum TIMER_Dequeue(TimerClientPtr client);
+// Takes off and returns the earliest client if its time has come, else null.
+TimerClientPtr TIMER_DequeueElapsed();
+BoolEnum TIMER_IsQueued(TimerClientPtr client);
+// The first queued client, in time order, for which match gives true.
+TimerClientPtr TIMER_GetQueuedDS(TimerMatchProc match, ClientPtr data);
 // Milliseconds until the earliest entry is due (negative when late), or -1
 // with *none set when the queue is empty.
 int64_t TIMER_QueryWait(BoolEnum* none);
@@ -231,6 +263,16 @@ void EVENT_DiscardKbEvents();
 void EVENT_DiscardUserEvents();
 WgtPtr EVENT_GetFocusWgt();
 void EVENT_SetDoubleInfo(Int timeMs, Int time2Ms, Int distance);
+
+// --- Clipboard ------------------------------------------------------------------------
+// The display's clipboard, shared with other programs (UTF-8).  Setting
+// keeps a copy that the display hands out until another program takes the
+// clipboard; false without a display.
+BoolEnum EVENT_SetClipboardStr(const char* text);
+// Asks the clipboard's owner for its text and runs the loop until it comes
+// or timeoutMs have passed; user input in that time is dropped.  False
+// (text emptied) when there is no text or no answer.
+BoolEnum EVENT_GetClipboardStr(std::string* text, Int timeoutMs = 2000);
 
 // --- User queues -------------------------------------------------------------------
 // Queues of posted callbacks.  A queue of priority above 0 is served before

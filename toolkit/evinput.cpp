@@ -11,6 +11,7 @@
 #include "toolkit/dsply.h"
 #include "toolkit/err.h"
 #include "toolkit/evctx.h"
+#include "toolkit/xhooks.h"
 #include "toolkit/event.h"
 #include "toolkit/eventpriv.h"
 #include "toolkit/winpub.h"
@@ -201,7 +202,7 @@ void processKey(const _DsplyEventRec& d, WinPtr win) {
 
 // Processes one display event: translation, then EventProcess; recal runs
 // before and after.
-void X_ProcessXEvent(_DsplyEventRec* d) {
+void X_DefProcessXEvent(_DsplyEventRec* d) {
   AUTOM_Touch();
   EVENT_ProcessRecal();
   WinPtr win = WinFromNatWin(d->Win);

@@ -233,7 +233,7 @@ namespace {
 void clearFlag(ClientPtr data) { *static_cast<BoolEnum*>(data) = 0; }
 }  // namespace
 
-void EVENT_Wait(WgtPtr, Int milliseconds) {
+void EventWaitWhile(const BoolEnum* busy, Int milliseconds) {
   EventContext& ctx = EventPushContext();
   ctx.WinMask = EVENT_MASKNONINPUT;
   ctx.AnyMask = EVENT_MASKNONINPUT;
@@ -242,9 +242,11 @@ void EVENT_Wait(WgtPtr, Int milliseconds) {
   Int depth = EventContextDepth();
   BoolEnum waiting = 1;
   EVENT_StartCBackAlarmDS(clearFlag, &waiting, milliseconds);
-  while (waiting && EventContextDepth() >= depth) EVENT_ProcessNext();
+  while (waiting && (!busy || *busy) && EventContextDepth() >= depth) EVENT_ProcessNext();
   if (waiting) EVENT_StopCBackAlarm(&waiting);
   EventUnwindContexts(depth - 1);
   EVENT_ProcessRecal();
   EVENT_ProcessInval();
 }
+
+void EVENT_Wait(WgtPtr, Int milliseconds) { EventWaitWhile(nullptr, milliseconds); }

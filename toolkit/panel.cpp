@@ -10,6 +10,7 @@
 #include "toolkit/kylst.h"
 #include "toolkit/pfld.h"
 #include "toolkit/winpub.h"
+#include "toolkit/panelmore.h"
 
 namespace {
 
@@ -90,8 +91,11 @@ void S_DefRedraw(PanelPtr panel) {
     _Point16Rec ext = DRAW_QueryTextExt(font, panel->Label, -1);
     int top = ext.Y / 2;
     DRAW_FrameRect(d, RECT16_Make(0, top, pw->Box.Extent.X, pw->Box.Extent.Y - top), COLOR_Border(), PEN_Solid());
-    DRAW_FillRect(d, RECT16_Make(8, 0, ext.X + 8, ext.Y), WGT_GetBgColor(pw));
-    DRAW_Text(d, font, WGT_GetFgColor(pw), 12, FONT_GetAscent(font), panel->Label, -1);
+    int x = panel->LabelJustif == PANEL_JUSTIFCENTER  ? (pw->Box.Extent.X - ext.X) / 2
+            : panel->LabelJustif == PANEL_JUSTIFRIGHT ? pw->Box.Extent.X - ext.X - 12
+                                                      : 12;
+    DRAW_FillRect(d, RECT16_Make(x - 4, 0, ext.X + 8, ext.Y), WGT_GetBgColor(pw));
+    DRAW_Text(d, font, WGT_GetFgColor(pw), x, FONT_GetAscent(font), panel->Label, -1);
     WGT_EndDraw(d);
   }
   for (Int i = 0; i < PANEL_GetNumWgts(panel); i++) {
@@ -285,7 +289,7 @@ void PANEL_InstallClass() {
   PANEL_SetWgtLinkProc(S_LinkChild);
   KYLST_InstallClass();
   sPanel = WgtRegisterClass("Panel", "Panel", WGT_Class(), sPanelFields, static_cast<Int>(sizeof(_PanelObj)),
-                            S_PanelConstruct, nullptr, PANEL_DefNfy);
+                            S_PanelConstruct, PanelReleaseCompoWgts, PANEL_DefNfy);
 }
 
 void PANEL_InitClass() {}
@@ -312,13 +316,7 @@ void PanelDefInit(PanelPtr panel) {
   WgtPtr pw = PANEL_Wgt(panel);
   WGT_DefInit(pw);
   S_InitFocusWgtLst(panel);
-  for (Int i = 0; i < PANEL_GetNumWgts(panel); i++) {
-    WgtPtr c = PANEL_GetNthWgt(panel, i);
-    if (!c) continue;
-    c->Panel = panel;
-    c->Win = pw->Win;
-    if (!WGT_Res(c)->ResInitialized) WGT_Send(c, WGT_NFYINIT);
-  }
+  PANEL_SubwgtsInit(panel);
   panel->LaidOutExt = pw->Box.Extent;
 }
 
@@ -356,13 +354,7 @@ long PANEL_DefNfy(ResPtr res, Int message, ClientPtr data) {
       S_Relayout(panel);
       return 0;
     case WGT_NFYEND:
-      panel->MouseWgt = nullptr;
-      panel->FocusWgt = nullptr;
-      RGN_Dispose(panel->FillRgn);
-      panel->FillRgn = nullptr;
-      RGN_Dispose(panel->SubVisRgn);
-      panel->SubVisRgn = nullptr;
-      WGT_DefEnd(PANEL_Wgt(panel));
+      PANEL_DefEnd(panel);
       return 0;
     case WGT_NFYFOCUSLOST:
       // Losing the focus means losing it all the way down.
@@ -383,7 +375,28 @@ void PANEL_DefMouseClick(PanelPtr panel) {
 }
 
 void PANEL_DefMouseMove(PanelPtr panel) {
-  if (!S_PanelPropagateUserEvent(panel, WGT_NFYMOUSEMOVE) && panel->MouseWgt) PANEL_SetMouseWgt(panel, nullptr);
+  if (!PANEL_SubwgtsMouseMove(panel) && panel->MouseWgt) PANEL_SetMouseWgt(panel, nullptr);
+}
+
+WgtPtr PANEL_SubwgtsMouseMove(PanelPtr panel) {
+  return panel ? S_PanelPropagateUserEvent(panel, WGT_NFYMOUSEMOVE) : nullptr;
+}
+
+// The mouse left the panel: it left the child under it too.
+void PANEL_DefMouseOut(PanelPtr panel) {
+  if (panel) PANEL_SetMouseWgt(panel, nullptr);
+}
+
+void PANEL_DefEnd(PanelPtr panel) {
+  if (!panel) return;
+  panel->MouseWgt = nullptr;
+  panel->FocusWgt = nullptr;
+  PanelEndCompoWgts(panel);
+  RGN_Dispose(panel->FillRgn);
+  panel->FillRgn = nullptr;
+  RGN_Dispose(panel->SubVisRgn);
+  panel->SubVisRgn = nullptr;
+  WGT_DefEnd(PANEL_Wgt(panel));
 }
 
 WgtPtr PANEL_GetWgtOnLoc(PanelPtr panel, _Point16Rec loc) {

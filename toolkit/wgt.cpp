@@ -1,6 +1,7 @@
 // The widget base class: attributes, geometry, visibility, enabling, focus,
 // mouse and cursor, and the default reaction to every widget message.
 #include "toolkit/wgtpub.h"
+#include "toolkit/wgtmore.h"
 
 #include <cstddef>
 #include <cstring>
@@ -99,11 +100,6 @@ void dropPanelLinks(WgtPtr wgt) {
 void S_DefMouseIn(WgtPtr wgt) {
   WGT_MouseHandled(wgt);
   if (wgt->Cursor != CURS_Parent()) WGT_UseCursor(wgt, nullptr);
-}
-
-void S_DefSetCursor(WgtPtr wgt) {
-  WGT_UseCursor(wgt, nullptr);
-  WGT_CursorHandled(wgt);
 }
 
 Int16 clamp16(double v) {
@@ -291,13 +287,10 @@ long WGT_DefNfy(ResPtr res, Int message, ClientPtr data) {
       WGT_DefEnd(wgt);
       return 0;
     case WGT_NFYRESET:
-      if (res->ResInitialized) {
-        WGT_Send(wgt, WGT_NFYEND);
-        WGT_Send(wgt, WGT_NFYINIT);
-      }
+      WGT_DefReset(wgt);
       return 0;
     case WGT_NFYSETCURSOR:
-      S_DefSetCursor(wgt);
+      WGT_DefSetCursor(wgt);
       return 0;
     case WGT_NFYMOUSEIN:
       S_DefMouseIn(wgt);
@@ -308,15 +301,9 @@ long WGT_DefNfy(ResPtr res, Int message, ClientPtr data) {
     case WGT_NFYDISABLE:
       dropPanelLinks(wgt);
       return 0;
-    case WGT_NFYREDRAW: {
-      // The plain widget paints its background colour, if it has one.
-      if (wgt->BgColor) {
-        DrawPtr d = WGT_BeginDraw(wgt);
-        DRAW_FillRect(d, RECT16_Make(0, 0, wgt->Box.Extent.X, wgt->Box.Extent.Y), wgt->BgColor);
-        WGT_EndDraw(d);
-      }
+    case WGT_NFYREDRAW:
+      WGT_DefRedraw(wgt);
       return 0;
-    }
     case WGT_NFYQUERYVALIDATE:
       if (data) static_cast<_WgtQueryValidateRec*>(data)->Valid = 1;
       return 0;
@@ -329,6 +316,26 @@ long WGT_DefNfy(ResPtr res, Int message, ClientPtr data) {
     default:
       return RES_DefNfy(res, message, data);
   }
+}
+
+void WGT_DefReset(WgtPtr wgt) {
+  if (!initialized(wgt)) return;
+  WGT_Send(wgt, WGT_NFYEND);
+  WGT_Send(wgt, WGT_NFYINIT);
+}
+
+void WGT_DefSetCursor(WgtPtr wgt) {
+  if (!wgt) return;
+  WGT_UseCursor(wgt, nullptr);
+  WGT_CursorHandled(wgt);
+}
+
+// The plain widget paints its background colour, if it has one.
+void WGT_DefRedraw(WgtPtr wgt) {
+  if (!wgt || !wgt->BgColor) return;
+  DrawPtr d = WGT_BeginDraw(wgt);
+  DRAW_FillRect(d, RECT16_Make(0, 0, wgt->Box.Extent.X, wgt->Box.Extent.Y), wgt->BgColor);
+  WGT_EndDraw(d);
 }
 
 void WgtSendNfyKey(WgtPtr wgt) {
@@ -407,16 +414,34 @@ Int16 WGT_ScaleY16(WgtPtr wgt, Int16 y) { return scale(y, screenDpiOf(wgt, true)
 Int16 WGT_UnscaleX16(WgtPtr wgt, Int16 x) { return unscale(x, screenDpiOf(wgt, false)); }
 Int16 WGT_UnscaleY16(WgtPtr wgt, Int16 y) { return unscale(y, screenDpiOf(wgt, true)); }
 
+void WGT_ScalePoint16(WgtPtr wgt, _Point16Rec* p) {
+  p->X = WGT_ScaleX16(wgt, p->X);
+  p->Y = WGT_ScaleY16(wgt, p->Y);
+}
+
+void WGT_UnscalePoint16(WgtPtr wgt, _Point16Rec* p) {
+  p->X = WGT_UnscaleX16(wgt, p->X);
+  p->Y = WGT_UnscaleY16(wgt, p->Y);
+}
+
+void WGT_UnscaleRect16(WgtPtr wgt, _Rect16Rec* r) {
+  WGT_UnscalePoint16(wgt, &r->Origin);
+  WGT_UnscalePoint16(wgt, &r->Extent);
+}
+
 void WGT_ScaleRect16(WgtPtr wgt, _Rect16Rec* r) {
-  r->Origin.X = WGT_ScaleX16(wgt, r->Origin.X);
-  r->Origin.Y = WGT_ScaleY16(wgt, r->Origin.Y);
-  r->Extent.X = WGT_ScaleX16(wgt, r->Extent.X);
-  r->Extent.Y = WGT_ScaleY16(wgt, r->Extent.Y);
+  WGT_ScalePoint16(wgt, &r->Origin);
+  WGT_ScalePoint16(wgt, &r->Extent);
 }
 
 void WGT_ConvertResBoxToBox(WgtPtr wgt, const _Rect16Rec& resBox, _Rect16Rec* box) {
   *box = resBox;
   WGT_ScaleRect16(wgt, box);
+}
+
+void WGT_ConvertBoxToResBox(WgtPtr wgt, const _Rect16Rec& box, _Rect16Rec* resBox) {
+  *resBox = box;
+  WGT_UnscaleRect16(wgt, resBox);
 }
 
 void WGT_GetResBox(WgtPtr wgt, _Rect16Rec* box) {

@@ -16,6 +16,7 @@
 #include "toolkit/tarea.h"
 #include "toolkit/tbut.h"
 #include "toolkit/winpub.h"
+#include "toolkit/winframe.h"
 
 namespace {
 
@@ -101,6 +102,7 @@ void ensureNative(WinPtr win) {
                      _Point16Rec{win->MaxWidth, win->MaxHeight});
   if (win->IconLabel) DSPLY_SetWinIconLabel(win->NatWin, win->IconLabel);
   if (win->IconPixels) DSPLY_SetWinIcon(win->NatWin, win->IconWidth, win->IconHeight, win->IconPixels);
+  WinApplyFrameAttrs(win);
 }
 
 void S_WinInit(WinPtr win) {
@@ -312,6 +314,7 @@ std::vector<WinLifeWatch*> WinLifeWatch::sWatches;
 void S_WinDestruct(ResPtr res) {
   WinPtr win = WIN_FromRes(res);
   WinLifeWatch::windowGone(win);
+  WinFrameForget(win);
   if (win->NatWin) {
     sByNatWin.erase(win->NatWin);
     DSPLY_DisposeWin(win->NatWin);
@@ -366,7 +369,9 @@ long S_WinDefNfy(ResPtr res, Int message, ClientPtr data) {
       S_WinInit(win);
       return 0;
     case WGT_NFYMOUSECLICK:
-      // No menu bar and no frame of our own: the click goes to the panel.
+      // No menu bar and no frame of our own: the click goes to the panel,
+      // unless a decoration's procedure takes it.
+      if (WinDecorationClick(win)) return 0;
       PANEL_DefMouseClick(WIN_Panel(win));
       return 0;
     case WGT_NFYRECAL:
@@ -402,6 +407,12 @@ long S_WinDefNfy(ResPtr res, Int message, ClientPtr data) {
     case WIN_NFYTERMINATE:
       if (!sRefused) WIN_SelfTerminate(win);
       return 0;
+    case WIN_NFYOPEN:
+      if (!sRefused) WIN_SelfOpen(win);
+      return 0;
+    case WIN_NFYCLOSE:
+      if (!sRefused) WIN_SelfClose(win);
+      return 0;
     case WIN_NFYCONFIGURING:
     case WIN_NFYSELMENUBAR:
       return 0;
@@ -428,7 +439,11 @@ void WIN_Describe(WgtPtr wgt, AutomDesc* desc) { AUTOM_SetText(desc, WIN_GetLabe
 
 WinPtr WIN_Load(const char* moduleName, const char* name) {
   ErrTrace frame("Win", __FILE__, __LINE__);
-  ResPtr res = RES_LoadDeepDetach(moduleName, name);
+  return WinAdoptLoaded(RES_LoadDeepDetach(moduleName, name));
+}
+
+WinPtr WinAdoptLoaded(ResPtr res) {
+  ErrTrace frame("Win", __FILE__, __LINE__);
   if (!RCLAS_IsSubClassOf(res->ResClass, sWin)) {
     RES_Release(res);
     RES_CheckClass(res, sWin);
@@ -483,6 +498,28 @@ BoolEnum WIN_Minimize(WinPtr win) {
 // manager is asked to change the window to its iconic state, and shows it
 // in its task bar or as an icon; WIN_Show brings it back.
 void WIN_SelfMinimize(WinPtr win) { WIN_SelfIconify(win); }
+
+BoolEnum WIN_Open(WinPtr win) {
+  if (!showable(win) || win->State == WIN_STATEOPEN) return 0;
+  return S_Request(win, WIN_NFYOPEN);
+}
+
+void WIN_SelfOpen(WinPtr win) {
+  if (showable(win) && win->State != WIN_STATEOPEN) S_Show(win);
+}
+
+BoolEnum WIN_Close(WinPtr win) {
+  if (!win || win->Closing || (win->State != WIN_STATEOPEN && win->State != WIN_STATEICONIFIED)) return 0;
+  return S_Request(win, WIN_NFYCLOSE);
+}
+
+// An iconified window is unmapped by the window manager already; hiding it
+// withdraws it from the manager's icons too.
+void WIN_SelfClose(WinPtr win) {
+  if (!win || win->Closing) return;
+  if (win->State == WIN_STATEICONIFIED && win->NatWin) DSPLY_HideWin(win->NatWin);
+  if (win->State == WIN_STATEOPEN || win->State == WIN_STATEICONIFIED) S_Hide(win, WIN_STATECLOSED);
+}
 
 void WinPutAway(WinPtr win) {
   if (win && win->State == WIN_STATEOPEN) S_Hide(win, WIN_STATECLOSED);

@@ -225,9 +225,9 @@ TEST_F(DispatchTest, MessageToOwnPortIsDispatchedAtOnce) {
   Message* request = new Message(kTest, &center->thisToolInfo);
   request->header.needsReply = TRUE;
   request->addStringParam(kParamStr255, "self");
-  unsigned long before = getCurrentMilliseconds();
+  unsigned long before = TIME_GetCurMillisecs();
   Message* reply = center->sendMessage(request);
-  EXPECT_LT(getCurrentMilliseconds() - before, 1000u);
+  EXPECT_LT(TIME_GetCurMillisecs() - before, 1000u);
   ASSERT_NE(reply, nullptr);
   char text[16];
   reply->getStringParam(1, text, sizeof text);

@@ -13,6 +13,7 @@
 #include <set>
 #include <string>
 
+#include "owbtime.h"
 #include "toolkit/dsply.h"
 #include "toolkit/evkeys.h"
 #include "toolkit/png.h"
@@ -152,11 +153,7 @@ void DSPLY_Sync() {
   if (gX.dpy) XSync(gX.dpy, False);
 }
 
-int64_t DSPLY_Now() {
-  timespec ts;
-  clock_gettime(CLOCK_MONOTONIC, &ts);
-  return static_cast<int64_t>(ts.tv_sec) * 1000 + ts.tv_nsec / 1000000;
-}
+int64_t DSPLY_Now() { return static_cast<int64_t>(TIME_GetCurMillisecs()); }
 
 namespace {
 void setUtf8Property(Window win, Atom property, const char* text) {

@@ -2,14 +2,13 @@
 #include "toolkit/x11/x11priv.h"  // first: it settles the X type names
 
 #include <X11/keysym.h>
-#include <sys/select.h>
-
 #include <cerrno>
 #include <cstring>
 #include <map>
 
 #include "toolkit/dsply.h"
 #include "toolkit/evkeys.h"
+#include "toolkit/xhooks.h"
 
 unsigned X11ToolkitMods(unsigned state) {
   unsigned m = 0;
@@ -257,12 +256,26 @@ bool translate(XEvent* xe, _DsplyEventRec* ev) {
 }
 }  // namespace
 
+namespace {
+// XCheckIfEvent's form of the loop's predicate.
+Bool passesPredicate(Display*, XEvent* xe, XPointer) { return XCurrentPredicate()(xe) ? True : False; }
+// Sees whether any queued event passes without taking one.
+Bool notesPassing(Display*, XEvent* xe, XPointer found) {
+  if (XCurrentPredicate()(xe)) *reinterpret_cast<bool*>(found) = true;
+  return False;
+}
+}  // namespace
+
 bool DSPLY_CheckEvent(_DsplyEventRec* ev) {
   X11State& x = X11();
   if (!x.dpy || !ev) return false;
   while (XPending(x.dpy) > 0) {
     XEvent xe;
-    XNextEvent(x.dpy, &xe);
+    if (XCurrentPredicate()) {
+      if (!XCheckIfEvent(x.dpy, &xe, passesPredicate, nullptr)) return false;
+    } else {
+      XNextEvent(x.dpy, &xe);
+    }
     if (X11ImFilter(&xe) || X11SelHandleEvent(&xe)) continue;
     if (xe.type == MappingNotify) {
       // The keyboard's map changed: keys are read with the new one.
@@ -270,6 +283,7 @@ bool DSPLY_CheckEvent(_DsplyEventRec* ev) {
       continue;
     }
     if (translate(&xe, ev)) return true;
+    if (XNonOiEventProc other = XNonOiEventProcedure()) other(&xe);
   }
   return false;
 }
@@ -285,27 +299,19 @@ bool DSPLY_CheckKeyEvent(_DsplyEventRec* ev) {
 
 int DSPLY_Pending() {
   X11State& x = X11();
-  return x.dpy ? XPending(x.dpy) : 0;
+  if (!x.dpy) return 0;
+  int n = XPending(x.dpy);
+  if (n == 0 || !XCurrentPredicate()) return n;
+  // Under a predicate only the events it lets through count.
+  bool found = false;
+  XEvent unused;
+  XCheckIfEvent(x.dpy, &unused, notesPassing, reinterpret_cast<XPointer>(&found));
+  return found ? n : 0;
 }
 
 bool DSPLY_WaitForInput(int timeoutMs) {
   X11State& x = X11();
-  if (!x.dpy) return false;
-  if (XPending(x.dpy) > 0) return true;
-  int fd = ConnectionNumber(x.dpy);
-  if (fd < 0 || fd >= FD_SETSIZE) return false;
-  fd_set set;
-  FD_ZERO(&set);
-  FD_SET(fd, &set);
-  timeval tv{};
-  timeval* limit = nullptr;
-  if (timeoutMs >= 0) {
-    tv.tv_sec = timeoutMs / 1000;
-    tv.tv_usec = (timeoutMs % 1000) * 1000;
-    limit = &tv;
-  }
-  int r = select(fd + 1, &set, nullptr, nullptr, limit);
-  return r > 0;
+  return x.dpy && X_DefXUnxBlocking(ConnectionNumber(x.dpy), timeoutMs);
 }
 
 void DSPLY_ClearEvent(_DsplyEventRec* ev) {

@@ -14,15 +14,12 @@
 #include <memory>
 #include <vector>
 
+#include "owbtime.h"
 #include "toolkit/dsplysel.h"
 
 namespace {
 
-int64_t nowMs() {
-  timespec ts;
-  clock_gettime(CLOCK_MONOTONIC, &ts);
-  return static_cast<int64_t>(ts.tv_sec) * 1000 + ts.tv_nsec / 1000000;
-}
+int64_t nowMs() { return static_cast<int64_t>(TIME_GetCurMillisecs()); }
 
 // An answer to another client, sent in increments.
 struct OutTransfer {
