@@ -28,6 +28,17 @@ if [[ -z "${DISPLAY:-}" ]] || ! xdpyinfo >/dev/null 2>&1; then
   sleep 1
 fi
 key() { for k in "$@"; do xdotool key "$k"; sleep 0.3; done; }
+# With OWB_DEMO_SHOTS=DIR the walk-through saves pictures of the window
+# (and of its open menu) there, named with OWB_DEMO_SHOT_SUFFIX (say "-200"
+# when OWB_DPI=192 lays the window out at 200%); needs ImageMagick's import.
+shot() {
+  [[ -n "${OWB_DEMO_SHOTS:-}" ]] || return 0
+  local id x y w h
+  id=$(xdotool search --name '^Tool Manager$' | head -1)
+  eval "$(xdotool getwindowgeometry --shell "$id" | sed -n 's/^\(X\|Y\|WIDTH\|HEIGHT\)=/\1=/p')"
+  x=$X y=$Y w=$WIDTH h=$HEIGHT
+  import -window root -crop "${w}x${h}+${x}+${y}" +repage "$OWB_DEMO_SHOTS/$1${OWB_DEMO_SHOT_SUFFIX:-}.png"
+}
 
 OWB_AUTOMATION=1 "$toolman" --window --quiet --project "$project" < /dev/null > "$HOME/toolman-window.out" 2>&1 &
 toolman_pid=$!
@@ -50,7 +61,11 @@ echo "-- select demo/demo.flt, then Fleet Manager > Fleet Status"
 cell=$("$root/scripts/owb-widgets.sh" "Tool Manager" | awk -F'\t' '$2 == "Cell" && $8 == "demo/demo.flt" {print $1; exit}')
 "$root/scripts/owb-widgets.sh" "Tool Manager" --path "$cell"
 sleep 0.3
-key F10 Right Right Down Down Down Return
+shot toolman
+key F10 Right Right
+sleep 0.3
+shot toolman-menu
+key Down Down Down Return
 sleep 2
 echo "-- windows on the display now:"
 for w in $(xdotool search --onlyvisible --name '.' 2>/dev/null); do xdotool getwindowname "$w"; done | sort -u

@@ -86,7 +86,8 @@ TEST_F(ToolkitTest, PanelFocusOrderKeyWidgetPropagationAndBox) {
     PANEL_FocusOnNextWgt(top);
     visited.push_back(top->FocusWgt);
   }
-  EXPECT_EQ(visited, (std::vector<WgtPtr>{TBUT_Wgt(a), TBUT_Wgt(c), TBUT_Wgt(a), TBUT_Wgt(c)}));
+  // After the last one the window holds no focus for one step.
+  EXPECT_EQ(visited, (std::vector<WgtPtr>{TBUT_Wgt(a), TBUT_Wgt(c), nullptr, TBUT_Wgt(a)}));
   PANEL_RemoveFocusWgt(top, TBUT_Wgt(c));
   PANEL_FocusOnNextWgt(top);
   PANEL_FocusOnNextWgt(top);
