@@ -187,7 +187,7 @@ TEST_F(SourceViewTest, JumpsHoldLinesToTheTextAndMoveTheHighlight) {
 }
 
 TEST_F(SourceViewTest, FindGoesDownFromTheSelectionWithoutWrapping) {
-  writeFile(dir_.file("f"), numberedLines(95) + "\tTabbed Needle here\n");
+  writeFile(dir_.file("f"), numberedLines(95) + "\tTabbed Needle \xE9 here\n");
   auto view = openView(dir_.file("f"));
   ASSERT_TRUE(view->find("needle", false));
   EXPECT_EQ(view->selectionStartLine, 9);
@@ -215,6 +215,11 @@ TEST_F(SourceViewTest, FindGoesDownFromTheSelectionWithoutWrapping) {
   EXPECT_EQ(view->selectionStartChar, 4 + 7);
   EXPECT_FALSE(view->find("needle", false));  // no wrap to the top
   EXPECT_EQ(view->selectionStartLine, 95);
+  // A stray byte is found and selected as the code the view shows.
+  ASSERT_TRUE(view->find("\\xE9 here", true));
+  EXPECT_EQ(view->selectionStartChar, 4 + 14);
+  EXPECT_EQ(view->getSelection(text, sizeof text), 9);
+  EXPECT_STREQ(text, "\\xE9 here");
   // From a highlighted target without a selection: that line on.
   view->jumpToLine(50, 0, false, 0, true);
   ASSERT_TRUE(view->find("line", false));
