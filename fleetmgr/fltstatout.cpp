@@ -88,7 +88,10 @@ bool openProcessOutput(WinPtr statusWindow, const char* fleetDir, const char* la
     return false;
   }
   std::string error;
-  SourceWindow* window = SourceWindow::open(path.c_str(), 0, true, &error);
+  // Beside the status window rather than over its list; a place the Tool
+  // Manager remembers for source viewers wins (addWindowRec below).
+  const _Rect16Rec* statusBox = statusWindow ? &WIN_Wgt(statusWindow)->Box : nullptr;
+  SourceWindow* window = SourceWindow::open(path.c_str(), 0, true, &error, statusBox);
   if (!window) {
     S_alert("Cannot show the output of \"" + label + "\": " + error);
     return false;

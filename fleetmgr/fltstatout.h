@@ -9,6 +9,8 @@
 // - A view is registered with the window manager (gWindowManager, when the
 //   tool has one) as a source viewer, SRCW, and its record goes when the
 //   view ends.
+// - A view opens beside its status window (kept on screen) unless the
+//   Tool Manager remembers a place for source viewers.
 // - A view belongs to the status window it was opened from and ends with
 //   it; a view the user closes is forgotten and freed on its own.
 #ifndef OWB_FLEETMGR_FLTSTATOUT_H

@@ -1,5 +1,5 @@
 // Opens any bytes as a text file for the source view: the first byte sets
-// the tab width, the second a growth split.  Every line is fetched with
+// the tab width (its top bit the escaping of invalid bytes), the second a growth split.  Every line is fetched with
 // buffers and scrolls of many sizes, and the line count is checked against
 // the newlines.
 #include <algorithm>
@@ -15,12 +15,13 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
   if (size < 2) return 0;
   long tab = data[0] % 12;  // 0 is taken as 1
   size_t split = data[1] * (size / 256 + 1);
+  bool escape = (data[0] & 0x80) != 0;
   data += 2;
   size -= 2;
   split = std::min(split, size);
   std::string path = writeFuzzFile("textstore", data, split);
   if (path.empty()) return 0;
-  TextDataStore store(path.c_str(), tab);
+  TextDataStore store(path.c_str(), tab, escape);
   if (store.lastError == 0 && split < size) {
     if (FILE* file = std::fopen(path.c_str(), "ab")) {
       std::fwrite(data + split, 1, size - split, file);

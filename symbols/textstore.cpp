@@ -9,6 +9,7 @@
 
 #include <algorithm>
 #include <cerrno>
+#include <cstdio>
 #include <cstdlib>
 #include <cstring>
 #include <new>
@@ -43,12 +44,48 @@ bool preadFully(int file, unsigned char* buffer, long length, off_t position) {
   return true;
 }
 
+// The invalid bytes of [p, end), each shown escaped.
+long countInvalidBytes(const unsigned char* p, const unsigned char* end) {
+  long count = 0;
+  while (p < end) {
+    if (*p < 0x80) {
+      ++p;
+      continue;
+    }
+    int length = utf8SequenceLength(p, end - p);
+    if (length > 0) {
+      p += length;
+    } else {
+      ++count;
+      ++p;
+    }
+  }
+  return count;
+}
+
 }  // namespace
+
+int utf8SequenceLength(const unsigned char* text, long available) {
+  unsigned char lead = text[0];
+  if (lead < 0xC2 || lead > 0xF4) return 0;
+  int length = lead >= 0xF0 ? 4 : lead >= 0xE0 ? 3 : 2;
+  for (int i = 1; i < length; ++i) {
+    if (i >= available) return -1;
+    unsigned char next = text[i];
+    unsigned char low = 0x80, high = 0xBF;
+    if (i == 1 && lead == 0xE0) low = 0xA0;   // overlong
+    if (i == 1 && lead == 0xED) high = 0x9F;  // surrogates
+    if (i == 1 && lead == 0xF0) low = 0x90;   // overlong
+    if (i == 1 && lead == 0xF4) high = 0x8F;  // beyond U+10FFFF
+    if (next < low || next > high) return 0;
+  }
+  return length;
+}
 
 // --- TextDataChunk ------------------------------------------------------------------
 
-TextDataChunk::TextDataChunk(int theFile, long* bytesLeft, long theTabValue)
-    : file(theFile), tabValue(theTabValue) {
+TextDataChunk::TextDataChunk(int theFile, long* bytesLeft, long theTabValue, bool escape)
+    : file(theFile), tabValue(theTabValue), escapeInvalidBytes(escape) {
   itemType = kTextChunkItemType;
   long wanted = std::min(kTextChunkSize, std::max(0L, *bytesLeft));
   *bytesLeft -= wanted;
@@ -96,6 +133,7 @@ const unsigned char* TextDataChunk::scanForReturnAndTabs(const unsigned char* pt
        (tab = static_cast<const unsigned char*>(std::memchr(tab, '\t', lineEnd - tab))) != nullptr; ++tab)
     ++tabs;
   *tabPadding = tabs * (tabValue - 1);
+  if (escapeInvalidBytes) *tabPadding += countInvalidBytes(ptr, lineEnd) * (kEscapedByteWidth - 1);
   return lineEnd;
 }
 
@@ -157,10 +195,56 @@ struct TextDataStore::ExpandState {
   long skip = 0;          // columns to leave out at the start
   bool leadingRun = true; // nothing but tabs seen so far
   bool stopped = false;   // the destination is full
+  long validCarry = 0;    // bytes ahead that end a character already begun
 };
 
-TextDataStore::TextDataStore(const char* pathname, long theTabValue)
-    : tabValue(theTabValue > 0 ? theTabValue : 1), pathname_(pathname ? pathname : "") {
+// What comes next in a line: bytes that are a column each (text, or a
+// character's bytes), a tab, or a byte shown escaped.
+struct TextDataStore::Run {
+  enum Kind { kBytes, kTab, kEscaped } kind;
+  long bytes;      // for kBytes
+  bool character;  // kBytes of one character: cut, its rest is carried
+};
+
+TextDataStore::Run TextDataStore::nextRun(const unsigned char* at, long left, const unsigned char* following,
+                                          long followingSize, ExpandState* state) const {
+  if (state->validCarry > 0) {
+    long bytes = std::min(state->validCarry, left);
+    state->validCarry -= bytes;
+    return {Run::kBytes, bytes, true};
+  }
+  if (*at == '\t') return {Run::kTab, 1, false};
+  if (!escapeInvalidBytes_) {
+    const void* tab = std::memchr(at, '\t', static_cast<size_t>(left));
+    return {Run::kBytes, tab ? static_cast<const unsigned char*>(tab) - at : left, false};
+  }
+  if (*at < 0x80) {
+    long bytes = 1;
+    while (bytes < left && at[bytes] != '\t' && at[bytes] < 0x80) ++bytes;
+    return {Run::kBytes, bytes, false};
+  }
+  int length = utf8SequenceLength(at, left);
+  if (length < 0 && following) {
+    // Cut by the chunk's end: judged with the bytes that follow.
+    unsigned char joined[4];
+    long have = std::min(left, 4L);
+    std::memcpy(joined, at, static_cast<size_t>(have));
+    long more = std::min(followingSize, 4 - have);
+    std::memcpy(joined + have, following, static_cast<size_t>(more));
+    length = utf8SequenceLength(joined, have + more);
+    if (length > left) {
+      state->validCarry = length - left;
+      return {Run::kBytes, left, true};
+    }
+  }
+  if (length > 0) return {Run::kBytes, length, true};
+  return {Run::kEscaped, 1, false};
+}
+
+TextDataStore::TextDataStore(const char* pathname, long theTabValue, bool escapeInvalidBytes)
+    : tabValue(theTabValue > 0 ? theTabValue : 1),
+      escapeInvalidBytes_(escapeInvalidBytes),
+      pathname_(pathname ? pathname : "") {
   // Opened without blocking so that a named pipe in the file's place cannot
   // hold us up; only a regular file is read.
   file = open(pathname_.c_str(), O_RDONLY | O_NONBLOCK | O_CLOEXEC);
@@ -196,7 +280,7 @@ void TextDataStore::fail(ErrorCode code, const std::string& why) {
 void TextDataStore::createNewTextChunks(long length) {
   long bytesLeft = length;
   while (bytesLeft > 0) {
-    std::unique_ptr<TextDataChunk> chunk(new (std::nothrow) TextDataChunk(file, &bytesLeft, tabValue));
+    std::unique_ptr<TextDataChunk> chunk(new (std::nothrow) TextDataChunk(file, &bytesLeft, tabValue, escapeInvalidBytes_));
     if (!chunk) {
       fail(kTextNoMemory, "out of memory");
       return;
@@ -236,8 +320,9 @@ void TextDataStore::indexChunk(size_t index) {
       long length = 0;
       bool runOn = false;
       const unsigned char* last = chunk.getNthLinePtr(chunk.lineCount() - 1, &length, &runOn);
-      long tabs = last ? std::count(last, last + length, '\t') : 0;
-      runningOn = length + tabs * (tabValue - 1);
+      long padding = 0;
+      if (last) chunk.scanForReturnAndTabs(last, &padding);
+      runningOn = length + padding;
     }
   }
   runOnWidthAfter_.push_back(runningOn);
@@ -288,37 +373,43 @@ void TextDataStore::invalidateAllChunks() {
   for (auto& chunk : textChunks) chunk->unloadData();
 }
 
-long TextDataStore::expandInto(const unsigned char* source, long sourceSize, unsigned char* dest, long destSize,
-                               ExpandState* state) {
+long TextDataStore::expandInto(const unsigned char* source, long sourceSize, const unsigned char* following,
+                               long followingSize, unsigned char* dest, long destSize, ExpandState* state) {
   auto tabWidth = [&]() { return state->leadingRun ? tabValue : tabValue - state->column % tabValue; };
   long copied = 0;
   long processed = 0;
+  char code[kEscapedByteWidth + 1];
   // Step over the columns scrolled out of view.
   while (processed < sourceSize && state->column < state->skip) {
-    const unsigned char* from = source + processed;
-    long plainRun = std::min(sourceSize - processed, state->skip - state->column);
-    const void* tab = std::memchr(from, '\t', static_cast<size_t>(plainRun));
-    long plain = tab ? static_cast<const unsigned char*>(tab) - from : plainRun;
-    if (plain > 0) {
+    Run run = nextRun(source + processed, sourceSize - processed, following, followingSize, state);
+    if (run.kind == Run::kBytes) {
+      long take = std::min(run.bytes, state->skip - state->column);
+      // A character across the left edge: its other bytes come as they are.
+      if (take < run.bytes && run.character) state->validCarry += run.bytes - take;
       state->leadingRun = false;
-      state->column += plain;
-      processed += plain;
+      state->column += take;
+      processed += take;
       continue;
     }
-    long width = tabWidth();
+    long width = run.kind == Run::kTab ? tabWidth() : kEscapedByteWidth;
+    if (run.kind == Run::kEscaped) {
+      std::snprintf(code, sizeof code, "\\x%02X", source[processed]);
+      state->leadingRun = false;
+    }
     ++processed;
     if (state->column + width <= state->skip) {
       state->column += width;
       continue;
     }
-    // A tab across the left edge: its remaining columns show as blanks.
+    // A tab or a code across the left edge: its remaining columns show.
     long remaining = state->column + width - state->skip;
     state->column += width;
     if (remaining > destSize) {
       state->stopped = true;
       return 0;
     }
-    std::memset(dest, ' ', static_cast<size_t>(remaining));
+    if (run.kind == Run::kTab) std::memset(dest, ' ', static_cast<size_t>(remaining));
+    else std::memcpy(dest, code + (width - remaining), static_cast<size_t>(remaining));
     copied = remaining;
   }
   while (processed < sourceSize) {
@@ -326,16 +417,27 @@ long TextDataStore::expandInto(const unsigned char* source, long sourceSize, uns
       state->stopped = true;
       break;
     }
-    const unsigned char* from = source + processed;
-    long room = std::min(sourceSize - processed, destSize - copied);
-    const void* tab = std::memchr(from, '\t', static_cast<size_t>(room));
-    long plain = tab ? static_cast<const unsigned char*>(tab) - from : room;
-    if (plain > 0) {
-      std::memcpy(dest + copied, from, static_cast<size_t>(plain));
+    Run run = nextRun(source + processed, sourceSize - processed, following, followingSize, state);
+    if (run.kind == Run::kBytes) {
+      long take = std::min(run.bytes, destSize - copied);
+      if (take < run.bytes && run.character) state->validCarry += run.bytes - take;
+      std::memcpy(dest + copied, source + processed, static_cast<size_t>(take));
       state->leadingRun = false;
-      state->column += plain;
-      copied += plain;
-      processed += plain;
+      state->column += take;
+      copied += take;
+      processed += take;
+      continue;
+    }
+    if (run.kind == Run::kEscaped) {
+      // Cut by the right edge like any text: as much of the code as fits.
+      std::snprintf(code, sizeof code, "\\x%02X", source[processed]);
+      long take = std::min(kEscapedByteWidth, destSize - copied);
+      std::memcpy(dest + copied, code, static_cast<size_t>(take));
+      state->leadingRun = false;
+      state->column += kEscapedByteWidth;
+      copied += take;
+      ++processed;
+      if (take < kEscapedByteWidth) state->stopped = true;
       continue;
     }
     long width = tabWidth();
@@ -358,7 +460,7 @@ long TextDataStore::expandTabs(const unsigned char* source, long sourceSize, uns
                                long rightScrolled) {
   ExpandState state;
   state.skip = std::max(0L, rightScrolled);
-  return expandInto(source, sourceSize, dest, destSize, &state);
+  return expandInto(source, sourceSize, nullptr, 0, dest, destSize, &state);
 }
 
 long TextDataStore::fillBuffer(long lineNumber, unsigned char* lineBuffer, long lineBufferSize,
@@ -396,7 +498,15 @@ long TextDataStore::fillBuffer(long lineNumber, unsigned char* lineBuffer, long 
     bool runOn = false;
     const unsigned char* line = chunk.getNthLinePtr(lineInChunk, &length, &runOn);
     if (!line) break;
-    total += expandInto(line, length, lineBuffer + total, lineBufferSize - total, &state);
+    const unsigned char* following = nullptr;
+    long followingSize = 0;
+    if (runOn && escapeInvalidBytes_ && index + 1 < textChunks.size()) {
+      TextDataChunk& next = *textChunks[index + 1];
+      if (!next.inMemory) next.loadData();
+      bool nextRunOn = false;
+      following = next.getNthLinePtr(0, &followingSize, &nextRunOn);
+    }
+    total += expandInto(line, length, following, followingSize, lineBuffer + total, lineBufferSize - total, &state);
     if (!runOn || state.stopped || total >= lineBufferSize) break;
     ++index;
     lineInChunk = 0;

@@ -8,7 +8,10 @@
 // chunk where it begins, and fillBuffer fetches it whole.
 //
 // Line numbers count from 0 here.  Columns count bytes, with tabs expanded
-// (see expandTabs).
+// (see expandTabs).  A store made to escape invalid bytes also shows every
+// byte that is no part of a valid UTF-8 character as its code, "\xE9":
+// four columns, in the fetched text and in the widths alike, so that a
+// viewer's columns, selection and search all see what it draws.
 //
 // Contracts:
 // - The store owns its chunks and keeps its file open so that bytes
@@ -31,6 +34,13 @@
 #include "shared/list.h"
 
 constexpr long kTextChunkSize = 2000;
+// The columns of a byte shown as its code, "\xE9".
+constexpr long kEscapedByteWidth = 4;
+
+// For a byte of 0x80 and above at text: the length (2 to 4) of the valid
+// UTF-8 character it begins, 0 when it begins none, -1 when available cuts
+// short what may be one.
+int utf8SequenceLength(const unsigned char* text, long available);
 
 // Error codes of the text store and the view over it.
 enum : ErrorCode {
@@ -44,7 +54,7 @@ class TextDataChunk : public Item, public HasErrorReporting {
   // Reads min(kTextChunkSize, *bytesLeft) bytes from file at its present
   // offset and lowers *bytesLeft by that much.  On failure lastError is
   // -1301 or -1701 and the chunk holds no text.
-  TextDataChunk(int file, long* bytesLeft, long theTabValue);
+  TextDataChunk(int file, long* bytesLeft, long theTabValue, bool escapeInvalidBytes = false);
   ~TextDataChunk() override;
   TextDataChunk(const TextDataChunk&) = delete;
   TextDataChunk& operator=(const TextDataChunk&) = delete;
@@ -55,7 +65,9 @@ class TextDataChunk : public Item, public HasErrorReporting {
   // Rebuilds lineStarts and totalColumns from the text.
   void calculateLineStarts();
   // The newline that ends the line starting at ptr, or the end of the text;
-  // *tabPadding gets tabValue - 1 for each tab on the way.
+  // *tabPadding gets tabValue - 1 for each tab on the way, and with
+  // escaping 3 for each invalid byte.  A character cut by the chunk's end
+  // counts as escaped, so that a width is never counted too narrow.
   const unsigned char* scanForReturnAndTabs(const unsigned char* ptr, long* tabPadding) const;
   // Clears the error; the text stays as it is.
   void loadData();
@@ -83,6 +95,7 @@ class TextDataChunk : public Item, public HasErrorReporting {
   off_t filepos = 0;
   long totalColumns = 0;  // the widest line, newline and tab padding counted
   long tabValue;
+  bool escapeInvalidBytes;
 
  private:
   void readText(bool atFilepos);
@@ -93,7 +106,7 @@ class TextDataChunk : public Item, public HasErrorReporting {
 
 class TextDataStore : public HasErrorReporting {
  public:
-  TextDataStore(const char* pathname, long theTabValue);
+  TextDataStore(const char* pathname, long theTabValue, bool escapeInvalidBytes = false);
   ~TextDataStore() override;
   TextDataStore(const TextDataStore&) = delete;
   TextDataStore& operator=(const TextDataStore&) = delete;
@@ -123,7 +136,8 @@ class TextDataStore : public HasErrorReporting {
   // next multiple of tabValue.  The first rightScrolled columns are
   // skipped; a tab across that point leaves its remaining blanks.  The copy
   // ends when source or dest is used up or a tab does not fit.  Gives the
-  // number of characters copied.
+  // number of characters copied.  With escaping, invalid bytes are expanded
+  // to their codes the same way.
   long expandTabs(const unsigned char* source, long sourceSize, unsigned char* dest, long destSize,
                   long rightScrolled);
 
@@ -142,12 +156,18 @@ class TextDataStore : public HasErrorReporting {
 
  private:
   struct ExpandState;
-  long expandInto(const unsigned char* source, long sourceSize, unsigned char* dest, long destSize,
-                  ExpandState* state);
+  struct Run;
+  Run nextRun(const unsigned char* at, long left, const unsigned char* following, long followingSize,
+              ExpandState* state) const;
+  // following: the bytes after source when the line runs on into the next
+  // chunk, for a character cut by the boundary.
+  long expandInto(const unsigned char* source, long sourceSize, const unsigned char* following, long followingSize,
+                  unsigned char* dest, long destSize, ExpandState* state);
   void indexChunk(size_t index);
   void recountColumns();
   void fail(ErrorCode code, const std::string& why);
 
+  bool escapeInvalidBytes_;
   std::string pathname_;
   std::string failureText_;
   off_t readPosition_ = 0;

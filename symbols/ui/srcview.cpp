@@ -19,32 +19,12 @@ constexpr int kMargin = 6;          // the text begins this far inside the viewp
 constexpr int kBarGap = 4;          // the scroll bars stand this far from it
 constexpr long kFollowPercent = 99; // where the end of a growing file is kept
 
-// U+FFFD, shown for a byte that is neither text nor part of a valid
-// UTF-8 character, one column per byte.
+// U+FFFD, shown for a control character, one column per byte.
 const char kReplacementGlyph[] = "\xEF\xBF\xBD";
 
 ColorPtr hiliteColor() {
   static ColorPtr color = COLOR_NewRgb(0xFF, 0xF1, 0xA8);
   return color;
-}
-
-// The length of the UTF-8 character starting at text[0], 0 when the bytes
-// there are not a valid one, -1 when they may be one cut by the end.
-int utf8Length(const unsigned char* text, long available) {
-  unsigned char lead = text[0];
-  int length = lead >= 0xF0 ? 4 : lead >= 0xE0 ? 3 : 2;
-  if (lead < 0xC2 || lead > 0xF4) return 0;
-  for (int i = 1; i < length; ++i) {
-    if (i >= available) return -1;
-    unsigned char next = text[i];
-    unsigned char low = 0x80, high = 0xBF;
-    if (i == 1 && lead == 0xE0) low = 0xA0;   // overlong
-    if (i == 1 && lead == 0xED) high = 0x9F;  // surrogates
-    if (i == 1 && lead == 0xF0) low = 0x90;   // overlong
-    if (i == 1 && lead == 0xF4) high = 0x8F;  // beyond U+10FFFF
-    if (next < low || next > high) return 0;
-  }
-  return length;
 }
 
 long findStringInBuffer(const unsigned char* buffer, long length, const std::string& needle, long from,
@@ -91,7 +71,11 @@ void SourceView::setFile(const char* fileName) {
   targetIsHilited = false;
   selectionStartLine = selectionEndLine = selectionStartChar = selectionEndChar = -1;
   if (!sourceFileName.empty()) {
-    auto store = std::make_unique<TextDataStore>(sourceFileName.c_str(), tabValue);
+    // Bytes of no valid UTF-8 character come from the store as their codes,
+    // "\xE9", expanded like tabs: every column counted here (scrolling, the
+    // selection, search, the mouse) is then a cell drawn, with no second
+    // mapping between the file's bytes and the screen.
+    auto store = std::make_unique<TextDataStore>(sourceFileName.c_str(), tabValue, true);
     if (store->lastError != 0) {
       lastError = store->lastError;
       failureText_ = store->failureText();
@@ -363,7 +347,7 @@ void SourceView::drawLine(DrawPtr draw, long row) {
     }
     flushRun(i);
     if (kind == kCellCharacter)
-      drawGlyph(i, reinterpret_cast<const char*>(text + i), utf8Length(text + i, shown - i), viewPortFgColor);
+      drawGlyph(i, reinterpret_cast<const char*>(text + i), utf8SequenceLength(text + i, shown - i), viewPortFgColor);
     else if (kind == kCellReplaced)
       drawGlyph(i, kReplacementGlyph, 3, COLOR_Gray());
   }
@@ -391,7 +375,7 @@ void classifySourceCells(const unsigned char* text, long shown, bool cutAtRight,
       continue;
     }
     if (byte < 0xC2) continue;
-    int length = utf8Length(text + i, shown - i);
+    int length = utf8SequenceLength(text + i, shown - i);
     if (length < 0 && cutAtRight) {
       for (; i < shown; ++i) kinds[i] = kCellBlank;  // a character cut by the right edge
       break;

@@ -5,7 +5,7 @@
 // Lines count from 1 at the interface (constructor, switchSourceView,
 // jumpToLine, getLine) and from 0 inside (firstVisibleLine, targetLine,
 // the selection's lines).  Columns count bytes of the line with its tabs
-// expanded, from 0.
+// expanded and its invalid bytes written as codes ("\xE9"), from 0.
 //
 // The owner (the tool that holds the window):
 // - makes the view on a window and a widget (the viewport) and keeps both
@@ -62,7 +62,8 @@ class SourceViewScrollBars {
 // with blanks over the rest, so that no character is split; a CR before
 // the line's end, the rest of a character begun left of the view and a
 // character cut by the right edge as blanks; anything else (control
-// characters, NUL, bytes of no valid character) replaced by a marker.
+// characters, NUL) replaced by a marker.  Bytes of no valid character
+// reach the view already written as their codes ("\xE9") by the store.
 enum SourceCellKind : unsigned char { kCellText, kCellCharacter, kCellBlank, kCellReplaced };
 // Fills kinds[0..shown) for text; cutAtRight when the line goes on past
 // the view, scrolledIn when columns lie left of it.

@@ -1,5 +1,5 @@
 // The source window: a SourceView in a window of its own, with a status
-// line, a find prompt and the following of a growing file.
+// line, a find field and the following of a growing file.
 #include "symbols/ui/srcwindow.h"
 
 #include <algorithm>
@@ -17,6 +17,9 @@ constexpr int kPad = 4;
 constexpr int kStatusHeight = 22;
 constexpr UInt16 kStretchBoth = 0x33;           // grows with the window both ways
 constexpr UInt16 kStretchWidthKeepBottom = 0x63; // grows in width, stays at the bottom
+constexpr UInt16 kKeepBottomLeft = 0x60;         // keeps its size at the bottom left
+constexpr int kFindFieldWidth = 280;
+constexpr Int32 kFindTextMax = 255;              // what a search can take
 
 int followIntervalFromEnvironment() {
   const char* text = std::getenv("OWB_FOLLOW_INTERVAL");
@@ -59,7 +62,26 @@ int barHeightInBoxUnits(MBarPtr bar) {
 
 }  // namespace
 
-SourceWindow* SourceWindow::open(const char* fileName, long lineToView, bool follow, std::string* error) {
+_Point16Rec SourceWindow::placeBeside(const _Rect16Rec& box, _Point16Rec extent, _Point16Rec screen) {
+  constexpr int kGap = 8, kCascade = 40;
+  auto within = [](int at, int size, int room) { return std::max(0, std::min(at, room - size)); };
+  int x = box.Origin.X + box.Extent.X + kGap;
+  int y = box.Origin.Y;
+  if (x + extent.X > screen.X) {
+    x = box.Origin.X - kGap - extent.X;
+    // No room on either side: over the window, offset so that its title and
+    // the top of its contents stay in sight.
+    if (x < 0) {
+      x = box.Origin.X + kCascade;
+      y = box.Origin.Y + kCascade;
+    }
+  }
+  return _Point16Rec{static_cast<Int16>(within(x, extent.X, screen.X)),
+                     static_cast<Int16>(within(y, extent.Y, screen.Y))};
+}
+
+SourceWindow* SourceWindow::open(const char* fileName, long lineToView, bool follow, std::string* error,
+                                 const _Rect16Rec* beside) {
   std::unique_ptr<SourceWindow> window(new SourceWindow());
   window->followIntervalMs_ = followIntervalFromEnvironment();
   const int width = 760, height = 520;
@@ -70,7 +92,8 @@ SourceWindow* SourceWindow::open(const char* fileName, long lineToView, bool fol
   VSTR_Set(&WIN_Panel(win)->Label, slash ? slash + 1 : (fileName ? fileName : ""));
 
   // Under the menu bar: the view, its scroll bars right of and below it
-  // (the view places them), and the status line at the bottom.
+  // (the view places them), and at the bottom the find field and the
+  // status line beside it.
   MBarPtr menuBar = makeMenuBar();
   WIN_SetMenuBar(win, menuBar);
   RES_Release(MBAR_Res(menuBar));
@@ -89,9 +112,17 @@ SourceWindow* SourceWindow::open(const char* fileName, long lineToView, bool fol
   SB_Wgt(horizontal)->ResBox = RECT16_Make(kPad, height - 2 * kPad - kStatusHeight - bar + 4, 100, bar - 4);
   SB_Wgt(horizontal)->RzFlags = 0x63;  // grows in width, stays at the bottom
   PANEL_AddWgt(WIN_Panel(win), SB_Wgt(horizontal));
+  TEdPtr findField = TED_Create();
+  TED_Wgt(findField)->ResBox = RECT16_Make(kPad, height - kPad - kStatusHeight, kFindFieldWidth, kStatusHeight);
+  TED_Wgt(findField)->RzFlags = kKeepBottomLeft;
+  TED_Wgt(findField)->WgtFlags |= WGT_FLAGTABSTOP;
+  TED_SetLabel(findField, "Find ");
+  TED_SetMaxLen(findField, kFindTextMax);
+  PANEL_AddWgt(WIN_Panel(win), TED_Wgt(findField));
   TAreaPtr status = TAREA_Create();
   WgtPtr statusWgt = reinterpret_cast<WgtPtr>(status);
-  statusWgt->ResBox = RECT16_Make(kPad, height - kPad - kStatusHeight, width - 2 * kPad, kStatusHeight);
+  const int statusLeft = kPad + kFindFieldWidth + kPad;
+  statusWgt->ResBox = RECT16_Make(statusLeft, height - kPad - kStatusHeight, width - statusLeft - kPad, kStatusHeight);
   statusWgt->RzFlags = kStretchWidthKeepBottom;
   PANEL_AddWgt(WIN_Panel(win), statusWgt);
   WIN_Init(win);
@@ -102,6 +133,7 @@ SourceWindow* SourceWindow::open(const char* fileName, long lineToView, bool fol
   window->win_ = win;
   window->viewPort_ = viewPort;
   window->status_ = status;
+  window->findField_ = findField;
   window->verticalScroll_ = vertical;
   window->horizontalScroll_ = horizontal;
   window->view_ = std::make_unique<SourceView>(win, viewPort, fileName, std::max(1L, lineToView), 0, true, 0,
@@ -120,11 +152,17 @@ SourceWindow* SourceWindow::open(const char* fileName, long lineToView, bool fol
   AUTOM_SetDescribeProc(WGT_Res(viewPort)->ResClass, describeViewPort);
   RES_SetNfyProcDS(WGT_Res(SB_Wgt(vertical)), scrollBarNfy, window.get());
   RES_SetNfyProcDS(WGT_Res(SB_Wgt(horizontal)), scrollBarNfy, window.get());
+  RES_SetNfyProcDS(WGT_Res(TED_Wgt(findField)), findFieldNfy, window.get());
   window->view_->setScrollBars(window.get());
   // Without a line: a followed file from its end, another from its top.
   if (lineToView <= 0 && follow) window->view_->jumpToLine(window->view_->dataStore->totalLines, 99, true, 0, false);
   window->setFollowing(follow);
   window->updateStatus();
+  if (beside) {
+    _Rect16Rec box = WIN_Wgt(win)->Box;
+    box.Origin = placeBeside(*beside, box.Extent, DSPLY_GetScreenExt());
+    WIN_SetBox(win, box);
+  }
   WIN_Show(win);
   WGT_GainFocus(viewPort);
   return window.release();
@@ -143,6 +181,7 @@ void SourceWindow::detachWidgets() {
   RES_SetNfyProcDS(WGT_Res(viewPort_), WGT_DefNfy, nullptr);
   RES_SetNfyProcDS(WGT_Res(SB_Wgt(verticalScroll_)), SB_DefNfy, nullptr);
   RES_SetNfyProcDS(WGT_Res(SB_Wgt(horizontalScroll_)), SB_DefNfy, nullptr);
+  RES_SetNfyProcDS(WGT_Res(TED_Wgt(findField_)), TED_DefNfy, nullptr);
 }
 
 void SourceWindow::close() {
@@ -190,15 +229,59 @@ void SourceWindow::followAlarm(ClientPtr data) {
 }
 
 bool SourceWindow::findText(const std::string& text) {
-  findText_ = text;
+  if (text.empty()) return false;
+  if (findField_ && text != TED_GetStr(findField_)) TED_SetStr(findField_, text.c_str());
   bool found = view_->find(text.c_str(), false);
-  message_ = found ? "" : "\"" + text + "\" not found below";
+  message_.clear();
+  if (!found) {
+    long from = view_->hasSelection() ? view_->selectionEndLine + 1 : view_->getLine();
+    message_ = "Not found: \"" + text + "\" below line " + std::to_string(std::max(1L, from));
+    DSPLY_Beep();
+  }
   updateStatus();
   return found;
 }
 
+void SourceWindow::findAgain() {
+  const char* text = findField_ ? TED_GetStr(findField_) : "";
+  if (text && *text) findText(text);
+  else focusFindField();
+}
+
+void SourceWindow::focusFindField() {
+  if (!findField_) return;
+  TED_SelectAll(findField_);
+  WGT_GainFocus(TED_Wgt(findField_));
+}
+
+// Return (or F3) finds the next match and keeps the focus here, so that
+// Return again goes on down; Escape goes back to the view.
+long SourceWindow::findFieldNfy(ResPtr res, Int message, ClientPtr data) {
+  SourceWindow* window = static_cast<SourceWindow*>(res->ClientData);
+  WgtPtr wgt = WGT_FromRes(res);
+  if (!window || !window->view_) return TED_DefNfy(res, message, data);
+  if (message == TED_NFYVALIDATE) {
+    WGT_KeyHandled(wgt);
+    window->findAgain();
+    return 0;
+  }
+  if (message == WGT_NFYKEYCHAR) {
+    Int key = EVENT_GetKeyCode();
+    if (key == EVENT_KEYESCAPE) {
+      WGT_KeyHandled(wgt);
+      WGT_GainFocus(window->viewPort_);
+      return 0;
+    }
+    if (key == EVENT_KEYF1 + 2) {
+      WGT_KeyHandled(wgt);
+      window->findAgain();
+      return 0;
+    }
+  }
+  return TED_DefNfy(res, message, data);
+}
+
 std::string SourceWindow::statusText() const {
-  if (finding_) return "Find: " + findText_ + "_";
   std::string text = view_->sourceFileName;
   long total = view_->dataStore ? view_->dataStore->totalLines : 0;
   if (total > 0) {
@@ -227,11 +310,9 @@ bool SourceWindow::handleMenuChoice() {
   const char* label = menu ? MENU_ChosenGetLabel(menu) : nullptr;
   if (!label) return false;
   if (std::strcmp(label, kFindItem) == 0) {
-    finding_ = true;
-    findText_.clear();
-    message_.clear();
+    focusFindField();
   } else if (std::strcmp(label, kFindNextItem) == 0) {
-    if (!findText_.empty()) findText(findText_);
+    findAgain();
   } else if (std::strcmp(label, kFollowItem) == 0) {
     setFollowing(!following_);
   } else if (std::strcmp(label, kCloseItem) == 0) {
@@ -356,32 +437,12 @@ bool SourceWindow::handleKey() {
   bool control = (mods & EVENT_MODCONTROL) != 0;
   const char* typed = EVENT_GetKbStr();
   char ascii = typed && typed[0] && !typed[1] ? typed[0] : 0;
-  if (finding_) {
-    if (key == EVENT_KEYESCAPE) {
-      finding_ = false;
-    } else if (key == EVENT_KEYRETURN || key == EVENT_KEYENTER) {
-      finding_ = false;
-      if (!findText_.empty()) findText(findText_);
-    } else if (key == EVENT_KEYBACKSPACE) {
-      // Drops the last character, whole if it is a UTF-8 one.
-      while (!findText_.empty() && (static_cast<unsigned char>(findText_.back()) & 0xC0) == 0x80) findText_.pop_back();
-      if (!findText_.empty()) findText_.pop_back();
-    } else if (key == EVENT_KEYNORMAL && typed && *typed && !control) {
-      if (findText_.size() < 255) findText_ += typed;
-    } else {
-      return view_->handleKey(key, mods);
-    }
-    updateStatus();
-    return true;
-  }
   bool handled = true;
   if ((control && (ascii == 'f' || ascii == 'F' || ascii == 6)) || (!control && ascii == '/')) {
-    finding_ = true;
-    findText_.clear();
-    message_.clear();
+    focusFindField();
   } else if (key == EVENT_KEYF1 + 2 || (control && (ascii == 'g' || ascii == 'G' || ascii == 7)) ||
              (!control && ascii == 'n')) {
-    if (!findText_.empty()) findText(findText_);
+    findAgain();
   } else if (!control && ascii == 'F') {
     setFollowing(!following_);
   } else if ((control && (ascii == 'w' || ascii == 'W' || ascii == 23)) || (!control && ascii == 'q')) {

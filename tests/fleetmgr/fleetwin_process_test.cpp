@@ -17,6 +17,7 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include <array>
 #include <chrono>
 #include <map>
 #include <memory>
@@ -170,6 +171,15 @@ class Screen {
     for (const WidgetLine& w : widgets(win))
       if (w.path == path) return w.text;
     return "";
+  }
+  // The window's place on the screen: x, y, width, height.
+  std::array<int, 4> box(Window win) {
+    XWindowAttributes a{};
+    Window child = 0;
+    int x = 0, y = 0;
+    XGetWindowAttributes(dpy_, win, &a);
+    XTranslateCoordinates(dpy_, win, DefaultRootWindow(dpy_), 0, 0, &x, &y, &child);
+    return {x, y, a.width, a.height};
   }
   bool enabled(Window win, const std::string& path) {
     for (const WidgetLine& w : widgets(win))
@@ -406,6 +416,13 @@ TEST_F(FleetMgrWindowsProcess, ADoubleClickOnARowShowsTheProcessOutputBesideTheR
       if (w.text.find("eng alpha: ") != std::string::npos) return true;
     return false;
   }));
+  // Opened where it leaves the status list in sight, and on the screen.
+  auto statusBox = screen.box(status), viewBox = screen.box(view);
+  EXPECT_TRUE(viewBox[0] >= statusBox[0] + statusBox[2] || viewBox[0] + viewBox[2] <= statusBox[0] ||
+              (viewBox[0] == statusBox[0] + 40 && viewBox[1] == statusBox[1] + 40))
+      << viewBox[0] << "," << viewBox[1] << " beside " << statusBox[0] << "," << statusBox[1];
+  EXPECT_GE(viewBox[0], 0);
+  EXPECT_GE(viewBox[1], 0);
   auto toolmanHeard = [&](const std::string& type) {
     std::string heard = owbtest::readWholeFile(root.file("toolman.out"));
     for (size_t at = heard.find(type); at != std::string::npos; at = heard.find(type, at + 1))

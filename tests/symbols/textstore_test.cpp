@@ -202,6 +202,34 @@ TEST(TextDataStore, NulBytesAndCarriageReturnsAreKeptAsBytes) {
   EXPECT_EQ(fetch(store, 1), std::string("c\rd\0", 4));
 }
 
+// Escaping: a byte of no valid character becomes its code, four columns,
+// in the text and the widths; valid characters stay whole, also when a
+// chunk boundary or the left edge cuts them.
+TEST(TextDataStore, InvalidBytesAreEscapedAndCharactersNeverSplit) {
+  TempDir dir;
+  const std::string first = "caf\xC3\xA9 \xE9t\xC3\n";  // é, a stray byte, a character cut by the line end
+  // The euro sign's three bytes at file offsets 1999 to 2001, across chunks.
+  const std::string second = std::string(kTextChunkSize - 1 - first.size(), 'x') + "\xE2\x82\xAC\xFF\n";
+  writeFile(dir.file("f"), first + second);
+  TextDataStore store(dir.file("f").c_str(), 4, true);
+  ASSERT_EQ(store.totalLines, 2);
+  EXPECT_EQ(fetch(store, 0), std::string("caf\xC3\xA9 \\xE9t\\xC3") + '\0');
+  EXPECT_EQ(fetch(store, 0, 1 << 20, 7), std::string("xE9t\\xC3") + '\0');        // a code across the edge
+  EXPECT_EQ(fetch(store, 0, 1 << 20, 4), std::string("\xA9 \\xE9t\\xC3") + '\0');  // é across the edge
+  EXPECT_EQ(fetch(store, 0, 8), std::string("caf\xC3\xA9 \\") + '\0');            // a code cut at the right
+  const long euro = static_cast<long>(second.size()) - 5;
+  std::string whole = fetch(store, 1);
+  EXPECT_EQ(whole.substr(static_cast<size_t>(euro)), std::string("\xE2\x82\xAC\\xFF") + '\0');
+  EXPECT_EQ(fetch(store, 1, 1 << 20, euro + 1), std::string("\x82\xAC\\xFF") + '\0');
+  // Widths count the codes; never narrower than what is fetched.
+  EXPECT_GE(store.totalColumns, static_cast<long>(whole.size()));
+  writeFile(dir.file("g"), first);
+  EXPECT_EQ(TextDataStore(dir.file("g").c_str(), 4, true).totalColumns, 16);
+  // Without escaping the bytes come as they are.
+  TextDataStore raw(dir.file("f").c_str(), 4);
+  EXPECT_EQ(fetch(raw, 0), std::string("caf\xC3\xA9 \xE9t\xC3") + '\0');
+}
+
 TEST(TextDataStore, FollowsAGrowingFileAndNoticesTruncationAndReplacement) {
   TempDir dir;
   std::string path = dir.file("out");

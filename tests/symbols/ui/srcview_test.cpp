@@ -85,6 +85,20 @@ TEST(SourceCells, CharactersAreNeverSplitAndOddBytesAreMarked) {
   EXPECT_EQ(kinds("cut\r", true, false), "tttR");
 }
 
+// A window opened beside another: right of it, else left, else offset
+// over it; on the screen in every case.
+TEST(SourceWindowPlace, BesideThenLeftThenOffsetAndOnScreen) {
+  const _Point16Rec screen{1000, 800}, extent{400, 300};
+  auto at = [&](int x, int y, int w, int h) {
+    _Point16Rec p = SourceWindow::placeBeside(RECT16_Make(x, y, w, h), extent, screen);
+    return std::to_string(p.X) + "," + std::to_string(p.Y);
+  };
+  EXPECT_EQ(at(100, 100, 300, 200), "408,100");
+  EXPECT_EQ(at(500, 100, 300, 200), "92,100");
+  EXPECT_EQ(at(200, 600, 600, 150), "240,500");
+  EXPECT_EQ(at(-50, -20, 1100, 900), "0,20");
+}
+
 TEST_F(SourceViewTest, GeometryAndScrollBarsFollowTheText) {
   writeFile(dir_.file("f"), numberedLines(1000) + std::string(300, 'x') + "\n");
   auto view = openView(dir_.file("f"));
@@ -173,7 +187,7 @@ TEST_F(SourceViewTest, JumpsHoldLinesToTheTextAndMoveTheHighlight) {
 }
 
 TEST_F(SourceViewTest, FindGoesDownFromTheSelectionWithoutWrapping) {
-  writeFile(dir_.file("f"), numberedLines(95) + "\tTabbed Needle here\n");
+  writeFile(dir_.file("f"), numberedLines(95) + "\tTabbed Needle \xE9 here\n");
   auto view = openView(dir_.file("f"));
   ASSERT_TRUE(view->find("needle", false));
   EXPECT_EQ(view->selectionStartLine, 9);
@@ -201,6 +215,11 @@ TEST_F(SourceViewTest, FindGoesDownFromTheSelectionWithoutWrapping) {
   EXPECT_EQ(view->selectionStartChar, 4 + 7);
   EXPECT_FALSE(view->find("needle", false));  // no wrap to the top
   EXPECT_EQ(view->selectionStartLine, 95);
+  // A stray byte is found and selected as the code the view shows.
+  ASSERT_TRUE(view->find("\\xE9 here", true));
+  EXPECT_EQ(view->selectionStartChar, 4 + 14);
+  EXPECT_EQ(view->getSelection(text, sizeof text), 9);
+  EXPECT_STREQ(text, "\\xE9 here");
   // From a highlighted target without a selection: that line on.
   view->jumpToLine(50, 0, false, 0, true);
   ASSERT_TRUE(view->find("line", false));
@@ -319,19 +338,42 @@ TEST_F(SourceViewTest, WindowScrollsFindsAndFollowsAGrowingFile) {
   SB_QueryInfo(window->verticalBar(), &info);
   EXPECT_EQ(info.ThumbPos, 0);
 
-  // Ctrl+F, the text, Return; then n for the next one.
+  // Ctrl+F puts the focus in the find field; Return there finds and keeps
+  // it, so Return again goes on; Escape gives the keys back to the view.
+  WgtPtr field = TED_Wgt(window->findField());
+  auto typeText = [&](const std::string& text) {
+    for (char c : text) driver_->key(static_cast<KeySym>(c));
+  };
   driver_->key(XK_f, XK_Control_L);
-  for (KeySym sym : {XK_n, XK_e, XK_e, XK_d, XK_l, XK_e}) driver_->key(sym);
+  typeText("needle");
   settle();
-  EXPECT_EQ(window->statusText(), "Find: needle_");
+  EXPECT_TRUE(WGT_HasFocus(field, 1));
+  EXPECT_STREQ(TED_GetStr(window->findField()), "needle");
   driver_->key(XK_Return);
   settle();
   EXPECT_EQ(view->selectionStartLine, 9);
-  driver_->key(XK_n);
+  driver_->key(XK_Return);
   settle();
   EXPECT_EQ(view->selectionStartLine, 19);
-  EXPECT_FALSE(window->findText("absent"));
-  EXPECT_NE(window->statusText().find("\"absent\" not found below"), std::string::npos);
+  EXPECT_TRUE(WGT_HasFocus(field, 1));
+  driver_->key(XK_Escape);
+  settle();
+  EXPECT_TRUE(WGT_HasFocus(window->viewPort(), 1));
+  driver_->key(XK_n);
+  settle();
+  EXPECT_EQ(view->selectionStartLine, 29);
+  // "/" selects the field's text, so that typing replaces it; a text with
+  // no further match keeps the selection and says so.
+  driver_->key(XK_slash);
+  typeText("absent");
+  driver_->key(XK_Return);
+  settle();
+  EXPECT_STREQ(TED_GetStr(window->findField()), "absent");
+  EXPECT_EQ(view->selectionStartLine, 29);
+  EXPECT_NE(window->statusText().find("Not found: \"absent\" below line 30"), std::string::npos)
+      << window->statusText();
+  driver_->key(XK_Escape);
+  settle();
 
   // Following: what is appended comes into view at the bottom.
   driver_->key(XK_F, XK_Shift_L);
