@@ -3,6 +3,7 @@
 #ifndef OWB_TESTS_TESTSUPPORT_H
 #define OWB_TESTS_TESTSUPPORT_H
 
+#include <cstdio>
 #include <cstdlib>
 #include <map>
 #include <vector>
@@ -13,6 +14,7 @@
 #include <string>
 
 #include <fcntl.h>
+#include <sys/wait.h>
 #include <ftw.h>
 #include <stdlib.h>
 #include <unistd.h>
@@ -114,6 +116,20 @@ inline std::string readWholeFile(const std::string& path) {
 inline void writeWholeFile(const std::string& path, const std::string& content) {
   std::ofstream out(path, std::ios::binary | std::ios::trunc);
   out << content;
+}
+
+// Runs command with the shell; gives its exit status (-1 when it did not
+// exit) and, when output is given, fills it with its standard output.
+inline int runShell(const std::string& command, std::string* output) {
+  FILE* pipe = popen(command.c_str(), "r");
+  if (!pipe) return -1;
+  std::string text;
+  char buffer[4096];
+  size_t n;
+  while ((n = fread(buffer, 1, sizeof buffer, pipe)) > 0) text.append(buffer, n);
+  int status = pclose(pipe);
+  if (output) *output = text;
+  return WIFEXITED(status) ? WEXITSTATUS(status) : -1;
 }
 
 }  // namespace owbtest

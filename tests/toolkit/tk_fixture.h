@@ -113,6 +113,11 @@ inline bool showAndWait(WinPtr win) {
   });
 }
 
+// Shows a window and waits until it is drawn and has the keyboard focus.
+inline bool showFocused(WinPtr win) {
+  return showAndWait(win) && runUntil([&] { return WIN_HasFocus(win); });
+}
+
 // The screen location of a point of a widget.
 inline _Point16Rec absOf(WgtPtr w, int x, int y) {
   _Point16Rec p{static_cast<int16_t>(x), static_cast<int16_t>(y)};
@@ -163,6 +168,23 @@ class ToolkitTest : public ::testing::Test {
     DSPLY_Sync();
     settle();
   }
+  // Presses button 1 at from, moves to to and releases there.  A drag is a
+  // loop of its own: the move and the release are scripted by alarms, which
+  // run inside it.  False when the drag did not end.
+  bool drag(_Point16Rec from, _Point16Rec to, int moveAtMs = 150, int releaseAtMs = 300) {
+    dragTo_ = to;
+    EVENT_StartCBackAlarmDS([](ClientPtr d) {
+      auto* t = static_cast<ToolkitTest*>(d);
+      t->driver_->moveTo(t->dragTo_.X, t->dragTo_.Y);
+    }, this, moveAtMs);
+    EVENT_StartCBackAlarmDS([](ClientPtr d) { static_cast<ToolkitTest*>(d)->driver_->release(1); }, this,
+                            releaseAtMs);
+    driver_->moveTo(from.X, from.Y);
+    driver_->press(1);
+    bool ended = runUntil([&] { return TIMER_GetQueuedCount() == 0 && !EVENT_IsTracking(); });
+    settle();
+    return ended;
+  }
   // Runs the loop until nothing is waiting for a moment.
   void settle(int quietMs = 60) {
     auto quietSince = std::chrono::steady_clock::now();
@@ -181,6 +203,7 @@ class ToolkitTest : public ::testing::Test {
   }
   std::unique_ptr<owbtest::XTestDriver> driver_;
   std::vector<WinPtr> wins_;
+  _Point16Rec dragTo_{0, 0};
 };
 
 }  // namespace tktest
