@@ -13,7 +13,10 @@
 #include <sstream>
 #include <string>
 
+#include <arpa/inet.h>
 #include <fcntl.h>
+#include <netinet/in.h>
+#include <sys/socket.h>
 #include <sys/wait.h>
 #include <ftw.h>
 #include <stdlib.h>
@@ -116,6 +119,21 @@ inline std::string readWholeFile(const std::string& path) {
 inline void writeWholeFile(const std::string& path, const std::string& content) {
   std::ofstream out(path, std::ios::binary | std::ios::trunc);
   out << content;
+}
+
+// A socket connected to port on the loopback address (close-on-exec), or
+// -1; the caller closes it.
+inline int connectLoopback(int port) {
+  int s = socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0);
+  sockaddr_in address{};
+  address.sin_family = AF_INET;
+  address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
+  address.sin_port = htons(static_cast<uint16_t>(port));
+  if (connect(s, reinterpret_cast<sockaddr*>(&address), sizeof address) != 0) {
+    close(s);
+    return -1;
+  }
+  return s;
 }
 
 // Runs command with the shell; gives its exit status (-1 when it did not

@@ -2,7 +2,6 @@
 // booted cold, looked at, killed with clean-up, booted warm, backed up,
 // restored from a backup with other engines, removed.  And the filters of
 // kill and status.
-#include <arpa/inet.h>
 #include <gtest/gtest.h>
 #include <fcntl.h>
 #include <sys/stat.h>
@@ -35,17 +34,12 @@ using owbtest::writeWholeFile;
 
 // The first line a TCP server on the loopback port answers, or "".
 std::string statusLineAt(long port) {
-  int descriptor = socket(AF_INET, SOCK_STREAM, 0);
-  sockaddr_in address{};
-  address.sin_family = AF_INET;
-  address.sin_port = htons(static_cast<uint16_t>(port));
-  address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
   std::string line;
-  if (connect(descriptor, reinterpret_cast<sockaddr*>(&address), sizeof address) == 0) {
-    char buffer[512];
-    ssize_t got;
-    while ((got = recv(descriptor, buffer, sizeof buffer, 0)) > 0) line.append(buffer, static_cast<size_t>(got));
-  }
+  int descriptor = owbtest::connectLoopback(static_cast<int>(port));
+  if (descriptor < 0) return line;
+  char buffer[512];
+  ssize_t got;
+  while ((got = recv(descriptor, buffer, sizeof buffer, 0)) > 0) line.append(buffer, static_cast<size_t>(got));
   close(descriptor);
   return line;
 }
