@@ -3,6 +3,7 @@
 #ifndef OWB_TESTS_TESTSUPPORT_H
 #define OWB_TESTS_TESTSUPPORT_H
 
+#include <cstdio>
 #include <cstdlib>
 #include <map>
 #include <vector>
@@ -12,7 +13,11 @@
 #include <sstream>
 #include <string>
 
+#include <arpa/inet.h>
 #include <fcntl.h>
+#include <netinet/in.h>
+#include <sys/socket.h>
+#include <sys/wait.h>
 #include <ftw.h>
 #include <stdlib.h>
 #include <unistd.h>
@@ -114,6 +119,35 @@ inline std::string readWholeFile(const std::string& path) {
 inline void writeWholeFile(const std::string& path, const std::string& content) {
   std::ofstream out(path, std::ios::binary | std::ios::trunc);
   out << content;
+}
+
+// A socket connected to port on the loopback address (close-on-exec), or
+// -1; the caller closes it.
+inline int connectLoopback(int port) {
+  int s = socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0);
+  sockaddr_in address{};
+  address.sin_family = AF_INET;
+  address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
+  address.sin_port = htons(static_cast<uint16_t>(port));
+  if (connect(s, reinterpret_cast<sockaddr*>(&address), sizeof address) != 0) {
+    close(s);
+    return -1;
+  }
+  return s;
+}
+
+// Runs command with the shell; gives its exit status (-1 when it did not
+// exit) and, when output is given, fills it with its standard output.
+inline int runShell(const std::string& command, std::string* output) {
+  FILE* pipe = popen(command.c_str(), "r");
+  if (!pipe) return -1;
+  std::string text;
+  char buffer[4096];
+  size_t n;
+  while ((n = fread(buffer, 1, sizeof buffer, pipe)) > 0) text.append(buffer, n);
+  int status = pclose(pipe);
+  if (output) *output = text;
+  return WIFEXITED(status) ? WEXITSTATUS(status) : -1;
 }
 
 }  // namespace owbtest

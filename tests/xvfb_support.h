@@ -25,6 +25,7 @@
 #include <cstdlib>
 #include <string>
 #include <thread>
+#include <vector>
 
 namespace owbtest {
 
@@ -180,6 +181,95 @@ class XTestDriver {
  private:
   Display* dpy_ = nullptr;
 };
+
+// One line of a window's widget description (the _OWB_WIDGETS property
+// its tool keeps on it for automation): path, class, box in the window,
+// state letters and text.  fields counts the tab-separated fields read.
+struct WidgetLine {
+  std::string path, cls;
+  int x = 0, y = 0, w = 0, h = 0;
+  std::string state, text;
+  size_t fields = 0;
+  bool has(char letter) const { return state.find(letter) != std::string::npos; }
+};
+
+// The widget description of win as another client reads it; "<none>"
+// when there is none, "<wrong type>" when it is not UTF-8 text, "<error>"
+// when the window cannot be read.
+inline std::string readWidgetsProperty(Display* dpy, Window win) {
+  Atom prop = XInternAtom(dpy, "_OWB_WIDGETS", False);
+  Atom utf8 = XInternAtom(dpy, "UTF8_STRING", False);
+  std::string text;
+  long offset = 0;
+  for (;;) {
+    Atom type;
+    int format;
+    unsigned long count, after;
+    unsigned char* data = nullptr;
+    if (XGetWindowProperty(dpy, win, prop, offset, 1 << 16, False, AnyPropertyType, &type, &format, &count, &after,
+                           &data) != Success)
+      return "<error>";
+    if (type == None) return "<none>";
+    if (type != utf8 || format != 8) {
+      XFree(data);
+      return "<wrong type>";
+    }
+    text.append(reinterpret_cast<char*>(data), count);
+    XFree(data);
+    if (after == 0) return text;
+    offset += static_cast<long>(count / 4);
+  }
+}
+
+// The lines of a widget description in order; lines of fewer than seven
+// fields are left out.
+inline std::vector<WidgetLine> parseWidgetLines(const std::string& text) {
+  std::vector<WidgetLine> lines;
+  size_t start = 0;
+  while (start < text.size()) {
+    size_t end = text.find('\n', start);
+    if (end == std::string::npos) end = text.size();
+    std::vector<std::string> f;
+    for (size_t at = start;;) {
+      size_t tab = text.find('\t', at);
+      if (tab == std::string::npos || tab > end) tab = end;
+      f.push_back(text.substr(at, tab - at));
+      if (tab == end) break;
+      at = tab + 1;
+    }
+    start = end + 1;
+    if (f.size() < 7) continue;
+    WidgetLine l{f[0], f[1], std::atoi(f[2].c_str()), std::atoi(f[3].c_str()), std::atoi(f[4].c_str()),
+                 std::atoi(f[5].c_str()), f[6], f.size() > 7 ? f[7] : "", f.size()};
+    lines.push_back(l);
+  }
+  return lines;
+}
+
+// The first mapped top-level window titled title for which accept(window)
+// holds, found as another client finds it (pop-up windows are children of
+// the root), or 0.
+template <class Accept>
+Window shownWindowNamed(Display* dpy, const std::string& title, Accept accept) {
+  Window root = DefaultRootWindow(dpy), parent = 0, *children = nullptr, found = 0;
+  unsigned count = 0;
+  if (!XQueryTree(dpy, root, &root, &parent, &children, &count)) return 0;
+  for (unsigned i = 0; i < count && !found; i++) {
+    XWindowAttributes attributes;
+    char* name = nullptr;
+    if (XGetWindowAttributes(dpy, children[i], &attributes) && attributes.map_state == IsViewable &&
+        XFetchName(dpy, children[i], &name) && name) {
+      bool titled = title == name;
+      XFree(name);
+      if (titled && accept(children[i])) found = children[i];
+    }
+  }
+  if (children) XFree(children);
+  return found;
+}
+inline Window shownWindowNamed(Display* dpy, const std::string& title) {
+  return shownWindowNamed(dpy, title, [](Window) { return true; });
+}
 
 // Runs `step` until `done` is true or the time is over; true when done.
 template <class Step, class Done>

@@ -2,7 +2,6 @@
 // booted cold, looked at, killed with clean-up, booted warm, backed up,
 // restored from a backup with other engines, removed.  And the filters of
 // kill and status.
-#include <arpa/inet.h>
 #include <gtest/gtest.h>
 #include <fcntl.h>
 #include <sys/stat.h>
@@ -35,17 +34,12 @@ using owbtest::writeWholeFile;
 
 // The first line a TCP server on the loopback port answers, or "".
 std::string statusLineAt(long port) {
-  int descriptor = socket(AF_INET, SOCK_STREAM, 0);
-  sockaddr_in address{};
-  address.sin_family = AF_INET;
-  address.sin_port = htons(static_cast<uint16_t>(port));
-  address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
   std::string line;
-  if (connect(descriptor, reinterpret_cast<sockaddr*>(&address), sizeof address) == 0) {
-    char buffer[512];
-    ssize_t got;
-    while ((got = recv(descriptor, buffer, sizeof buffer, 0)) > 0) line.append(buffer, static_cast<size_t>(got));
-  }
+  int descriptor = owbtest::connectLoopback(static_cast<int>(port));
+  if (descriptor < 0) return line;
+  char buffer[512];
+  ssize_t got;
+  while ((got = recv(descriptor, buffer, sizeof buffer, 0)) > 0) line.append(buffer, static_cast<size_t>(got));
   close(descriptor);
   return line;
 }
@@ -57,18 +51,11 @@ bool statusSays(long port, const std::string& text) {
 void makeDefinedFleet(const std::string& fleetDir, std::initializer_list<const char*> labels, long basePort,
                       const std::string& extraProject = "") {
   MakeFleetArgs args;
-  std::snprintf(args.fleetDir, sizeof args.fleetDir, "%s", fleetDir.c_str());
-  std::snprintf(args.fleetDefn.fleetName, sizeof args.fleetDefn.fleetName, "%s", std::strrchr(fleetDir.c_str(), '/') + 1);
-  args.fleetDefn.basePort = basePort;
-  std::snprintf(args.fleetDefn.engineOptions, sizeof args.fleetDefn.engineOptions, "-d1");
-  for (const char* label : labels) {
-    auto* engine = new EngineConfiguration(label);
-    std::snprintf(engine->enginePlaceConfig, sizeof engine->enginePlaceConfig, "%s/lib/engplace.cfg",
-                  opstest::FleetSandbox::installTree().c_str());
-    if (!extraProject.empty() && args.fleetDefn.engines.totalElements == 1)
-      engine->projectConfigFiles.include(new StringItem(extraProject.c_str()));
-    args.fleetDefn.engines.include(engine);
-  }
+  opstest::defineFleet(&args, fleetDir, labels, opstest::FleetSandbox::installTree() + "/lib/engplace.cfg", basePort);
+  // The second engine brings the extra project file.
+  if (!extraProject.empty())
+    static_cast<EngineConfiguration*>(args.fleetDefn.engines.get(1))
+        ->projectConfigFiles.include(new StringItem(extraProject.c_str()));
   List debuggerPorts(kStandardChunkSize, TRUE, EqualCompare);
   ASSERT_TRUE(makeFleet(&args, &debuggerPorts));
 }
@@ -90,14 +77,12 @@ void makeAndRun(const std::string& fleetDir, std::initializer_list<const char*> 
   *basePort = opstest::freeBasePort(4);
   ASSERT_NE(*basePort, 0);
   makeDefinedFleet(fleetDir, labels, *basePort);
-  RunFleetArgs run;
-  std::snprintf(run.fleetDir, sizeof run.fleetDir, "%s", fleetDir.c_str());
+  auto run = opstest::argsFor<RunFleetArgs>(fleetDir);
   ASSERT_TRUE(runFleet(&run, nullptr));
 }
 
 bool killAll(const std::string& fleetDir) {
-  KillFleetArgs kill;
-  std::snprintf(kill.fleetDir, sizeof kill.fleetDir, "%s", fleetDir.c_str());
+  auto kill = opstest::argsFor<KillFleetArgs>(fleetDir);
   return killFleet(&kill) != 0;
 }
 
@@ -111,8 +96,7 @@ TEST(FleetLife, MadeBootedKilledBackedUpRestoredRemoved) {
   writeWholeFile(sandbox.root() + "/watch.cfg", "!watcher = $OWBBinDirectory/placemon watcher $EnginePort\n");
   makeDefinedFleet(fleet, {"alpha", "beta"}, base, "watch.cfg");
 
-  RunFleetArgs run;
-  std::snprintf(run.fleetDir, sizeof run.fleetDir, "%s", fleet.c_str());
+  auto run = opstest::argsFor<RunFleetArgs>(fleet);
   {
     owbtest::ScopedEnv noDisplay("DISPLAY", std::nullopt);
     EXPECT_FALSE(runFleet(&run, nullptr));
@@ -132,8 +116,7 @@ TEST(FleetLife, MadeBootedKilledBackedUpRestoredRemoved) {
 
   // Status: engines with ports, externals with their expanded commands, a fossil.
   writeWholeFile(fleet + "/ghost.pid", "999999\nold command\n");
-  PsFleetArgs ps;
-  std::snprintf(ps.fleetDir, sizeof ps.fleetDir, "%s", fleet.c_str());
+  auto ps = opstest::argsFor<PsFleetArgs>(fleet);
   fleetProcessInfo* status = nullptr;
   ASSERT_TRUE(psFleet(&ps, &status));
   const fleetProcessInfo* alpha = recordOf(status, "alpha");
@@ -171,8 +154,7 @@ TEST(FleetLife, MadeBootedKilledBackedUpRestoredRemoved) {
   // Kill with clean-up.
   writeWholeFile(fleet + "/beta/eng.prof", "profile\n");
   ASSERT_TRUE(fileExistsNow(fleet + "/alpha/debug.log"));  // the debugger support keeps it
-  KillFleetArgs kill;
-  std::snprintf(kill.fleetDir, sizeof kill.fleetDir, "%s", fleet.c_str());
+  auto kill = opstest::argsFor<KillFleetArgs>(fleet);
   kill.cleanup = OWB_TRUE;
   ASSERT_TRUE(killFleet(&kill));
   EXPECT_TRUE(allGone(fleet, {"alpha", "beta", "placemon", "watcher", "ghost"}));
@@ -194,8 +176,7 @@ TEST(FleetLife, MadeBootedKilledBackedUpRestoredRemoved) {
   EXPECT_TRUE(readWholeFile(fleet + "/alpha.out").find("stopping cleanly") != std::string::npos);
 
   // Backup, and a failed second backup that leaves the first one standing.
-  BackupFleetArgs backup;
-  std::snprintf(backup.fleetDir, sizeof backup.fleetDir, "%s", fleet.c_str());
+  auto backup = opstest::argsFor<BackupFleetArgs>(fleet);
   std::snprintf(backup.backupTag, sizeof backup.backupTag, "snap");
   ASSERT_TRUE(backupFleet(&backup));
   EXPECT_TRUE(fileExistsNow(fleet + "/snap/life.flt"));
@@ -212,8 +193,7 @@ TEST(FleetLife, MadeBootedKilledBackedUpRestoredRemoved) {
   // with their state, and the other engine's directory goes.
   makeDefinedFleet(fleet, {"gamma"}, base);
   EXPECT_FALSE(fileExistsNow(fleet + "/alpha"));
-  RestoreFleetArgs restore;
-  std::snprintf(restore.fleetDir, sizeof restore.fleetDir, "%s", fleet.c_str());
+  auto restore = opstest::argsFor<RestoreFleetArgs>(fleet);
   std::snprintf(restore.backupTag, sizeof restore.backupTag, "snap");
   ASSERT_TRUE(restoreFleet(&restore));
   EXPECT_FALSE(fileExistsNow(fleet + "/gamma"));
@@ -267,9 +247,7 @@ TEST(BootEngine, UndefinedNameInAnExternalFailsTheBoot) {
   EXPECT_FALSE(fileExistsNow(fleet + "/bad.pid"));
   // The place's external, which stands before the faulty line, was started.
   EXPECT_TRUE(eventually([&] { return isRunning(fleet.c_str(), "placemon") != 0; }));
-  KillFleetArgs kill;
-  std::snprintf(kill.fleetDir, sizeof kill.fleetDir, "%s", fleet.c_str());
-  EXPECT_TRUE(killFleet(&kill));
+  EXPECT_TRUE(killAll(fleet));
 }
 
 // True when a file of that name lies anywhere below directory.
@@ -352,12 +330,10 @@ TEST(BackupFleet, TagsNamingThePartsOfTheFleetAreRefused) {
   for (const char* tag : forbidden) {
     SCOPED_TRACE(tag);
     sandbox.output.clear();
-    BackupFleetArgs backup;
-    std::snprintf(backup.fleetDir, sizeof backup.fleetDir, "%s", fleet.c_str());
+    auto backup = opstest::argsFor<BackupFleetArgs>(fleet);
     std::snprintf(backup.backupTag, sizeof backup.backupTag, "%s", tag);
     EXPECT_FALSE(backupFleet(&backup));
-    RestoreFleetArgs restore;
-    std::snprintf(restore.fleetDir, sizeof restore.fleetDir, "%s", fleet.c_str());
+    auto restore = opstest::argsFor<RestoreFleetArgs>(fleet);
     std::snprintf(restore.backupTag, sizeof restore.backupTag, "%s", tag);
     EXPECT_FALSE(restoreFleet(&restore));
     ASSERT_EQ(sandbox.output.fatals.size(), 2u);
@@ -369,8 +345,7 @@ TEST(BackupFleet, TagsNamingThePartsOfTheFleetAreRefused) {
   EXPECT_EQ(sandbox.output.fatals[0].second,
             "The backup tag \"a/b\" must name a directory within the fleet directory.");
   sandbox.output.clear();
-  BackupFleetArgs backup;
-  std::snprintf(backup.fleetDir, sizeof backup.fleetDir, "%s", fleet.c_str());
+  auto backup = opstest::argsFor<BackupFleetArgs>(fleet);
   std::snprintf(backup.backupTag, sizeof backup.backupTag, "alpha");
   EXPECT_FALSE(backupFleet(&backup));
   EXPECT_EQ(sandbox.output.fatals.at(0).second, "The backup tag \"alpha\" names the engine alpha.  Choose another tag.");
@@ -390,11 +365,8 @@ TEST(EngineNames, LongNamesHaveOneLimit) {
 
   MakeFleetArgs tooLong;
   const std::string refusedFleet = sandbox.fleetDir("refused");
-  std::snprintf(tooLong.fleetDir, sizeof tooLong.fleetDir, "%s", refusedFleet.c_str());
-  std::snprintf(tooLong.fleetDefn.fleetName, sizeof tooLong.fleetDefn.fleetName, "refused");
-  tooLong.fleetDefn.basePort = 9400;
   const std::string longest(kMaxEngineNameLength, 'e');
-  tooLong.fleetDefn.engines.include(new EngineConfiguration((longest + "x").c_str()));
+  opstest::defineFleet(&tooLong, refusedFleet, {(longest + "x").c_str()}, "", 9400);
   List ports(kStandardChunkSize, TRUE, EqualCompare);
   EXPECT_FALSE(makeFleet(&tooLong, &ports));
   ASSERT_EQ(sandbox.output.fatals.size(), 1u);
@@ -406,8 +378,7 @@ TEST(EngineNames, LongNamesHaveOneLimit) {
   long base = 0;
   makeAndRun(fleet, {longest.c_str()}, &base);
   EXPECT_TRUE(eventually([&] { return isRunning(fleet.c_str(), longest.c_str()) != 0; }));
-  PsFleetArgs ps;
-  std::snprintf(ps.fleetDir, sizeof ps.fleetDir, "%s", fleet.c_str());
+  auto ps = opstest::argsFor<PsFleetArgs>(fleet);
   fleetProcessInfo* status = nullptr;
   ASSERT_TRUE(psFleet(&ps, &status));
   ASSERT_NE(recordOf(status, longest.c_str()), nullptr);
@@ -425,7 +396,7 @@ TEST(EngineNames, LongNamesHaveOneLimit) {
                                              "\nEnginePlaceConfig = place.cfg\n");
   writeWholeFile(handMade + "/" + full + "/startup.cfg", "&helper = /bin/true\n");
   sandbox.output.clear();
-  std::snprintf(ps.fleetDir, sizeof ps.fleetDir, "%s", handMade.c_str());
+  ps = opstest::argsFor<PsFleetArgs>(handMade);
   ASSERT_TRUE(psFleet(&ps, &status));
   EXPECT_NE(recordOf(status, full.c_str()), nullptr);
   EXPECT_NE(recordOf(status, "helper"), nullptr);
@@ -516,8 +487,7 @@ TEST(KillFleet, ChosenProcessCleansItsOutputButEveryEnginesProfile) {
   for (const char* name : {"one.out", "two.out", "stale.pid", "one/eng.prof", "two/eng.prof", "two/debug.log"})
     writeWholeFile(fleet + "/" + name, "x\n");
   writeWholeFile(fleet + "/x.PID", "999999\n");
-  KillFleetArgs args;
-  std::snprintf(args.fleetDir, sizeof args.fleetDir, "%s", fleet.c_str());
+  auto args = opstest::argsFor<KillFleetArgs>(fleet);
   args.cleanup = OWB_TRUE;
   std::snprintf(args.chosenProcess, sizeof args.chosenProcess, "one");
   ASSERT_TRUE(killFleet(&args));
@@ -536,8 +506,7 @@ TEST(KillFleet, ChosenProcessCleansItsOutputButEveryEnginesProfile) {
 
   // No definition, no kill.
   sandbox.output.clear();
-  std::snprintf(args.fleetDir, sizeof args.fleetDir, "%s", sandbox.fleetDir("nothing").c_str());
-  EXPECT_FALSE(killFleet(&args));
+  EXPECT_FALSE(killAll(sandbox.fleetDir("nothing")));
   ASSERT_EQ(sandbox.output.fatals.size(), 1u);
   EXPECT_EQ(sandbox.output.fatals[0], (owbtest::RecordingOutput::Entry{"ERROR", "Cannot read the fleet's definition"}));
 }
@@ -549,8 +518,7 @@ TEST(PsFleet, FiltersAndFossils) {
   writeWholeFile(fleet + "/ONE.pid", "999998\nrecorded command\n9100\n9106\n9102\n");
   writeWholeFile(fleet + "/relic.pid", "");
   auto labels = [&](bool enginesOnly, bool externalsOnly, const char* specific) {
-    PsFleetArgs args;
-    std::snprintf(args.fleetDir, sizeof args.fleetDir, "%s", fleet.c_str());
+    auto args = opstest::argsFor<PsFleetArgs>(fleet);
     args.enginesOnly = enginesOnly ? OWB_TRUE : OWB_FALSE;
     args.externalsOnly = externalsOnly ? OWB_TRUE : OWB_FALSE;
     std::snprintf(args.specificProcess, sizeof args.specificProcess, "%s", specific);
@@ -577,8 +545,7 @@ TEST(PsFleet, FiltersAndFossils) {
   unlink((fleet + "/relic.pid").c_str());  // fossils come in directory order: keep one
   EXPECT_EQ(labels(false, false, ""), "ONE:2:999998:0 ");
 
-  PsFleetArgs missing;
-  std::snprintf(missing.fleetDir, sizeof missing.fleetDir, "%s", sandbox.fleetDir("absent").c_str());
+  auto missing = opstest::argsFor<PsFleetArgs>(sandbox.fleetDir("absent"));
   fleetProcessInfo* list = nullptr;
   EXPECT_FALSE(psFleet(&missing, &list));
   EXPECT_EQ(list, nullptr);

@@ -16,21 +16,6 @@ using opstest::fileExistsNow;
 using owbtest::readWholeFile;
 using owbtest::writeWholeFile;
 
-// A definition of the named engines, all on placeFile, into args.
-void defineFleet(MakeFleetArgs* args, const std::string& fleetDir, std::initializer_list<const char*> labels,
-                 const std::string& placeFile, long basePort) {
-  std::snprintf(args->fleetDir, sizeof args->fleetDir, "%s", fleetDir.c_str());
-  const char* slash = std::strrchr(fleetDir.c_str(), '/');
-  std::snprintf(args->fleetDefn.fleetName, sizeof args->fleetDefn.fleetName, "%s", slash + 1);
-  args->fleetDefn.basePort = basePort;
-  std::snprintf(args->fleetDefn.engineOptions, sizeof args->fleetDefn.engineOptions, "-d1");
-  for (const char* label : labels) {
-    auto* engine = new EngineConfiguration(label);
-    std::snprintf(engine->enginePlaceConfig, sizeof engine->enginePlaceConfig, "%s", placeFile.c_str());
-    args->fleetDefn.engines.include(engine);
-  }
-}
-
 std::vector<long> numbers(List& list) {
   std::vector<long> values;
   for (long i = 0; i < list.totalElements; ++i) values.push_back(static_cast<NumberItem*>(list.get(i))->number);
@@ -43,7 +28,7 @@ TEST(MakeFleet, WritesRegionEnginesAndPortsOfTwoEngines) {
   const std::string place = sandbox.root() + "/place.cfg";
   writeWholeFile(place, "PlaceName = \"p\"\n");
   MakeFleetArgs args;
-  defineFleet(&args, fleet, {"A", "B"}, place, 6000);
+  opstest::defineFleet(&args, fleet, {"A", "B"}, place, 6000);
   std::snprintf(args.fleetDefn.authorityText, sizeof args.fleetDefn.authorityText, "04abc");
   args.fleetDefn.securityOn = OWB_TRUE;
   static_cast<EngineConfiguration*>(args.fleetDefn.engines.get(1))->loadDebugger = OWB_FALSE;
@@ -99,7 +84,7 @@ TEST(MakeFleet, PlaceFilePortsAndEmptyFleets) {
   // A place port comes after the engine's four; a standard name reuses its number.
   writeWholeFile(place, "PlacePort = $NEW_ENG_PORT$\nEngineTCPPort = $NEW_ENG_PORT$\n");
   MakeFleetArgs args;
-  defineFleet(&args, sandbox.fleetDir("placed"), {"A", "B"}, place, 7000);
+  opstest::defineFleet(&args, sandbox.fleetDir("placed"), {"A", "B"}, place, 7000);
   List debuggerPorts(kStandardChunkSize, TRUE, EqualCompare);
   ASSERT_TRUE(makeFleet(&args, &debuggerPorts));
   EXPECT_EQ(readWholeFile(sandbox.fleetDir("placed") + "/region/ports.cfg"),
@@ -108,7 +93,7 @@ TEST(MakeFleet, PlaceFilePortsAndEmptyFleets) {
             "B_PlacePort = 7018\n");
 
   MakeFleetArgs empty;
-  defineFleet(&empty, sandbox.fleetDir("hollow"), {}, place, 7100);
+  opstest::defineFleet(&empty, sandbox.fleetDir("hollow"), {}, place, 7100);
   debuggerPorts.include(new NumberItem(1));
   ASSERT_TRUE(makeFleet(&empty, &debuggerPorts));
   EXPECT_EQ(debuggerPorts.totalElements, 0);
@@ -126,7 +111,7 @@ TEST(MakeFleet, RemakeDropsObsoleteEnginesAndDiscardsState) {
   List debuggerPorts(kStandardChunkSize, TRUE, EqualCompare);
   {
     MakeFleetArgs args;
-    defineFleet(&args, fleet, {"keep", "drop", "Case"}, place, 8000);
+    opstest::defineFleet(&args, fleet, {"keep", "drop", "Case"}, place, 8000);
     ASSERT_TRUE(makeFleet(&args, &debuggerPorts));
   }
   mkdir((fleet + "/drop/db").c_str(), 0777);
@@ -135,7 +120,7 @@ TEST(MakeFleet, RemakeDropsObsoleteEnginesAndDiscardsState) {
   writeWholeFile(fleet + "/Case/notes", "kept\n");
   {
     MakeFleetArgs args;
-    defineFleet(&args, fleet, {"keep", "CASE"}, place, 8000);
+    opstest::defineFleet(&args, fleet, {"keep", "CASE"}, place, 8000);
     ASSERT_TRUE(makeFleet(&args, &debuggerPorts));
   }
   EXPECT_FALSE(fileExistsNow(fleet + "/drop"));
@@ -148,7 +133,7 @@ TEST(MakeFleet, RemakeDropsObsoleteEnginesAndDiscardsState) {
   ASSERT_TRUE(opstest::eventually([&] { return fileExistsNow(fleet + "/busy.pid"); }));
   sandbox.output.clear();
   MakeFleetArgs args;
-  defineFleet(&args, fleet, {"keep"}, place, 8000);
+  opstest::defineFleet(&args, fleet, {"keep"}, place, 8000);
   EXPECT_FALSE(makeFleet(&args, &debuggerPorts));
   ASSERT_EQ(sandbox.output.fatals.size(), 1u);
   EXPECT_EQ(sandbox.output.fatals[0].first, "Cannot (Re-)Configure the Fleet");

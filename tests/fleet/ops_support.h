@@ -28,6 +28,7 @@
 #include <vector>
 
 #include "fleet/fileutil.h"
+#include "fleet/mkfleet.h"
 #include "fleet/recording_output.h"
 #include "testsupport.h"
 
@@ -119,6 +120,30 @@ bool eventually(Condition condition, double timeoutSeconds = 20.0) {
 }
 
 inline bool fileExistsNow(const std::string& path) { return access(path.c_str(), F_OK) == 0; }
+
+// A definition of the named engines, all on placeFile, into args.
+inline void defineFleet(MakeFleetArgs* args, const std::string& fleetDir, std::initializer_list<const char*> labels,
+                        const std::string& placeFile, long basePort) {
+  std::snprintf(args->fleetDir, sizeof args->fleetDir, "%s", fleetDir.c_str());
+  const char* slash = std::strrchr(fleetDir.c_str(), '/');
+  std::snprintf(args->fleetDefn.fleetName, sizeof args->fleetDefn.fleetName, "%s", slash + 1);
+  args->fleetDefn.basePort = basePort;
+  std::snprintf(args->fleetDefn.engineOptions, sizeof args->fleetDefn.engineOptions, "-d1");
+  for (const char* label : labels) {
+    auto* engine = new EngineConfiguration(label);
+    std::snprintf(engine->enginePlaceConfig, sizeof engine->enginePlaceConfig, "%s", placeFile.c_str());
+    args->fleetDefn.engines.include(engine);
+  }
+}
+
+// Arguments of a fleet operation (any of the ...FleetArgs) for fleetDir,
+// with every other member at its default.
+template <typename Args>
+Args argsFor(const std::string& fleetDir) {
+  Args args;
+  std::snprintf(args.fleetDir, sizeof args.fleetDir, "%s", fleetDir.c_str());
+  return args;
+}
 
 // True when port is free for both TCP and UDP on the loopback address.
 inline bool portIsFree(int port) {

@@ -23,10 +23,6 @@ namespace {
 using fmtest::ToolTest;
 typedef std::vector<std::pair<std::string, std::string>> Notes;
 
-Message commandMessage(const char* command, const std::string& file) {
-  return fmtest::commandSelectedMessage(command, file);
-}
-
 long mockPort(const std::string& portsFile, const std::string& engine) {
   std::string text = owbtest::readWholeFile(portsFile);
   std::string key = engine + "_MOCK_PORT = ";
@@ -213,7 +209,7 @@ TEST_F(CommandWindowTest, HandlersLookTheFleetUpAndReportUnknownOnes) {
     SCOPED_TRACE(command.first);
     fmtest::seenAlerts().clear();
     gFleetMgr->currentFleet = fleet;
-    Message missing = commandMessage(command.first, unknown);
+    Message missing = fmtest::commandSelectedMessage(command.first, unknown);
     EXPECT_EQ(command.second(&missing, nullptr), kWrongParamType);
     EXPECT_EQ(gFleetMgr->currentFleet, nullptr);
     ASSERT_EQ(fmtest::seenAlerts().size(), 1u);
@@ -223,7 +219,7 @@ TEST_F(CommandWindowTest, HandlersLookTheFleetUpAndReportUnknownOnes) {
 
     // A known fleet becomes current and its window opens.
     fmtest::seenAlerts().clear();
-    Message found = commandMessage(command.first, known);
+    Message found = fmtest::commandSelectedMessage(command.first, known);
     EXPECT_EQ(command.second(&found, nullptr), kNoError);
     EXPECT_EQ(gFleetMgr->currentFleet, fleet);
     std::string title = command.first == std::string("Backup Fleet") ? "Backup " + dir : command.first;
@@ -234,11 +230,11 @@ TEST_F(CommandWindowTest, HandlersLookTheFleetUpAndReportUnknownOnes) {
   // Status: an unknown fleet is passed over silently, a known one is read.
   fmtest::seenAlerts().clear();
   FleetObject* other = gFleetMgr->addFleet(root.file("other").c_str(), nullptr);
-  Message missing = commandMessage("Fleet Status", unknown);
+  Message missing = fmtest::commandSelectedMessage("Fleet Status", unknown);
   EXPECT_EQ(fleetStatusCommand(&missing, nullptr), kNoError);
   EXPECT_EQ(gFleetMgr->currentFleet, other);
   EXPECT_TRUE(fmtest::seenAlerts().empty());
-  Message found = commandMessage("Fleet Status", known);
+  Message found = fmtest::commandSelectedMessage("Fleet Status", known);
   EXPECT_EQ(fleetStatusCommand(&found, nullptr), kNoError);
   EXPECT_EQ(gFleetMgr->currentFleet, fleet);
   std::vector<std::string> processes;
@@ -251,7 +247,7 @@ TEST_F(ToolTest, DeleteFleetDirectoryAsksThenWithdrawsEnginesAndFile) {
   std::string dir = writeFleet("wharf", {{"A", "A_MOCK_PORT = 7002\n"}, {"B", "B_MOCK_PORT = 7006\n"}});
   gFleetMgr->addFleet(dir.c_str(), readDefinition(dir));
   const std::string name = dir + "/wharf.flt";
-  Message remove = commandMessage("Delete Fleet Directory", name);
+  Message remove = fmtest::commandSelectedMessage("Delete Fleet Directory", name);
 
   fmtest::alertAnswer() = 1;  // Cancel
   EXPECT_EQ(removeFleetCommand(&remove, nullptr), kNoError);
@@ -303,7 +299,7 @@ TEST_F(CommandWindowTest, NewFleetCancelledAtTheDirectoryAddsNothing) {
         if (picker) WGT_Send(child(picker, FPICK_CANCEL), TBUT_NFYHIT);
       },
       &press, 500);
-  Message message = commandMessage("New Fleet", "");
+  Message message = fmtest::commandSelectedMessage("New Fleet", "");
   EXPECT_EQ(newFleetCommand(&message, nullptr), kNoError);
   EXPECT_TRUE(press.pickerShown);
   EXPECT_EQ(FPICK_GetWin(), nullptr);

@@ -36,41 +36,21 @@ namespace {
 
 using fmtest::TestToolManager;
 
-// One line of a window's _OWB_WIDGETS.
-struct WidgetLine {
-  std::string path, cls, state, text;
-  int x = 0, y = 0, w = 0, h = 0;
-};
+using owbtest::WidgetLine;
 
+// The tool's windows read and pressed as another client does.
 class Screen {
  public:
-  Screen() : dpy_(XOpenDisplay(owbtest::sharedXvfb().display().c_str())) {
+  Screen() : input_(owbtest::sharedXvfb().display()), dpy_(input_.display()) {
     // The tool's windows come and go while they are looked at.
     XSetErrorHandler([](Display*, XErrorEvent*) { return 0; });
-  }
-  ~Screen() {
-    if (dpy_) XCloseDisplay(dpy_);
   }
   bool ok() const { return dpy_ != nullptr; }
 
   // The mapped top-level window titled title whose widgets show text (any
   // when text is empty), or 0.
   Window find(const std::string& title, const std::string& text = "") {
-    Window root = DefaultRootWindow(dpy_), parent = 0, *children = nullptr, found = 0;
-    unsigned count = 0;
-    if (!XQueryTree(dpy_, root, &root, &parent, &children, &count)) return 0;
-    for (unsigned i = 0; i < count && !found; i++) {
-      XWindowAttributes attributes;
-      char* name = nullptr;
-      if (XGetWindowAttributes(dpy_, children[i], &attributes) && attributes.map_state == IsViewable &&
-          XFetchName(dpy_, children[i], &name) && name) {
-        bool titled = title == name;
-        XFree(name);
-        if (titled && (text.empty() || shows(children[i], text))) found = children[i];
-      }
-    }
-    if (children) XFree(children);
-    return found;
+    return owbtest::shownWindowNamed(dpy_, title, [&](Window w) { return text.empty() || shows(w, text); });
   }
   Window waitFor(const std::string& title, const std::string& text = "", double seconds = 10) {
     return opstest::eventually([&] { return find(title, text) != 0; }, seconds) ? find(title, text) : 0;
@@ -80,34 +60,8 @@ class Screen {
       if (w.text == text) return true;
     return false;
   }
-
   std::vector<WidgetLine> widgets(Window win) {
-    std::vector<WidgetLine> lines;
-    Atom property = XInternAtom(dpy_, "_OWB_WIDGETS", False);
-    Atom type;
-    int format;
-    unsigned long items, after;
-    unsigned char* data = nullptr;
-    if (XGetWindowProperty(dpy_, win, property, 0, 1 << 24, False, AnyPropertyType, &type, &format, &items, &after,
-                           &data) != Success || !data)
-      return lines;
-    std::istringstream text(std::string(reinterpret_cast<char*>(data), items));
-    XFree(data);
-    std::string line;
-    while (std::getline(text, line)) {
-      std::vector<std::string> f;
-      std::string field;
-      std::istringstream fields(line);
-      while (std::getline(fields, field, '\t')) f.push_back(field);
-      if (f.size() < 7) continue;
-      WidgetLine w{f[0], f[1], f[6], f.size() > 7 ? f[7] : ""};
-      w.x = std::stoi(f[2]);
-      w.y = std::stoi(f[3]);
-      w.w = std::stoi(f[4]);
-      w.h = std::stoi(f[5]);
-      lines.push_back(w);
-    }
-    return lines;
+    return owbtest::parseWidgetLines(owbtest::readWidgetsProperty(dpy_, win));
   }
 
   // The status list's body rows as the cells show them: row -> columns.
@@ -135,10 +89,7 @@ class Screen {
         int x = 0, y = 0;
         Window child;
         XTranslateCoordinates(dpy_, win, DefaultRootWindow(dpy_), w.x + w.w / 2, w.y + w.h / 2, &x, &y, &child);
-        XTestFakeMotionEvent(dpy_, -1, x, y, CurrentTime);
-        XTestFakeButtonEvent(dpy_, 1, True, CurrentTime);
-        XTestFakeButtonEvent(dpy_, 1, False, CurrentTime);
-        XSync(dpy_, False);
+        input_.click(x, y);
         return true;
       }
     return false;
@@ -154,17 +105,11 @@ class Screen {
     }
     return true;
   }
-  void key(KeySym sym, KeySym modifier = NoSymbol) {
-    if (modifier != NoSymbol) XTestFakeKeyEvent(dpy_, XKeysymToKeycode(dpy_, modifier), True, CurrentTime);
-    XTestFakeKeyEvent(dpy_, XKeysymToKeycode(dpy_, sym), True, CurrentTime);
-    XTestFakeKeyEvent(dpy_, XKeysymToKeycode(dpy_, sym), False, CurrentTime);
-    if (modifier != NoSymbol) XTestFakeKeyEvent(dpy_, XKeysymToKeycode(dpy_, modifier), False, CurrentTime);
-    XSync(dpy_, False);
-  }
+  void key(KeySym sym, KeySym modifier = NoSymbol) { input_.key(sym, modifier); }
   // The path of the widget with the keyboard's focus ("" for none).
   std::string focused(Window win) {
     for (const WidgetLine& w : widgets(win))
-      if (w.path != "-" && w.state.find('F') != std::string::npos) return w.path;
+      if (w.path != "-" && w.has('F')) return w.path;
     return "";
   }
   std::string text(Window win, const std::string& path) {
@@ -183,11 +128,12 @@ class Screen {
   }
   bool enabled(Window win, const std::string& path) {
     for (const WidgetLine& w : widgets(win))
-      if (w.path == path) return w.state.find('E') != std::string::npos;
+      if (w.path == path) return w.has('E');
     return false;
   }
 
  private:
+  owbtest::XTestDriver input_;
   Display* dpy_;
 };
 

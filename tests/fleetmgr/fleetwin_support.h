@@ -21,6 +21,7 @@
 #include "toolkit/lbox.h"
 #include "toolkit/tbut.h"
 #include "toolkit/winpub.h"
+#include "tests/toolkit/tk_fixture.h"
 #include "xvfb_support.h"
 
 namespace fmtest {
@@ -43,21 +44,7 @@ class WindowTest : public ToolTest {
   }
 
   // Runs the loop until nothing has come for a moment.
-  static void settle(int quietMs = 60) {
-    auto quietSince = std::chrono::steady_clock::now();
-    auto deadline = quietSince + std::chrono::seconds(5);
-    while (std::chrono::steady_clock::now() < deadline) {
-      DSPLY_Sync();
-      bool pending = EVENT_IsPending();
-      EVENT_ProcessPending();
-      if (pending) {
-        quietSince = std::chrono::steady_clock::now();
-      } else {
-        if (std::chrono::steady_clock::now() - quietSince > std::chrono::milliseconds(quietMs)) return;
-        DSPLY_WaitForInput(5);
-      }
-    }
-  }
+  static void settle(int quietMs = 60) { tktest::settle(quietMs, 5000); }
 
   // The open window with that title, or null.
   static WinPtr openWindow(const std::string& title) {
@@ -86,20 +73,10 @@ class WindowTest : public ToolTest {
   // A real click in the middle of a widget, then the loop until quiet.
   void click(WgtPtr wgt) {
     ASSERT_NE(wgt, nullptr);
-    _Point16Rec p{static_cast<int16_t>(wgt->Box.Extent.X / 2), static_cast<int16_t>(wgt->Box.Extent.Y / 2)};
-    WGT_ConvertWgtToAbs(wgt, &p);
-    driver_->click(p.X, p.Y);
-    DSPLY_Sync();
-    settle();
+    clickAt(wgt, wgt->Box.Extent.X / 2, wgt->Box.Extent.Y / 2);
   }
   // A click at a point of a widget.
-  void clickAt(WgtPtr wgt, int x, int y) {
-    _Point16Rec p{static_cast<int16_t>(x), static_cast<int16_t>(y)};
-    WGT_ConvertWgtToAbs(wgt, &p);
-    driver_->click(p.X, p.Y);
-    DSPLY_Sync();
-    settle();
-  }
+  void clickAt(WgtPtr wgt, int x, int y) { tktest::clickAt(driver_.get(), wgt, x, y); }
 
   // A fleet of two engines (eng1, eng2) on the installation's engine place
   // made by the tool as the settings window makes it; null on failure.

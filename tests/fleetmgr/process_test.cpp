@@ -39,12 +39,6 @@ using fmtest::installTree;
 
 std::string nul(const std::string& text) { return text + std::string(1, '\0'); }
 
-// Starts a program with the environment given (and nothing else but PATH).
-pid_t startProgram(const std::vector<std::string>& args, const std::map<std::string, std::string>& env,
-                   const std::string& outputFile) {
-  return owbtest::startProgram(args, outputFile, &env);
-}
-
 // The exit status of pid, or nullopt if it has not ended within seconds.
 std::optional<int> exitStatus(pid_t pid, double seconds) {
   auto deadline = std::chrono::steady_clock::now() + std::chrono::duration<double>(seconds);
@@ -85,7 +79,7 @@ class FleetMgrProcess : public ::testing::Test {
   // where the registration came from.
   void startTool() { startTool(toolEnvironment()); }
   void startTool(const std::map<std::string, std::string>& env) {
-    tool = startProgram({program()}, env, root.file("fleetmgr.out"));
+    tool = owbtest::startProgram({program()}, root.file("fleetmgr.out"), &env);
     ASSERT_TRUE(toolman->waitForCount(kAddCommand, 8)) << owbtest::readWholeFile(root.file("fleetmgr.out"));
     toolPort = toolman->messagesOf(OWB_TYPE("REGT")).at(0).header.senderInfo.listenerPort;
   }
@@ -266,7 +260,7 @@ TEST_F(FleetMgrProcess, StartsOnlyWithAnInstallationAndADisplay) {
   // of it.
   auto env = toolEnvironment();
   env.erase("OWB");
-  tool = startProgram({program()}, env, root.file("noowb.out"));
+  tool = owbtest::startProgram({program()}, root.file("noowb.out"), &env);
   EXPECT_EQ(exitStatus(tool, 10), std::optional<int>(1));
 
   // No display: the toolkit reports its failure and the process ends with
@@ -276,7 +270,7 @@ TEST_F(FleetMgrProcess, StartsOnlyWithAnInstallationAndADisplay) {
     env = toolEnvironment();
     if (display) env["DISPLAY"] = display;
     else env.erase("DISPLAY");
-    tool = startProgram({program()}, env, root.file("nodisplay.out"));
+    tool = owbtest::startProgram({program()}, root.file("nodisplay.out"), &env);
     EXPECT_EQ(exitStatus(tool, 10), std::optional<int>(2));
     EXPECT_NE(owbtest::readWholeFile(root.file("nodisplay.out")).find("The Fleet Manager needs a display: "),
               std::string::npos)
@@ -286,7 +280,7 @@ TEST_F(FleetMgrProcess, StartsOnlyWithAnInstallationAndADisplay) {
   // path is the installation's resources, so its start-up fails.
   env = toolEnvironment();
   env["OWB"] = root.path();
-  tool = startProgram({program()}, env, root.file("nolibraries.out"));
+  tool = owbtest::startProgram({program()}, root.file("nolibraries.out"), &env);
   EXPECT_EQ(exitStatus(tool, 10), std::optional<int>(2));
   EXPECT_NE(owbtest::readWholeFile(root.file("nolibraries.out")).find("Cannot load \"Core\" resource file"),
             std::string::npos)
@@ -307,12 +301,12 @@ TEST_F(FleetMgrProcess, ServesTheRealToolManagerAndEndsWhenItIsKilled) {
   std::string project = makeFleetDirectory("dock");
   const std::string toolmanProgram = owbtest::buildDir() + "/tools/toolman";
   std::map<std::string, std::string> toolmanEnv = {{"HOME", ownHome}};
-  pid_t realToolman = startProgram({toolmanProgram, "--port", "4400", "--project", project}, toolmanEnv,
-                                   root.file("toolman.out"));
+  pid_t realToolman = owbtest::startProgram({toolmanProgram, "--port", "4400", "--project", project},
+                                            root.file("toolman.out"), &toolmanEnv);
   // The output of one --send; status 2 while no toolman answers yet.
   auto send = [&](const std::string& line, std::optional<int>* status = nullptr) {
     std::string out = root.file("send.out");
-    pid_t sender = startProgram({toolmanProgram, "--send", line}, toolmanEnv, out);
+    pid_t sender = owbtest::startProgram({toolmanProgram, "--send", line}, out, &toolmanEnv);
     std::optional<int> ended = exitStatus(sender, 20);
     if (status) *status = ended;
     else EXPECT_EQ(ended, std::optional<int>(0)) << line;
@@ -333,7 +327,7 @@ TEST_F(FleetMgrProcess, ServesTheRealToolManagerAndEndsWhenItIsKilled) {
 
   auto env = toolEnvironment();
   env["HOME"] = ownHome;
-  tool = startProgram({program()}, env, root.file("fleetmgr.out"));
+  tool = owbtest::startProgram({program()}, root.file("fleetmgr.out"), &env);
   std::string commands = eventually("commands FLTT", "Run Fleet");
   for (const char* command : {"New Fleet", "Backup Fleet", "Fleet Settings", "Fleet Status",
                               "Delete Fleet Directory", "Kill Fleet", "Restore Fleet"})

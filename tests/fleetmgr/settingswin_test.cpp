@@ -141,7 +141,6 @@ TEST_F(SettingsWindowTest, NewFleetMadeFromTheWindowGivesTheFilesOfFleetctlNew) 
   FleetObject* fleet = gFleetMgr->addFleet(dir.c_str(), nullptr);
   fleet->createFleetSettingsDialog();
   WinPtr win = keep(fleet->fleetSettingsWindow);
-  ASSERT_NE(win, nullptr);
   ASSERT_TRUE(shown(win));
   LBoxPtr engines = listAt(winRes(win), {0, 0, 0});
   ASSERT_NE(engines, nullptr);
@@ -232,7 +231,6 @@ TEST_F(SettingsWindowTest, EnginePlaceConfigurationComposedWithOneEntryOfEachKin
   chosenFiles() = {cfg};
   clickUntil(at(settings, {0, 3, 7, 1}), [&] { return fleet->engConfigDlg != nullptr; });
   WinPtr dlg = fleet->engConfigDlg;
-  ASSERT_NE(dlg, nullptr);
   ASSERT_TRUE(shown(dlg));
   EXPECT_EQ(std::string(WIN_GetLabel(dlg)), "Engine Configuration file " + cfg);
   LBoxPtr list = listAt(winRes(dlg), {2, 0});
@@ -254,7 +252,6 @@ TEST_F(SettingsWindowTest, EnginePlaceConfigurationComposedWithOneEntryOfEachKin
   clickUntil(at(dlg, {1, 2}), [&] { return cell(list, 2, 0) == "Variable Value"; });
   click(at(dlg, {2, 1}));
   WinPtr env = keep(waitForWindow("Environment Variable"));
-  ASSERT_NE(env, nullptr);
   ASSERT_TRUE(shown(env));
   fieldSetText(childAt(winRes(env), {1}), "PLACE_HOME");
   fieldSetText(childAt(winRes(env), {2}), "/srv/place");
@@ -266,7 +263,6 @@ TEST_F(SettingsWindowTest, EnginePlaceConfigurationComposedWithOneEntryOfEachKin
   clickUntil(at(dlg, {1, 3}), [&] { return cell(list, 3, 0) == "Value"; });
   click(at(dlg, {2, 1}));
   WinPtr opt = keep(waitForWindow("Configuration Option"));
-  ASSERT_NE(opt, nullptr);
   ASSERT_TRUE(shown(opt));
   // The type box opens on "String" with the keyboard's focus: Up goes to
   // the type before it; a choice in the opened list with the pointer is
@@ -295,7 +291,6 @@ TEST_F(SettingsWindowTest, EnginePlaceConfigurationComposedWithOneEntryOfEachKin
   for (const char* name : {"monitor", "spare"}) {
     click(at(dlg, {2, 1}));
     WinPtr ext = keep(waitForWindow("External Process"));
-    ASSERT_NE(ext, nullptr);
     ASSERT_TRUE(shown(ext));
     fieldSetText(childAt(winRes(ext), {1}), name);
     fieldSetText(childAt(winRes(ext), {2}), "placemon -p 1");
@@ -338,7 +333,6 @@ TEST_F(SettingsWindowTest, AddDialogOutlivingItsConfigurationDialogAddsNothing) 
   click(at(dlg, {1, 2}));
   click(at(dlg, {2, 1}));
   WinPtr env = keep(waitForWindow("Environment Variable"));
-  ASSERT_NE(env, nullptr);
   ASSERT_TRUE(shown(env));
 
   // The fleet goes (its dialogs with it) while the add dialog is open.

@@ -160,15 +160,8 @@ class TestToolManager {
 
  private:
   static bool writeMessage(int toolPort, const Message& message) {
-    int out = socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0);
-    sockaddr_in address{};
-    address.sin_family = AF_INET;
-    address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
-    address.sin_port = htons(static_cast<uint16_t>(toolPort));
-    if (connect(out, reinterpret_cast<sockaddr*>(&address), sizeof address) != 0) {
-      close(out);
-      return false;
-    }
+    int out = owbtest::connectLoopback(toolPort);
+    if (out < 0) return false;
     std::string bytes(kMessageHeaderWireSize, '\0');
     encodeMessageHeader(message.header, reinterpret_cast<uint8_t*>(&bytes[0]));
     for (int i = 0; i < message.getParamCount(); ++i)

@@ -64,21 +64,8 @@ std::vector<int> occupyConsecutivePorts(int count, int* firstPort) {
   return {};
 }
 
-int connectTo(int port) {
-  int s = socket(AF_INET, SOCK_STREAM, 0);
-  sockaddr_in address{};
-  address.sin_family = AF_INET;
-  address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
-  address.sin_port = htons(static_cast<uint16_t>(port));
-  if (connect(s, reinterpret_cast<sockaddr*>(&address), sizeof address) != 0) {
-    close(s);
-    return -1;
-  }
-  return s;
-}
-
 void sendRaw(int port, const std::vector<std::string>& pieces) {
-  int s = connectTo(port);
+  int s = owbtest::connectLoopback(port);
   ASSERT_GE(s, 0);
   for (const std::string& piece : pieces)
     ASSERT_EQ(send(s, piece.data(), piece.size(), 0), static_cast<ssize_t>(piece.size()));

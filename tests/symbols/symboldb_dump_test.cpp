@@ -11,17 +11,6 @@
 
 namespace {
 
-std::string runCommand(const std::string& command, int* status) {
-  std::string output;
-  FILE* pipe = popen(command.c_str(), "r");
-  if (!pipe) return output;
-  char buffer[512];
-  size_t got;
-  while ((got = fread(buffer, 1, sizeof buffer, pipe)) > 0) output.append(buffer, got);
-  *status = pclose(pipe);
-  return output;
-}
-
 TEST(SymDump, PrintsClassesLinksFeaturesAndMaps) {
   const std::string tool = owbtest::buildDir() + "/tools/symdump";
   ASSERT_TRUE(fileExists(tool.c_str())) << tool;
@@ -43,17 +32,15 @@ TEST(SymDump, PrintsClassesLinksFeaturesAndMaps) {
     PC_MAP map[2] = {{{1, 5}, 0}, {{1, 6}, 8}};
     ASSERT_EQ(db.addMap(shape, "draw", map, 2), kNoError);
   }
-  int status = -1;
-  std::string out = runCommand(tool + " " + path, &status);
-  EXPECT_EQ(status, 0);
+  std::string out;
+  EXPECT_EQ(owbtest::runShell(tool + " " + path, &out), 0);
   EXPECT_NE(out.find("class Shape (block"), std::string::npos) << out;
   EXPECT_NE(out.find("  subclasses: Circle\n"), std::string::npos) << out;
   EXPECT_NE(out.find("flags 4)\n  source shape.w 4-9\n  flavor: Shape\n"), std::string::npos) << out;
   EXPECT_NE(out.find("  operation draw\n    source shape.w 4-9\n    map: 0->5 8->6\n"), std::string::npos) << out;
   EXPECT_NE(out.find("2 classes\n"), std::string::npos) << out;
 
-  runCommand(tool + " " + dir.file("missing.sym") + " 2>/dev/null", &status);
-  EXPECT_NE(status, 0);
+  EXPECT_NE(owbtest::runShell(tool + " " + dir.file("missing.sym") + " 2>/dev/null", nullptr), 0);
 }
 
 }  // namespace

@@ -21,75 +21,19 @@ namespace {
 
 using tktest::ToolkitTest;
 
-struct Line {
-  std::string path, cls;
-  int x = 0, y = 0, w = 0, h = 0;
-  std::string state, text;
-  bool has(char letter) const { return state.find(letter) != std::string::npos; }
-};
+using owbtest::shownWindowNamed;
+using Line = owbtest::WidgetLine;
 
-// The property as another client reads it; "<none>" when it is not there.
-std::string readProperty(Display* dpy, Window win) {
-  Atom prop = XInternAtom(dpy, "_OWB_WIDGETS", False);
-  Atom utf8 = XInternAtom(dpy, "UTF8_STRING", False);
-  std::string text;
-  long offset = 0;
-  for (;;) {
-    Atom type;
-    int format;
-    unsigned long count, after;
-    unsigned char* data = nullptr;
-    if (XGetWindowProperty(dpy, win, prop, offset, 1 << 16, False, AnyPropertyType, &type, &format, &count, &after,
-                           &data) != Success)
-      return "<error>";
-    if (type == None) return "<none>";
-    if (type != utf8 || format != 8) {
-      XFree(data);
-      return "<wrong type>";
-    }
-    text.append(reinterpret_cast<char*>(data), count);
-    XFree(data);
-    if (after == 0) return text;
-    offset += static_cast<long>(count / 4);
-  }
-}
+std::string readProperty(Display* dpy, Window win) { return owbtest::readWidgetsProperty(dpy, win); }
 
+// The lines by path; every line must have all eight fields.
 std::map<std::string, Line> parse(const std::string& text) {
   std::map<std::string, Line> lines;
-  std::istringstream in(text);
-  for (std::string row; std::getline(in, row);) {
-    std::vector<std::string> f;
-    size_t start = 0;
-    for (size_t tab; (tab = row.find('\t', start)) != std::string::npos; start = tab + 1)
-      f.push_back(row.substr(start, tab - start));
-    f.push_back(row.substr(start));
-    if (f.size() != 8) {
-      ADD_FAILURE() << "not 8 fields: " << row;
-      continue;
-    }
-    Line l{f[0], f[1], std::stoi(f[2]), std::stoi(f[3]), std::stoi(f[4]), std::stoi(f[5]), f[6], f[7]};
+  for (const Line& l : owbtest::parseWidgetLines(text)) {
+    EXPECT_EQ(l.fields, 8u) << "line of " << l.path;
     lines[l.path] = l;
   }
   return lines;
-}
-
-// The mapped top-level window of that name, found as another client finds
-// it (pop-up windows are children of the root), or 0.
-Window shownWindowNamed(Display* dpy, const std::string& name) {
-  Window root = DefaultRootWindow(dpy), parent = 0, *children = nullptr, found = 0;
-  unsigned count = 0;
-  if (!XQueryTree(dpy, root, &root, &parent, &children, &count)) return 0;
-  for (unsigned i = 0; i < count && !found; i++) {
-    XWindowAttributes a;
-    char* title = nullptr;
-    if (XGetWindowAttributes(dpy, children[i], &a) && a.map_state == IsViewable && XFetchName(dpy, children[i], &title) &&
-        title) {
-      if (name == title) found = children[i];
-      XFree(title);
-    }
-  }
-  if (children) XFree(children);
-  return found;
 }
 
 class AutomationTest : public ToolkitTest {
@@ -100,8 +44,7 @@ class AutomationTest : public ToolkitTest {
     ASSERT_TRUE(tktest::loadTestLibrary());
     win_ = keep(WIN_LoadInit("wgtdemo", "TestWindow"));
     WGT_Disable(child(6));
-    ASSERT_TRUE(tktest::showAndWait(win_));
-    ASSERT_TRUE(tktest::runUntil([&] { return WIN_HasFocus(win_); }));
+    ASSERT_TRUE(tktest::showFocused(win_));
     settle(20);
   }
   void TearDown() override {

@@ -129,8 +129,7 @@ class CBoxInput : public ToolkitTest {
     PANEL_AddWgt(WIN_Panel(win_), CBOX_Wgt(box_));
     other_ = tktest::addButton(WIN_Panel(win_), "Other", 250, 70, 90, 30);
     WIN_Init(win_);
-    ASSERT_TRUE(tktest::showAndWait(win_));
-    ASSERT_TRUE(tktest::runUntil([&] { return WIN_HasFocus(win_); }));
+    ASSERT_TRUE(tktest::showFocused(win_));
   }
   void key(KeySym sym, KeySym mod = NoSymbol) {
     driver_->key(sym, mod);

@@ -129,18 +129,16 @@ TEST(ErrFrames, ASecondInterruptFailsTheFirstOnlyRecords) {
   EXPECT_EQ(ERR_Master()->InterruptState, 0);  // recovered
 }
 
-TEST(ErrFramesDeath, AFailureNobodyCatchesEndsTheProcess) {
+TEST(ErrFramesDeath, FailuresThatCannotBeRecoveredEndTheProcessWithTheirMessage) {
   GTEST_FLAG_SET(death_test_style, "threadsafe");
+  // A failure nobody catches ends the process.
   EXPECT_EXIT(
       {
         CORE_LibInstall();
         ERR_Fail("RLib", 9, "lib");
       },
       testing::ExitedWithCode(2), "EXITING         cannot recover from error");
-}
-
-TEST(ErrFramesDeath, BeforeTheMessagesAreLoadedTheReportPointsAtTheSearchPath) {
-  GTEST_FLAG_SET(death_test_style, "threadsafe");
+  // Before the messages are loaded, the report points at the search path.
   EXPECT_EXIT(
       {
         CORE_LibInstall();
@@ -151,10 +149,7 @@ TEST(ErrFramesDeath, BeforeTheMessagesAreLoadedTheReportPointsAtTheSearchPath) {
       testing::ExitedWithCode(0),
       "TRACEBACK.*Error \\(nd.dat, ndcore.dat or ndres.dat not loaded yet\\)\\.Severity = 4\tboom 7\n\n"
       "Check the ND_PATH environment variable\\.");
-}
-
-TEST(ErrFramesDeath, AFailureDuringRecoveryIsFatal) {
-  GTEST_FLAG_SET(death_test_style, "threadsafe");
+  // A failure during recovery is fatal.
   EXPECT_DEATH(
       {
         CORE_LibInstall();
@@ -163,10 +158,7 @@ TEST(ErrFramesDeath, AFailureDuringRecoveryIsFatal) {
         ERR_TryRecoverFn(frame, [] { ERR_Fail("Res", 1, "first"); });
       },
       "FATAL ERROR     Failure during error recovery");
-}
-
-TEST(ErrFramesDeath, TheSystemExceptionTableHoldsThirtyTwoSignals) {
-  GTEST_FLAG_SET(death_test_style, "threadsafe");
+  // The system exception table holds thirty-two signals.
   EXPECT_DEATH(
       {
         CORE_LibInstall();
@@ -177,10 +169,7 @@ TEST(ErrFramesDeath, TheSystemExceptionTableHoldsThirtyTwoSignals) {
         ERR_SetSysExceptHandler(200, nullptr);
       },
       "nineteen fitted\n.*FATAL ERROR     system exception table is full");
-}
-
-TEST(ErrFramesDeath, FrameCheckAtEntryFindsAFrameLeftBehind) {
-  GTEST_FLAG_SET(death_test_style, "threadsafe");
+  // The frame check at entry finds a frame left behind.
   EXPECT_DEATH(
       {
         CORE_LibInstall();

@@ -18,8 +18,7 @@ class FocusTest : public ToolkitTest {
     ASSERT_TRUE(tktest::loadTestLibrary());
     win_ = keep(WIN_LoadInit("wgtdemo", "TestWindow"));
     WGT_Disable(child(6));
-    ASSERT_TRUE(tktest::showAndWait(win_));
-    ASSERT_TRUE(tktest::runUntil([&] { return WIN_HasFocus(win_); }));
+    ASSERT_TRUE(tktest::showFocused(win_));
   }
   WgtPtr child(Int i) { return PANEL_GetNthWgt(WIN_Panel(win_), i); }
   WgtPtr radio(Int i) { return PANEL_GetNthWgt(reinterpret_cast<PanelPtr>(child(3)), i); }

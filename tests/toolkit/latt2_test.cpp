@@ -25,50 +25,28 @@ std::map<Key, long> checkedContents(Latt2Ptr latt) {
   for (Latt2CellPtr h = latt->Origin; h; prevHead = h, h = h->Down) {
     EXPECT_EQ(h->Col, 0);
     EXPECT_EQ(h->Up, prevHead);
-    if (prevHead) {
-
-      EXPECT_GT(h->Row, prevHead->Row);
-
-    }
+    if (prevHead) { EXPECT_GT(h->Row, prevHead->Row); }
     Latt2CellPtr prev = nullptr;
     for (Latt2CellPtr c = h; c; prev = c, c = c->Right) {
       EXPECT_EQ(c->Row, h->Row);
       EXPECT_EQ(c->Left, prev);
-      if (prev) {
-
-        EXPECT_GT(c->Col, prev->Col);
-
-      }
-      if (c->Row > 0 && c->Col > 0) {
-        EXPECT_NE(c->ClientData, nullptr) << "a data cell with no value";
-      }
+      if (prev) { EXPECT_GT(c->Col, prev->Col); }
+      if (c->Row > 0 && c->Col > 0) { EXPECT_NE(c->ClientData, nullptr) << "a data cell with no value"; }
       if (c->ClientData) seen[{c->Row, c->Col}] = reinterpret_cast<long>(c->ClientData);
       inRows.insert(c);
       cells++;
     }
-    if (h != latt->Origin) {
-
-      EXPECT_TRUE(h->Right || h->ClientData) << "an empty row head " << h->Row;
-
-    }
+    if (h != latt->Origin) { EXPECT_TRUE(h->Right || h->ClientData) << "an empty row head " << h->Row; }
   }
   int inCols = 0;
   for (Latt2CellPtr h = latt->Origin; h; h = h->Right) {
     EXPECT_EQ(h->Row, 0);
-    if (h != latt->Origin) {
-
-      EXPECT_TRUE(h->Down || h->ClientData) << "an empty column head " << h->Col;
-
-    }
+    if (h != latt->Origin) { EXPECT_TRUE(h->Down || h->ClientData) << "an empty column head " << h->Col; }
     Latt2CellPtr prev = nullptr;
     for (Latt2CellPtr c = h; c; prev = c, c = c->Down) {
       EXPECT_EQ(c->Col, h->Col);
       EXPECT_EQ(c->Up, prev);
-      if (prev) {
-
-        EXPECT_GT(c->Row, prev->Row);
-
-      }
+      if (prev) { EXPECT_GT(c->Row, prev->Row); }
       EXPECT_TRUE(inRows.count(c)) << "cell " << c->Col << "," << c->Row << " is in no row";
       inCols++;
     }

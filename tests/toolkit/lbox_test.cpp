@@ -103,8 +103,7 @@ class LBoxTest : public ToolkitTest {
     WIN_Init(win_);
   }
   void show() {
-    ASSERT_TRUE(tktest::showAndWait(win_));
-    ASSERT_TRUE(tktest::runUntil([&] { return WIN_HasFocus(win_); }));
+    ASSERT_TRUE(tktest::showFocused(win_));
   }
   // The screen point in the middle of a cell's visible part.
   _Point16Rec cellPoint(Int col, Int row) {
@@ -349,21 +348,10 @@ TEST_F(LBoxTest, WheelAndThumbScrollAndKeysFollowTheUsersCell) {
   EXPECT_EQ(SAREA_GetScrollY(area()), 0);
   EXPECT_EQ(owner_.count(LBOX_NFYCELLCLICKED), 0);  // a wheel step is no click
 
-  // Drag the thumb half way down.  The drag is a loop of its own: what
-  // happens during it is scripted by alarms, which run inside it.
+  // Drag the thumb half way down.
   _Rect16Rec thumb = SB_QueryPartRect(vsb, SB_PARTTHUMB);
   _Point16Rec from = tktest::absOf(SB_Wgt(vsb), thumb.Origin.X + thumb.Extent.X / 2, thumb.Origin.Y + 2);
-  struct Drag {
-    owbtest::XTestDriver* driver;
-    int x, y;
-  } drag{driver_.get(), from.X, from.Y + SB_Wgt(vsb)->Box.Extent.Y / 2};
-  EVENT_StartCBackAlarmDS([](ClientPtr d) { auto* g = static_cast<Drag*>(d); g->driver->moveTo(g->x, g->y); }, &drag,
-                          150);
-  EVENT_StartCBackAlarmDS([](ClientPtr d) { static_cast<Drag*>(d)->driver->release(1); }, &drag, 300);
-  driver_->moveTo(from.X, from.Y);
-  driver_->press(1);
-  ASSERT_TRUE(tktest::runUntil([&] { return TIMER_GetQueuedCount() == 0 && !EVENT_IsTracking(); }));
-  settle();
+  ASSERT_TRUE(drag(from, {from.X, static_cast<int16_t>(from.Y + SB_Wgt(vsb)->Box.Extent.Y / 2)}));
   Int32 maxY = vsb->Info.Max;
   EXPECT_GT(SAREA_GetScrollY(area()), maxY / 3);
   EXPECT_LT(SAREA_GetScrollY(area()), maxY * 2 / 3 + 1);
@@ -518,17 +506,7 @@ TEST_F(SbTest, ArrowsRepeatWhileHeldAndTheBodyPages) {
   Int hits = log_.count(SB_NFYTHUMBPOS);
   _Rect16Rec thumb = SB_QueryPartRect(bar_, SB_PARTTHUMB);
   _Point16Rec from = tktest::absOf(SB_Wgt(bar_), thumb.Origin.X + 2, thumb.Origin.Y + thumb.Extent.Y / 2);
-  struct Drag {
-    owbtest::XTestDriver* driver;
-    int x, y;
-  } drag{driver_.get(), from.X - 400, from.Y};
-  EVENT_StartCBackAlarmDS([](ClientPtr d) { auto* g = static_cast<Drag*>(d); g->driver->moveTo(g->x, g->y); }, &drag,
-                          150);
-  EVENT_StartCBackAlarmDS([](ClientPtr d) { static_cast<Drag*>(d)->driver->release(1); }, &drag, 300);
-  driver_->moveTo(from.X, from.Y);
-  driver_->press(1);
-  ASSERT_TRUE(tktest::runUntil([&] { return TIMER_GetQueuedCount() == 0 && !EVENT_IsTracking(); }));
-  settle();
+  ASSERT_TRUE(drag(from, {static_cast<int16_t>(from.X - 400), from.Y}));
   EXPECT_EQ(SB_GetThumbPos(bar_), 0);
   EXPECT_GT(log_.count(SB_NFYTHUMBPOS), hits);
   EXPECT_EQ(log_.count(SB_NFYACCEPT), 1);

@@ -76,8 +76,7 @@ class MenuUiTest : public ToolkitTest {
     WGT_Res(WIN_Wgt(win_))->ClientData = &choices_;
     WGT_Res(WIN_Wgt(win_))->Notify = recordingWinNfy;
     WIN_Init(win_);
-    ASSERT_TRUE(tktest::showAndWait(win_));
-    ASSERT_TRUE(tktest::runUntil([&] { return WIN_HasFocus(win_); }));
+    ASSERT_TRUE(tktest::showFocused(win_));
   }
   void TearDown() override {
     MBAR_CloseMenus(bar_);
@@ -354,8 +353,7 @@ module menutest {
   EXPECT_EQ(MENU_CurGetId(file), 7);
 
   WIN_Init(win);
-  ASSERT_TRUE(tktest::showAndWait(win));
-  ASSERT_TRUE(tktest::runUntil([&] { return WIN_HasFocus(win); }));
+  ASSERT_TRUE(tktest::showFocused(win));
   driver_->key(XK_F10);
   settle();
   ASSERT_TRUE(MenuIsShown(file));

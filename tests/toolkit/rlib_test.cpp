@@ -57,6 +57,17 @@ void makeSmallLibrary(const std::string& path) {
   RLIB_Unload(lib);
 }
 
+// The text of the string resource M/s as the library file holds it.
+std::string storedText(const std::string& file) {
+  RLibPtr lib = RLIB_LoadFile(file.c_str());
+  ResPtr s = RES_Load("M", "s");
+  const char* stored = STRR_GetStr(s);
+  std::string text = stored ? stored : "<none>";
+  RES_Release(s);
+  RLIB_Dispose(lib);
+  return text;
+}
+
 TEST(ResourceLibraryFile, ASmallLibraryHasExactlyTheDocumentedBytes) {
   tktest::LibraryScope scope;
   owbtest::TempDir dir;
@@ -287,11 +298,7 @@ TEST(ResourceLibraryFile, SavingAgainChangesOnlyTheVersionAndLoadsLazily) {
   RLIB_Save(lib);
   RES_Release(s);
   RLIB_Unload(lib);
-  lib = RLIB_LoadFile(path.c_str());
-  s = RES_Load("M", "s");
-  EXPECT_STREQ(STRR_GetStr(s), "a longer text than before, so that the record moves");
-  RES_Release(s);
-  RLIB_Unload(lib);
+  EXPECT_EQ(storedText(path), "a longer text than before, so that the record moves");
 }
 
 // Loads every resource of every module of the library.
@@ -427,16 +434,8 @@ TEST(ResourceLibraryFile, BackupOneRecordSavedAloneKnotsAndDisposal) {
   RLIB_Dispose(lib);
   EXPECT_EQ(RLIB_Find("g"), nullptr);
 
-  lib = RLIB_LoadFile(path.c_str());
-  s = RES_Load("M", "s");
-  EXPECT_STREQ(STRR_GetStr(s), "a text long enough to need a new block");
-  RES_Release(s);
-  RLIB_Dispose(lib);
-  lib = RLIB_LoadFile(backup.c_str());
-  s = RES_Load("M", "s");
-  EXPECT_STREQ(STRR_GetStr(s), "hi");
-  RES_Release(s);
-  RLIB_Dispose(lib);
+  EXPECT_EQ(storedText(path), "a text long enough to need a new block");
+  EXPECT_EQ(storedText(backup), "hi");
 }
 
 }  // namespace

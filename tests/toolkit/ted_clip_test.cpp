@@ -30,8 +30,7 @@ class TEdClip : public ToolkitTest {
     TED_Wgt(ted_)->ResBox = RECT16_Make(10, 10, 380, 28);
     PANEL_AddWgt(WIN_Panel(win_), TED_Wgt(ted_));
     WIN_Init(win_);
-    ASSERT_TRUE(tktest::showAndWait(win_));
-    ASSERT_TRUE(tktest::runUntil([&] { return WIN_HasFocus(win_); }));
+    ASSERT_TRUE(tktest::showFocused(win_));
     clickOn(TED_Wgt(ted_), 100, 14);
   }
   void TearDown() override {

@@ -163,8 +163,7 @@ class TEdInput : public ToolkitTest {
     ok_->DefButton = 1;
     for (WgtPtr w : {TED_Wgt(field_), TED_Wgt(other_), TED_Wgt(multi_), TBUT_Wgt(ok_)}) tktest::logTo(w, &log_);
     WIN_Init(win_);
-    ASSERT_TRUE(tktest::showAndWait(win_));
-    ASSERT_TRUE(tktest::runUntil([&] { return WIN_HasFocus(win_); }));
+    ASSERT_TRUE(tktest::showFocused(win_));
   }
   void type(const char* text) {
     for (const char* p = text; *p; p++) {
@@ -283,20 +282,7 @@ TEST_F(TEdInput, MouseSelectsCharactersWordsAndTheLine) {
   _Point16Rec from = tktest::absOf(TED_Wgt(field_), loc.X + 1, 14);
   ASSERT_TRUE(TED_IndexQueryLoc(field_, 4, &loc));
   _Point16Rec to = tktest::absOf(TED_Wgt(field_), loc.X, 14);
-  // The drag is a loop of its own: its moves are scripted by alarms.
-  struct Script {
-    owbtest::XTestDriver* driver;
-    _Point16Rec to;
-  } script{driver_.get(), to};
-  EVENT_StartCBackAlarmDS([](ClientPtr p) {
-    auto* s = static_cast<Script*>(p);
-    s->driver->moveTo(s->to.X, s->to.Y);
-  }, &script, 100);
-  EVENT_StartCBackAlarmDS([](ClientPtr p) { static_cast<Script*>(p)->driver->release(1); }, &script, 250);
-  driver_->moveTo(from.X, from.Y);
-  driver_->press(1);
-  ASSERT_TRUE(tktest::runUntil([&] { return TIMER_GetQueuedCount() == 0 && !EVENT_IsTracking(); }));
-  settle();
+  ASSERT_TRUE(drag(from, to, 100, 250));
   EXPECT_EQ(sel(field_), "cold");
 }
 
@@ -407,21 +393,7 @@ TEST_F(TEdInput, ALongTextScrollsByTheWheelTheBarAndTyping) {
   _Rect16Rec thumb = SB_QueryPartRect(vsb, SB_PARTTHUMB);
   _Point16Rec from = tktest::absOf(SB_Wgt(vsb), thumb.Origin.X + thumb.Extent.X / 2, thumb.Origin.Y + 3);
   _Point16Rec to = tktest::absOf(SB_Wgt(vsb), thumb.Origin.X + thumb.Extent.X / 2, SB_Wgt(vsb)->Box.Extent.Y + 40);
-  // The drag is a loop of its own: the move and the release are scripted
-  // by alarms, which run inside it.
-  struct Drag {
-    owbtest::XTestDriver* driver;
-    _Point16Rec to;
-  } drag{driver_.get(), to};
-  EVENT_StartCBackAlarmDS([](ClientPtr d) {
-    auto* g = static_cast<Drag*>(d);
-    g->driver->moveTo(g->to.X, g->to.Y);
-  }, &drag, 150);
-  EVENT_StartCBackAlarmDS([](ClientPtr d) { static_cast<Drag*>(d)->driver->release(1); }, &drag, 300);
-  driver_->moveTo(from.X, from.Y);
-  driver_->press(1);
-  ASSERT_TRUE(tktest::runUntil([&] { return TIMER_GetQueuedCount() == 0 && !EVENT_IsTracking(); }));
-  settle();
+  ASSERT_TRUE(drag(from, to));
   Int32 bottom = area->DocBox.H - area->ViewBox.Extent.Y;
   EXPECT_EQ(SAREA_GetScrollY(area), bottom);
   EXPECT_EQ(SB_GetThumbPos(vsb), bottom);

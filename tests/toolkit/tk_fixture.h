@@ -113,6 +113,37 @@ inline bool showAndWait(WinPtr win) {
   });
 }
 
+// Shows a window and waits until it is drawn and has the keyboard focus.
+inline bool showFocused(WinPtr win) {
+  return showAndWait(win) && runUntil([&] { return WIN_HasFocus(win); });
+}
+
+// Runs the loop until nothing has come for quietMs, or at most limitMs.
+inline void settle(int quietMs = 60, int limitMs = 3000) {
+  auto quietSince = std::chrono::steady_clock::now();
+  auto deadline = quietSince + std::chrono::milliseconds(limitMs);
+  while (std::chrono::steady_clock::now() < deadline) {
+    DSPLY_Sync();
+    bool pending = EVENT_IsPending();
+    EVENT_ProcessPending();
+    if (pending) {
+      quietSince = std::chrono::steady_clock::now();
+    } else {
+      if (std::chrono::steady_clock::now() - quietSince > std::chrono::milliseconds(quietMs)) return;
+      DSPLY_WaitForInput(5);
+    }
+  }
+}
+
+// A real click at a point of a widget, then the loop until quiet.
+inline void clickAt(owbtest::XTestDriver* driver, WgtPtr w, int x, int y) {
+  _Point16Rec p{static_cast<int16_t>(x), static_cast<int16_t>(y)};
+  WGT_ConvertWgtToAbs(w, &p);
+  driver->click(p.X, p.Y);
+  DSPLY_Sync();
+  settle();
+}
+
 // The screen location of a point of a widget.
 inline _Point16Rec absOf(WgtPtr w, int x, int y) {
   _Point16Rec p{static_cast<int16_t>(x), static_cast<int16_t>(y)};
@@ -157,37 +188,30 @@ class ToolkitTest : public ::testing::Test {
   }
   // Clicks a widget at a point of its own and runs the loop until the
   // release has been processed.
-  void clickOn(WgtPtr w, int x, int y) {
-    _Point16Rec p = absOf(w, x, y);
-    driver_->click(p.X, p.Y);
-    DSPLY_Sync();
+  void clickOn(WgtPtr w, int x, int y) { clickAt(driver_.get(), w, x, y); }
+  // Presses button 1 at from, moves to to and releases there.  A drag is a
+  // loop of its own: the move and the release are scripted by alarms, which
+  // run inside it.  False when the drag did not end.
+  bool drag(_Point16Rec from, _Point16Rec to, int moveAtMs = 150, int releaseAtMs = 300) {
+    dragTo_ = to;
+    EVENT_StartCBackAlarmDS([](ClientPtr d) {
+      auto* t = static_cast<ToolkitTest*>(d);
+      t->driver_->moveTo(t->dragTo_.X, t->dragTo_.Y);
+    }, this, moveAtMs);
+    EVENT_StartCBackAlarmDS([](ClientPtr d) { static_cast<ToolkitTest*>(d)->driver_->release(1); }, this,
+                            releaseAtMs);
+    driver_->moveTo(from.X, from.Y);
+    driver_->press(1);
+    bool ended = runUntil([&] { return TIMER_GetQueuedCount() == 0 && !EVENT_IsTracking(); });
     settle();
+    return ended;
   }
   // Runs the loop until nothing is waiting for a moment.
-  void settle(int quietMs = 60) {
-    auto quietSince = std::chrono::steady_clock::now();
-    auto deadline = quietSince + std::chrono::seconds(3);
-    while (std::chrono::steady_clock::now() < deadline) {
-      DSPLY_Sync();
-      if (EVENT_IsPending()) {
-        EVENT_ProcessPending();
-        quietSince = std::chrono::steady_clock::now();
-      } else {
-        EVENT_ProcessPending();
-        if (std::chrono::steady_clock::now() - quietSince > std::chrono::milliseconds(quietMs)) return;
-        DSPLY_WaitForInput(5);
-      }
-    }
-  }
+  static void settle(int quietMs = 60) { tktest::settle(quietMs); }
   std::unique_ptr<owbtest::XTestDriver> driver_;
   std::vector<WinPtr> wins_;
+  _Point16Rec dragTo_{0, 0};
 };
-
-}  // namespace tktest
-
-#endif  // OWB_TESTS_TOOLKIT_TK_FIXTURE_H
-
-namespace tktest {
 
 // Loads the resource library of the test window once (from the build's
 // installation tree); false when it is not there.
@@ -202,3 +226,5 @@ inline bool loadTestLibrary() {
 }
 
 }  // namespace tktest
+
+#endif  // OWB_TESTS_TOOLKIT_TK_FIXTURE_H

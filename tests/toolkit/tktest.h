@@ -9,9 +9,9 @@
 #include <string>
 #include <vector>
 
-#include <sys/wait.h>
 #include <unistd.h>
 
+#include "tests/testsupport.h"
 #include "toolkit/app.h"
 #include "toolkit/err.h"
 #include "toolkit/rlib.h"
@@ -58,35 +58,13 @@ inline std::string failureOf(const std::function<void()>& body) {
   return ok ? std::string() : (text.empty() ? "failed" : text);
 }
 
-// The build tree: from the environment, or two levels above this test
-// program (<build>/tests/toolkit_tests).
-inline std::string buildDir() {
-  if (const char* dir = std::getenv("OWB_BUILD_DIR")) return dir;
-  char self[4096];
-  ssize_t n = readlink("/proc/self/exe", self, sizeof self - 1);
-  std::string path(self, n > 0 ? static_cast<size_t>(n) : 0);
-  for (int up = 0; up < 2 && path.rfind('/') != std::string::npos; ++up) path.erase(path.rfind('/'));
-  return path.empty() ? "build" : path;
-}
-
-inline std::string resourceDir() {
-  const char* tree = std::getenv("OWB_INSTALL_TREE");
-  return (tree ? std::string(tree) : buildDir() + "/owb") + "/bin/resource";
-}
+// The directory of the installed resource libraries.
+inline std::string resourceDir() { return owbtest::installTree() + "/bin/resource"; }
 
 // Runs the resource compiler with `args`; gives its exit status and
 // fills `output` with what it wrote (both streams).
 inline int runRescomp(const std::string& args, std::string* output) {
-  std::string command = buildDir() + "/tools/rescomp/rescomp " + args + " 2>&1";
-  FILE* pipe = popen(command.c_str(), "r");
-  if (!pipe) return -1;
-  std::string text;
-  char buffer[4096];
-  size_t n;
-  while ((n = fread(buffer, 1, sizeof buffer, pipe)) > 0) text.append(buffer, n);
-  int status = pclose(pipe);
-  if (output) *output = text;
-  return WIFEXITED(status) ? WEXITSTATUS(status) : -1;
+  return owbtest::runShell(owbtest::buildDir() + "/tools/rescomp/rescomp " + args + " 2>&1", output);
 }
 
 // Captures what the error module prints while the scope lives.

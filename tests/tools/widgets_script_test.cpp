@@ -14,6 +14,7 @@
 #include <string>
 #include <thread>
 
+#include "fleet/ops_support.h"
 #include "tests/testsupport.h"
 #include "tests/xvfb_support.h"
 
@@ -21,26 +22,10 @@ namespace {
 
 // Runs a shell command; its exit status and standard output.
 int run(const std::string& command, std::string* output) {
-  FILE* pipe = popen((command + " 2>/dev/null").c_str(), "r");
-  if (!pipe) return -1;
-  std::string text;
-  char buffer[4096];
-  size_t n;
-  while ((n = fread(buffer, 1, sizeof buffer, pipe)) > 0) text.append(buffer, n);
-  int status = pclose(pipe);
-  if (output) *output = text;
-  return WIFEXITED(status) ? WEXITSTATUS(status) : -1;
+  return owbtest::runShell(command + " 2>/dev/null", output);
 }
 
-template <class Done>
-bool waitFor(Done done, int timeoutMs = 10000) {
-  auto deadline = std::chrono::steady_clock::now() + std::chrono::milliseconds(timeoutMs);
-  while (!done()) {
-    if (std::chrono::steady_clock::now() > deadline) return false;
-    std::this_thread::sleep_for(std::chrono::milliseconds(50));
-  }
-  return true;
-}
+using opstest::eventually;
 
 TEST(WidgetsScript, ListsTheTestWindowAndClicksItsWidgetsByTextAndPath) {
   if (access("/usr/bin/xdotool", X_OK) != 0 || access("/usr/bin/xprop", X_OK) != 0)
@@ -64,7 +49,7 @@ TEST(WidgetsScript, ListsTheTestWindowAndClicksItsWidgetsByTextAndPath) {
 
   std::string script = owbtest::sourceDir() + "/scripts/owb-widgets.sh";
   std::string list;
-  ASSERT_TRUE(waitFor([&] { return run(script + " 'Widget test'", &list) == 0; })) << list;
+  ASSERT_TRUE(eventually([&] { return run(script + " 'Widget test'", &list) == 0; })) << list;
   // The boxes follow the test window's layout; the script's lines keep
   // their fields whatever the layout.
   EXPECT_TRUE(std::regex_search(list, std::regex("(^|\n)-\tWin\t0\t0\t420\t[0-9]+\t[A-Z]+\tWidget test\n"))) << list;
@@ -75,20 +60,20 @@ TEST(WidgetsScript, ListsTheTestWindowAndClicksItsWidgetsByTextAndPath) {
   EXPECT_NE(run(script + " 'Widget test' TBut Nothing", nullptr), 0);
 
   ASSERT_EQ(run(script + " 'Widget test' TBut Warm", nullptr), 0);
-  EXPECT_TRUE(waitFor([&] { return owbtest::readWholeFile(out).find("Warm\n") != std::string::npos; }));
-  EXPECT_TRUE(waitFor([&] {
+  EXPECT_TRUE(eventually([&] { return owbtest::readWholeFile(out).find("Warm\n") != std::string::npos; }));
+  EXPECT_TRUE(eventually([&] {
     return run(script + " 'Widget test'", &list) == 0 && list.find("\tVES\tWarm\n") != std::string::npos;
   })) << list;
 
   // A menu: the bar item opens it, and its window, named after the item,
   // is read and clicked in the same way.
   ASSERT_EQ(run(script + " 'Widget test' MItem Edit", nullptr), 0);
-  ASSERT_TRUE(waitFor([&] { return run(script + " 'Edit menu' MItem 'Wrap Lines'", nullptr) == 0; }));
-  EXPECT_TRUE(waitFor([&] { return owbtest::readWholeFile(out).find("Wrap Lines on\n") != std::string::npos; }));
+  ASSERT_TRUE(eventually([&] { return run(script + " 'Edit menu' MItem 'Wrap Lines'", nullptr) == 0; }));
+  EXPECT_TRUE(eventually([&] { return owbtest::readWholeFile(out).find("Wrap Lines on\n") != std::string::npos; }));
 
   // OK by its path ends the program.
   ASSERT_EQ(run(script + " 'Widget test' --path 4", nullptr), 0);
-  EXPECT_TRUE(waitFor([&] { return waitpid(demo, nullptr, WNOHANG) == demo; }));
+  EXPECT_TRUE(eventually([&] { return waitpid(demo, nullptr, WNOHANG) == demo; }));
   reap.pid = 0;
   EXPECT_NE(owbtest::readWholeFile(out).find("OK\n"), std::string::npos);
 }

@@ -127,24 +127,29 @@ class HelpTest : public ToolkitTest {
     gHelpManager->showMenuHelp = FALSE;
     std::remove(gSuite->args.c_str());
   }
+  // Gives win a menu bar of one menu, title, holding one item; gives the
+  // bar (the window holds it).
+  static MBarPtr setMenuBar(WinPtr win, const char* title, const char* item) {
+    MBarPtr bar = MBAR_Create();
+    MBAR_AddItem(bar, title);
+    MenuPtr menu = MENU_Create();
+    MENU_AddItem(menu, item);
+    MBAR_CurSetSubMenu(bar, menu);
+    RES_Release(MENU_Res(menu));
+    WIN_SetMenuBar(win, bar);
+    RES_Release(MBAR_Res(bar));
+    return bar;
+  }
   WinPtr openWindow(bool withHelpMenu) {
     WinPtr win = keep(tktest::newWin(150, 150, 420, 200, "help"));
     WGT_Res(WIN_Wgt(win))->ClientData = &log_;
     WGT_Res(WIN_Wgt(win))->Notify = helpWinNfy;
     if (withHelpMenu) {
-      MBarPtr bar = MBAR_Create();
-      MBAR_AddItem(bar, "&File");
-      MenuPtr file = MENU_Create();
-      MENU_AddItem(file, "&Close");
-      MBAR_CurSetSubMenu(bar, file);
-      RES_Release(MENU_Res(file));
-      WIN_SetMenuBar(win, bar);
-      RES_Release(MBAR_Res(bar));
+      setMenuBar(win, "&File", "&Close");
       gHelpManager->addMenu(win);
     }
     WIN_Init(win);
-    EXPECT_TRUE(tktest::showAndWait(win));
-    EXPECT_TRUE(tktest::runUntil([&] { return WIN_HasFocus(win); }));
+    EXPECT_TRUE(tktest::showFocused(win));
     return win;
   }
   void key(KeySym sym, KeySym mod = NoSymbol) {
@@ -210,14 +215,9 @@ TEST_F(HelpTest, TheHelpMenuShowsDocumentsWindowHelpAndHelpOnMenuItems) {
 
 TEST_F(HelpTest, AWindowsOwnHelpMenuKeepsItsItemsAheadOfASeparator) {
   WinPtr win = keep(tktest::newWin(150, 150, 420, 200, "own help"));
-  MBarPtr bar = MBAR_Create();
-  MBAR_AddItem(bar, "&Help");
-  MenuPtr own = MENU_Create();
-  MENU_AddItem(own, "&About");
-  MBAR_CurSetSubMenu(bar, own);
-  RES_Release(MENU_Res(own));
-  WIN_SetMenuBar(win, bar);
-  RES_Release(MBAR_Res(bar));
+  MBarPtr bar = setMenuBar(win, "&Help", "&About");
+  MBAR_GoFirst(bar);
+  MenuPtr own = MBAR_CurGetSubMenu(bar);
   gHelpManager->addMenu(win);
   ASSERT_EQ(MBAR_GetNumItems(bar), 1);
   MBAR_GoFirst(bar);
@@ -233,8 +233,7 @@ TEST_F(HelpTest, AModalWindowGetsF1ThroughItsHiddenButton) {
   gHelpManager->addModalHelp(win, "AlertWindow", nullptr);
   ASSERT_EQ(PANEL_GetNumWgts(WIN_Panel(win)), 1);
   WIN_Init(win);
-  ASSERT_TRUE(tktest::showAndWait(win));
-  ASSERT_TRUE(tktest::runUntil([&] { return WIN_HasFocus(win); }));
+  ASSERT_TRUE(tktest::showFocused(win));
   key(XK_F1);
   std::vector<std::string> runs = viewerRuns(1);
   ASSERT_EQ(runs.size(), 1u);
