@@ -181,6 +181,37 @@ void WIN_SetProposedBox(WinPtr win, const _Rect16Rec& box) {
   if (win->State != WIN_STATEOPEN) WIN_SetBox(win, box);
 }
 
+namespace {
+
+// The children live in the window's box less its composite border: when the
+// border changes they keep their place against the border's inner edges,
+// and grow or shrink with the room inside it as their resize flags say, as
+// they do when the window itself is resized.
+void S_LayOutInsideBorder(WinPtr win, const _WinBorderRec& was, const _WinBorderRec& now) {
+  PanelPtr panel = WIN_Panel(win);
+  _Point16Rec ext = W(win)->Box.Extent;
+  auto inner = [&](const _WinBorderRec& b) {
+    return _Point16Rec{static_cast<Int16>(ext.X - b.Left - b.Right), static_cast<Int16>(ext.Y - b.Top - b.Bottom)};
+  };
+  _Point16Rec oldInner = inner(was), newInner = inner(now);
+  for (Int i = 0; i < PANEL_GetNumWgts(panel); i++) {
+    WgtPtr c = PANEL_GetNthWgt(panel, i);
+    if (!c) continue;
+    _Rect16Rec r = c->Box;
+    r.Origin.X = static_cast<Int16>(r.Origin.X - was.Left);
+    r.Origin.Y = static_cast<Int16>(r.Origin.Y - was.Top);
+    _Rect16Rec nb = WgtQueryNewBox(r, c->RzFlags, oldInner, newInner);
+    nb.Origin.X = static_cast<Int16>(nb.Origin.X + now.Left);
+    nb.Origin.Y = static_cast<Int16>(nb.Origin.Y + now.Top);
+    if (RECT16_Equal(nb, c->Box)) continue;
+    bool extChanged = nb.Extent.X != c->Box.Extent.X || nb.Extent.Y != c->Box.Extent.Y;
+    c->Box = nb;
+    if (extChanged) WGT_Send(c, WGT_NFYRESIZE);
+  }
+}
+
+}  // namespace
+
 void WIN_QueryCompoBorder(WinPtr win, _WinBorderRec* border) {
   if (!border) return;
   auto it = win ? sExtra.find(win) : sExtra.end();
@@ -195,6 +226,7 @@ void WIN_SetCompoBorder(WinPtr win, const _WinBorderRec& border) {
     return;
   _WinBorderRec sent = border;
   sExtra[win].CompoBorder = border;
+  S_LayOutInsideBorder(win, now, border);
   WGT_Send(W(win), WIN_NFYRESIZECOMPOBORDER, &sent);
   WGT_VisRgnInvalBelow(W(win));
   WGT_Inval(W(win), nullptr);

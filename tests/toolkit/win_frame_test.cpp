@@ -162,13 +162,26 @@ TEST_F(ToolkitTest, WindowBorderPartsProposedBoxAndOpenCloseRequests) {
   Int16 badPath[] = {0, 0, 0};
   EXPECT_EQ(WIN_GetWgtByIndexes(win, badPath, 3), nullptr);
 
-  // The composite border: one notification per change.
+  // The composite border: one notification per change, and the children
+  // laid out again inside it.
+  _Rect16Rec before = PANEL_Wgt(inner)->Box;
   WIN_SetCompoBorder(win, _WinBorderRec{10, 6, 10, 6});
   WIN_SetCompoBorder(win, _WinBorderRec{10, 6, 10, 6});
   EXPECT_EQ(log.count(WIN_NFYRESIZECOMPOBORDER), 1);
   _WinBorderRec border;
   WIN_QueryCompoBorder(win, &border);
   EXPECT_EQ(border.Left + border.Top + border.Right + border.Bottom, 32);
+  _Rect16Rec after = PANEL_Wgt(inner)->Box;
+  _Point16Rec ext = WIN_Wgt(win)->Box.Extent;
+  EXPECT_FALSE(RECT16_Equal(before, after));
+  EXPECT_GE(after.Origin.X, 10);
+  EXPECT_GE(after.Origin.Y, 6);
+  EXPECT_LE(after.Origin.X + after.Extent.X, ext.X - 10);
+  EXPECT_LE(after.Origin.Y + after.Extent.Y, ext.Y - 6);
+  WIN_SetCompoBorder(win, _WinBorderRec{0, 0, 0, 0});
+  EXPECT_NEAR(PANEL_Wgt(inner)->Box.Origin.X, before.Origin.X, 1);
+  EXPECT_NEAR(PANEL_Wgt(inner)->Box.Extent.X, before.Extent.X, 1);
+  WIN_SetCompoBorder(win, _WinBorderRec{10, 6, 10, 6});
   EXPECT_EQ(WIN_GetHitDecorationElt(win, _Point16Rec{150, 100}), WIN_ELTCLIENT);
   EXPECT_EQ(WIN_GetHitDecorationElt(win, _Point16Rec{3, 100}), WIN_ELTCOMPOBORDER);
   EXPECT_EQ(WIN_GetHitDecorationElt(win, _Point16Rec{150, 190}), WIN_ELTSTATUSLINE);
