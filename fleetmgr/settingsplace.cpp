@@ -31,9 +31,6 @@ namespace {
 #define LIST_LABEL {2, 3}
 #define SETTINGS_CONFIG_FILE {0, 3, 7, 2}
 
-// True while the list selects on the code's own behalf (see engListNfy).
-bool sSelecting = false;
-
 // The tab that is on, 0 to 4; -1 for none.
 int S_folderOn(ResPtr win) {
   ResPtr tabs = childAt(win, FOLDER_TABS);
@@ -128,29 +125,9 @@ void S_drawConfigCell(ResPtr res, ClientPtr data) {
 }
 
 long configListBoxNfy(ResPtr res, Int message, ClientPtr data) {
-  LBoxPtr list = LBOX_FromWgt(WGT_FromRes(res));
-  switch (message) {
-    case LBOX_NFYCELLDRAW:
-      S_drawConfigCell(res, data);
-      return 0;
-    case LBOX_NFYCELLHIGHLIGHTSEL:
-    case LBOX_NFYCELLUNHIGHLIGHTSEL:
-      S_drawConfigCell(res, data);
-      if (sSelecting) return 0;
-      break;  // taken as a click on the cell
-    case LBOX_NFYCELLHIGHLIGHTFOCUS:
-    case LBOX_NFYCELLUNHIGHLIGHTFOCUS:
-      return 0;
-    case LBOX_NFYCELLCLICKED:
-      break;
-    default:
-      return LBOX_DefNfy(res, message, data);
-  }
-  sSelecting = true;
-  LBOX_AllUnselect(list);
-  LBOX_CurSelectRow(list);
-  sSelecting = false;
-  return 0;
+  long answer = 0;
+  settingsListClicked(res, message, data, S_drawConfigCell, true, &answer);
+  return answer;
 }
 
 // Puts a new script at the top of the list and selects it.
@@ -160,10 +137,7 @@ void S_insertScriptRow(ResPtr win, StringItem* item) {
   LBOX_GoColRow(list, 1, 1);
   LBOX_InsertRow(list);
   LBOX_CurSetClientData(list, item->string);
-  sSelecting = true;
-  LBOX_AllUnselect(list);
-  LBOX_CurSelectRow(list);
-  sSelecting = false;
+  selectListCellQuietly(list, true);
 }
 
 long addConfigBtnNfy(ResPtr res, Int message, ClientPtr data) {
@@ -255,10 +229,7 @@ void showAddedEntry(WinPtr dialog, int folder, StringTupleItem* item) {
     if (column > 1) LBOX_GoRight(list);
     LBOX_CurSetClientData(list, item->strings[column - 1]);
   }
-  sSelecting = true;
-  LBOX_AllUnselect(list);
-  LBOX_CurSelectRow(list);
-  sSelecting = false;
+  selectListCellQuietly(list, true);
 }
 
 WinPtr createNewEnginePlaceConfigDialog() {

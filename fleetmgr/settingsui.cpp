@@ -39,6 +39,43 @@ void drawListCell(ResPtr list, ClientPtr data, const char* text) {
 }
 
 namespace {
+bool sSelecting = false;  // a selection of ours is under way
+}  // namespace
+
+void selectListCellQuietly(LBoxPtr list, bool wholeRow) {
+  sSelecting = true;
+  LBOX_AllUnselect(list);
+  if (wholeRow) LBOX_CurSelectRow(list);
+  else LBOX_CurSelect(list);
+  sSelecting = false;
+}
+
+bool settingsListClicked(ResPtr res, Int message, ClientPtr data, void (*drawCell)(ResPtr, ClientPtr), bool wholeRow,
+                         long* answer) {
+  *answer = 0;
+  switch (message) {
+    case LBOX_NFYCELLDRAW:
+      drawCell(res, data);
+      return false;
+    case LBOX_NFYCELLHIGHLIGHTSEL:
+    case LBOX_NFYCELLUNHIGHLIGHTSEL:
+      drawCell(res, data);
+      if (sSelecting) return false;
+      break;  // taken as a click on the cell
+    case LBOX_NFYCELLHIGHLIGHTFOCUS:
+    case LBOX_NFYCELLUNHIGHLIGHTFOCUS:
+      return false;
+    case LBOX_NFYCELLCLICKED:
+      break;
+    default:
+      *answer = LBOX_DefNfy(res, message, data);
+      return false;
+  }
+  selectListCellQuietly(LBOX_FromWgt(WGT_FromRes(res)), wholeRow);
+  return true;
+}
+
+namespace {
 
 // The tool's file picker.
 bool S_filePicker(int mode, char* filename, size_t size, const char* prompt, const char* pattern, bool mustExist,

@@ -43,6 +43,19 @@ long onHitNfy(ResPtr res, Int message, ClientPtr data) {
 // drawn by the list itself.  data is the drawing message's record.
 void drawListCell(ResPtr list, ClientPtr data, const char* text);
 
+// Selects the current cell alone (its whole row when wholeRow) without the
+// list's highlight messages being taken for a click on it.
+void selectListCellQuietly(LBoxPtr list, bool wholeRow);
+
+// What the settings lists share: every cell is drawn by drawCell (with the
+// drawing message's record), a cell whose selection highlight changes is
+// taken as a click on it (the list reports the highlight before the click;
+// intended), focus highlights draw nothing, and a click selects the cell
+// alone, or its row.  Returns true for a click, once the cell is selected;
+// otherwise false with the procedure's answer in *answer.
+bool settingsListClicked(ResPtr res, Int message, ClientPtr data, void (*drawCell)(ResPtr, ClientPtr), bool wholeRow,
+                         long* answer);
+
 // Asks the user for a file: mode 1 lists files; pattern as "*.cfg" or
 // "*.s;*.wcp".  Fills filename (size bytes) and returns true when one was
 // chosen.

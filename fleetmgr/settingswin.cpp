@@ -47,11 +47,6 @@ enum Tab { kEngPlaceTab = 0, kModulesTab = 1, kProjectsTab = 2, kNoTab = -1 };
 const char* const kFolderLabels[] = {"Engine place configuration file:", "Module configuration files:",
                                      "Project configuration files:"};
 
-// True while the engine list selects on the code's own behalf: the
-// highlight changes that this causes are drawn but not taken as clicks
-// again, which would select the cell being left.
-bool sSelecting = false;
-
 void S_setLabel(ResPtr root, std::initializer_list<Int> path, const char* text) {
   ResPtr res = childAt(root, path);
   if (res && RCLAS_IsSubClassOf(res->ResClass, TAREA_Class()))
@@ -121,35 +116,17 @@ long fleetSettingsNfy(ResPtr res, Int message, ClientPtr data) {
 
 // ---- Engines ----------------------------------------------------------------------
 
+static void S_drawEngineCell(ResPtr res, ClientPtr data) {
+  auto* engine = static_cast<EngineObject*>(LBOX_CurGetClientData(LBOX_FromWgt(WGT_FromRes(res))));
+  drawListCell(res, data, engine ? engine->label() : nullptr);
+}
+
 long engListNfy(ResPtr res, Int message, ClientPtr data) {
+  long answer = 0;
+  if (!settingsListClicked(res, message, data, S_drawEngineCell, false, &answer)) return answer;
   LBoxPtr list = LBOX_FromWgt(WGT_FromRes(res));
-  switch (message) {
-    case LBOX_NFYCELLDRAW: {
-      auto* engine = static_cast<EngineObject*>(LBOX_CurGetClientData(list));
-      drawListCell(res, data, engine ? engine->label() : nullptr);
-      return 0;
-    }
-    case LBOX_NFYCELLHIGHLIGHTSEL:
-    case LBOX_NFYCELLUNHIGHLIGHTSEL: {
-      auto* engine = static_cast<EngineObject*>(LBOX_CurGetClientData(list));
-      drawListCell(res, data, engine ? engine->label() : nullptr);
-      if (sSelecting) return 0;
-      break;  // a cell that changes highlight is taken as a click on it
-    }
-    case LBOX_NFYCELLHIGHLIGHTFOCUS:
-    case LBOX_NFYCELLUNHIGHLIGHTFOCUS:
-      return 0;
-    case LBOX_NFYCELLCLICKED:
-      break;
-    default:
-      return LBOX_DefNfy(res, message, data);
-  }
   // The click: the cell's engine becomes the current one.
   auto* engine = static_cast<EngineObject*>(LBOX_CurGetClientData(list));
-  sSelecting = true;
-  LBOX_AllUnselect(list);
-  LBOX_CurSelect(list);
-  sSelecting = false;
   FleetObject* fleet = fleetOfWindow(res);
   if (fleet && engine) {
     fleet->currentEng = engine;
@@ -175,10 +152,7 @@ void addEngineButton(ResPtr res) {
     LBOX_GoColRow(list, 1, 1);
     LBOX_InsertRow(list);
     LBOX_CurSetClientData(list, engine);
-    sSelecting = true;
-    LBOX_AllUnselect(list);
-    LBOX_CurSelect(list);
-    sSelecting = false;
+    selectListCellQuietly(list, false);
   }
   engine->drawSettings(WIN_FromRes(win));
 }
@@ -279,30 +253,14 @@ void lboxPanelRemoveButton(ResPtr res) {
   delete removed;
 }
 
+static void S_drawDetailCell(ResPtr res, ClientPtr data) {
+  drawListCell(res, data, static_cast<const char*>(LBOX_CurGetClientData(LBOX_FromWgt(WGT_FromRes(res)))));
+}
+
 long detailLBoxNfy(ResPtr res, Int message, ClientPtr data) {
-  LBoxPtr list = LBOX_FromWgt(WGT_FromRes(res));
-  switch (message) {
-    case LBOX_NFYCELLDRAW:
-      drawListCell(res, data, static_cast<const char*>(LBOX_CurGetClientData(list)));
-      return 0;
-    case LBOX_NFYCELLHIGHLIGHTSEL:
-    case LBOX_NFYCELLUNHIGHLIGHTSEL:
-      drawListCell(res, data, static_cast<const char*>(LBOX_CurGetClientData(list)));
-      if (sSelecting) return 0;
-      break;
-    case LBOX_NFYCELLHIGHLIGHTFOCUS:
-    case LBOX_NFYCELLUNHIGHLIGHTFOCUS:
-      return 0;
-    case LBOX_NFYCELLCLICKED:
-      break;
-    default:
-      return LBOX_DefNfy(res, message, data);
-  }
-  sSelecting = true;
-  LBOX_AllUnselect(list);
-  LBOX_CurSelect(list);
-  sSelecting = false;
-  return 0;
+  long answer = 0;
+  settingsListClicked(res, message, data, S_drawDetailCell, false, &answer);
+  return answer;
 }
 
 void filePickerButton(ResPtr res) {
