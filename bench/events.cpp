@@ -20,6 +20,7 @@
 #include <vector>
 
 #include "bench/bench_timing.h"
+#include "bench/bench_display.h"
 #include "tests/testsupport.h"
 #include "tests/xvfb_support.h"
 #include "toolkit/app.h"
@@ -36,19 +37,7 @@ namespace {
 using benchtiming::median;
 using benchtiming::nowUs;
 
-bool startToolkit() {
-  static bool started = false;
-  if (started) return true;
-  if (!owbtest::sharedXvfb().ok()) return false;
-  std::string dir = owbtest::installTree() + "/bin/resource";
-  setenv("ND_PATH", dir.c_str(), 1);
-  TKIT_LibInstall();
-  if (!DSPLY_Init(owbtest::sharedXvfb().display().c_str())) return false;
-  EVENT_Init();
-  RLIB_LoadLibFile("wgtdemo", "wgtdemo.dat");
-  started = true;
-  return true;
-}
+bool startToolkit() { return benchdisplay::startToolkit("wgtdemo"); }
 
 double cpuSeconds() {
   rusage ru;

@@ -11,6 +11,7 @@
 #include <vector>
 
 #include "bench/bench_timing.h"
+#include "bench/bench_display.h"
 #include "tests/xvfb_support.h"
 #include "toolkit/app.h"
 #include "toolkit/dsply.h"
@@ -24,16 +25,7 @@ namespace {
 using benchtiming::median;
 using benchtiming::nowUs;
 
-bool startToolkit() {
-  static bool started = false;
-  if (started) return true;
-  if (!owbtest::sharedXvfb().ok()) return false;
-  TKIT_LibInstall();
-  if (!DSPLY_Init(owbtest::sharedXvfb().display().c_str())) return false;
-  EVENT_Init();
-  started = true;
-  return true;
-}
+using benchdisplay::startToolkit;
 
 
 bool viewable(Display* dpy, NatWinId win) {

@@ -25,6 +25,7 @@
 
 #include "symbols/ui/srcwindow.h"
 #include "bench/bench_timing.h"
+#include "bench/bench_display.h"
 #include "tests/testsupport.h"
 #include "tests/xvfb_support.h"
 #include "toolkit/app.h"
@@ -38,16 +39,7 @@ using benchtiming::nowUs;
 
 constexpr long kBigFileBytes = 100L * 1024 * 1024;
 
-bool startToolkit() {
-  static bool started = false;
-  if (started) return true;
-  if (!owbtest::sharedXvfb().ok()) return false;
-  TKIT_LibInstall();
-  if (!DSPLY_Init(owbtest::sharedXvfb().display().c_str())) return false;
-  EVENT_Init();
-  started = true;
-  return true;
-}
+using benchdisplay::startToolkit;
 
 
 double threadCpuSeconds() {

@@ -13,6 +13,7 @@
 #include <vector>
 
 #include "bench/bench_timing.h"
+#include "bench/bench_display.h"
 #include "tests/xvfb_support.h"
 #include "toolkit/app.h"
 #include "toolkit/dsply.h"
@@ -23,15 +24,7 @@
 
 namespace {
 
-bool started() {
-  static bool ok = [] {
-    TKIT_LibInstall();
-    if (!owbtest::sharedXvfb().ok() || !DSPLY_Init(owbtest::sharedXvfb().display().c_str())) return false;
-    EVENT_Init();
-    return true;
-  }();
-  return ok;
-}
+bool started() { return benchdisplay::startToolkit(); }
 
 // One character at a time at the caret; the gap makes each amortised
 // constant.  Reported as time per character.
