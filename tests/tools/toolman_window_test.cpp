@@ -13,6 +13,7 @@
 #include <unistd.h>
 
 #include <chrono>
+#include <cstdlib>
 #include <map>
 #include <sstream>
 #include <string>
@@ -156,11 +157,16 @@ class ToolmanWindowTest : public ::testing::Test {
     return pid;
   }
 
-  Window openToolman(int port) {
-    start({toolmanPath(), "--window", "--port", std::to_string(port), "--project", project}, "toolman.out");
+  // The port the Tool Manager listens on: the one asked for, or one of
+  // those above it when another process holds it.
+  int toolmanPort = 0;
+
+  Window openToolman(int wantedPort) {
+    start({toolmanPath(), "--window", "--port", std::to_string(wantedPort), "--project", project}, "toolman.out");
     Window win = 0;
     waitFor([&] { return (win = findWindow(dpy, "Tool Manager")) != 0 && !describe(dpy, win).empty(); });
-    return win;
+    toolmanPort = std::atoi(readWholeFile(home.path() + "/.owb/owbport").c_str());
+    return toolmanPort > 0 ? win : 0;
   }
 
   // Sends the toolman's window a click at a point of its client area.
@@ -312,7 +318,7 @@ TEST_F(ToolmanWindowTest, ASilentToolAndOddNamesLeaveTheWindowUsable) {
   int silentPort = 0;
   int silent = silentListener(&silentPort);
   ASSERT_GE(silent, 0);
-  registerTool(port, silentPort, "Hanger");
+  registerTool(toolmanPort, silentPort, "Hanger");
   // While the question waits for its answer, a click still selects.
   const WidgetLine* first = nullptr;
   for (const WidgetLine& line : lines)
