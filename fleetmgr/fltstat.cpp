@@ -288,7 +288,8 @@ void drawCellString(LBoxPtr lbox, const char* dataStr) {
       // A cell shows one line: a date from ctime keeps its line end.
       int len = static_cast<int>(std::strcspn(dataStr, "\n"));
       int y = text.Origin.Y + (text.Extent.Y - FONT_GetHeight(font)) / 2 + FONT_GetAscent(font);
-      DRAW_Text(draw, font, gBlackColor ? gBlackColor : COLOR_Text(), text.Origin.X, y, dataStr, len);
+      DRAW_TextCut(draw, font, gBlackColor ? gBlackColor : COLOR_Text(), text.Origin.X, y, text.Extent.X, dataStr,
+                   len);
     }
   }
   WGT_EndDraw(draw);

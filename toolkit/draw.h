@@ -43,6 +43,10 @@ void DRAW_FrameEllipse(DrawPtr draw, const _Rect16Rec& rect, ColorPtr color, Pen
 void DRAW_Image(DrawPtr draw, int x, int y, int w, int h, const uint32_t* argb);
 // Text of len bytes (UTF-8; -1 for up to the NUL) with its base line at y.
 void DRAW_Text(DrawPtr draw, FontPtr font, ColorPtr color, int x, int y, const char* text, int len);
+// The same text cut to fit width pixels from x: when it is wider, as
+// many whole characters as fit with a trailing "…" are drawn.  The tap
+// below sees the whole text.
+void DRAW_TextCut(DrawPtr draw, FontPtr font, ColorPtr color, int x, int y, int width, const char* text, int len);
 // A procedure that sees every text given to DRAW_Text, drawn or clipped
 // away (the automation surface records what a list cell showed); null
 // stops it.  One tap at a time.

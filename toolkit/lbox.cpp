@@ -1279,12 +1279,13 @@ void LBOX_DrawCellText(LBoxPtr box, const char* text, FontPtr font, ColorPtr col
   _Point16Rec ext = DRAW_QueryTextExt(font, text, -1);
   int x = box16.Origin.X;
   Int justif = def ? def->justif : LBOX_JUSTLEFT;
-  if (justif == LBOX_JUSTCENTER) x += (box16.Extent.X - ext.X) / 2;
-  else if (justif == LBOX_JUSTRIGHT) x += box16.Extent.X - ext.X;
+  // A text wider than its cell starts at the cell's left and is cut.
+  if (ext.X < box16.Extent.X && justif == LBOX_JUSTCENTER) x += (box16.Extent.X - ext.X) / 2;
+  else if (ext.X < box16.Extent.X && justif == LBOX_JUSTRIGHT) x += box16.Extent.X - ext.X;
   int y = box16.Origin.Y + (box16.Extent.Y - FONT_GetHeight(font)) / 2 + FONT_GetAscent(font);
   DrawPtr d = WGT_BeginDraw(W(box));
   DRAW_ClipRect(d, intersectRect(box16, rec->Clip));
-  DRAW_Text(d, font, color ? color : COLOR_Text(), x, y, text, -1);
+  DRAW_TextCut(d, font, color ? color : COLOR_Text(), x, y, box16.Extent.X - (x - box16.Origin.X), text, -1);
   WGT_EndDraw(d);
 }
 

@@ -3,9 +3,11 @@
 
 #include "toolkit/draw.h"
 
+#include <algorithm>
 #include <cmath>
 #include <cstring>
 #include <map>
+#include <string>
 #include <vector>
 
 
@@ -251,8 +253,9 @@ void DRAW_Image(DrawPtr draw, int x, int y, int w, int h, const uint32_t* argb) 
   XFreePixmap(x11.dpy, pixmap);
 }
 
-void DRAW_Text(DrawPtr draw, FontPtr font, ColorPtr color, int x, int y, const char* text, int len) {
-  if (gTextTap && text) gTextTap(text, len, gTextTapData);
+namespace {
+
+void drawUntapped(DrawPtr draw, FontPtr font, ColorPtr color, int x, int y, const char* text, int len) {
   if (!usable(draw) || !text || !color || color->Kind != COLOR_KINDRGB) return;
   if (len < 0) len = static_cast<int>(std::strlen(text));
   if (len == 0) return;
@@ -263,6 +266,48 @@ void DRAW_Text(DrawPtr draw, FontPtr font, ColorPtr color, int x, int y, const c
   applyXftClip(draw, xd);
   XftDrawStringUtf8(xd, xc, face, draw->origin.X + x, draw->origin.Y + y, reinterpret_cast<const FcChar8*>(text),
                     len);
+}
+
+}  // namespace
+
+void DRAW_Text(DrawPtr draw, FontPtr font, ColorPtr color, int x, int y, const char* text, int len) {
+  if (gTextTap && text) gTextTap(text, len, gTextTapData);
+  drawUntapped(draw, font, color, x, y, text, len);
+}
+
+void DRAW_TextCut(DrawPtr draw, FontPtr font, ColorPtr color, int x, int y, int width, const char* text, int len) {
+  if (!text) return;
+  if (len < 0) len = static_cast<int>(std::strlen(text));
+  if (gTextTap) gTextTap(text, len, gTextTapData);
+  // Widths are measured in 16 bits: a text of more bytes than the width
+  // has pixels, four times over, is taken not to fit without measuring.
+  const size_t measurable = static_cast<size_t>(width > 0 ? width : 0) * 4 + 4;
+  if (static_cast<size_t>(len) <= measurable && DRAW_QueryTextExt(font, text, len).X <= width) {
+    drawUntapped(draw, font, color, x, y, text, len);
+    return;
+  }
+  static const char kEllipsis[] = "\xE2\x80\xA6";
+  const int room = width - DRAW_QueryTextExt(font, kEllipsis, -1).X;
+  // The longest prefix of whole characters that leaves room for the mark:
+  // the widths of the prefixes grow with their length.
+  const size_t total = std::min(static_cast<size_t>(len), measurable);
+  auto wholeCharacters = [&](size_t bytes) {  // back to the start of a character
+    while (bytes > 0 && bytes < static_cast<size_t>(len) && (static_cast<unsigned char>(text[bytes]) & 0xC0) == 0x80) --bytes;
+    return bytes;
+  };
+  auto prefixWidth = [&](size_t bytes) {
+    return DRAW_QueryTextExt(font, text, static_cast<int>(wholeCharacters(bytes))).X;
+  };
+  size_t low = 0, high = total;
+  while (low < high) {
+    size_t mid = low + (high - low + 1) / 2;
+    if (prefixWidth(mid) <= room) low = mid;
+    else high = mid - 1;
+  }
+  size_t fits = wholeCharacters(low);
+  std::string shown(text, fits);
+  shown += kEllipsis;
+  drawUntapped(draw, font, color, x, y, shown.c_str(), static_cast<int>(shown.size()));
 }
 
 _Point16Rec DRAW_QueryTextExt(FontPtr font, const char* text, int len) {
