@@ -124,9 +124,27 @@ void S_WinInit(WinPtr win) {
   WGT_Send(w, WGT_NFYWGTSINITIALIZED);
 }
 
+// A window larger than the work area (a layout made for 96 dots per inch
+// shown at 200% on a small screen) is shrunk to it, its children laid out
+// again by their resize flags, and one that lies partly off it is moved in.
+void S_FitIntoWorkArea(WinPtr win) {
+  if (win->OptFlags & WIN_OPTPOPUP) return;
+  const _Rect16Rec area = DSPLY_GetWorkArea();
+  if (RECT16_IsEmpty(area)) return;
+  _Rect16Rec box = W(win)->Box;
+  auto fit = [](int16_t& at, int16_t& size, int16_t areaAt, int16_t areaSize) {
+    if (size > areaSize) size = areaSize;
+    at = static_cast<int16_t>(std::max<int>(areaAt, std::min<int>(at, areaAt + areaSize - size)));
+  };
+  fit(box.Origin.X, box.Extent.X, area.Origin.X, area.Extent.X);
+  fit(box.Origin.Y, box.Extent.Y, area.Origin.Y, area.Extent.Y);
+  if (!RECT16_Equal(box, W(win)->Box)) WIN_SetBox(win, box);
+}
+
 void S_Show(WinPtr win) {
   ensureNative(win);
   if (!win->NatWin) return;
+  if (win->State == WIN_STATEINIT || win->State == WIN_STATECLOSED) S_FitIntoWorkArea(win);
   BoolEnum activate = win->Mode != WIN_MODENOACTIVATE && !(win->OptFlags & WIN_OPTNOACTIVATE);
   switch (win->State) {
     case WIN_STATEINIT:
