@@ -1,17 +1,8 @@
 // The transport between real processes on loopback: request and reply,
 // the tickle, bind retries, and senders that break the rules.
-#include <arpa/inet.h>
-#include <netinet/in.h>
-#include <sys/socket.h>
-
-#include <gtest/gtest.h>
-
 #include <cstring>
 #include <memory>
-#include <string>
-#include <vector>
 
-#include "bigendian.h"
 #include "messages_support.h"
 
 namespace {
@@ -248,60 +239,16 @@ TEST_F(TransportTest, BrokenSendersAreDroppedWithALogLine) {
   EXPECT_EQ(std::string(whole->getParam(0), 3), "abc");
 }
 
-TEST_F(TransportTest, MessageBytesOnTheWire) {
-  int first = 0;
-  std::vector<int> listener = occupyConsecutivePorts(1, &first);
-  ASSERT_EQ(listener.size(), 1u);
-  MessageCenter tool;
-  ToolInfo destination{};
-  destination.listenerPort = first;
-
-  auto sendAndCapture = [&](Message* message) {
-    tool.transport->sendMessage(message);
-    delete message;
-    int connection = accept(listener[0], nullptr, nullptr);
-    std::string bytes;
-    char buffer[1024];
-    ssize_t got;
-    while ((got = recv(connection, buffer, sizeof buffer, 0)) > 0) bytes.append(buffer, got);
-    close(connection);
-    return bytes;
-  };
-
-  std::string empty = sendAndCapture(new Message(OWB_TYPE("QUIT"), &destination));
-  ASSERT_EQ(empty.size(), 444u);
-  EXPECT_EQ(empty.substr(0, 6), std::string("QUIT\0\0", 6));
-
-  Message* withParams = new Message(OWB_TYPE("ADDE"), &destination);
-  withParams->addStringParam(kParamStr255, "ab");
-  withParams->addLongParam(7001);
-  std::string full = sendAndCapture(withParams);
-  ASSERT_EQ(full.size(), 444u + 3 + 4);
-  EXPECT_EQ(full.substr(444), std::string("ab\0\0\0\x1b\x59", 7));
-  MessageHeader header;
-  decodeMessageHeader(reinterpret_cast<const uint8_t*>(full.data()), &header);
-  EXPECT_EQ(header.msgTemplate.numberOfParams, 2);
-  EXPECT_EQ(header.receiverInfo.listenerPort, first);
-  close(listener[0]);
-}
-
-}  // namespace
-
-namespace {
-
 // Programs the tool starts (engines, external processes) must not inherit
 // its listening socket, or they would hold the port after the tool ends.
 TEST_F(TransportTest, ListenerIsNotInheritedByStartedPrograms) {
   MessageCenter manager(basePort() + 3);
   ASSERT_GE(tcpOf(manager)->listenSocket, 0);
-  const std::string descriptor = "/proc/self/fd/" + std::to_string(tcpOf(manager)->listenSocket);
-  const std::string command = "test -e " + descriptor + " && echo inherited || echo closed";
-  FILE* child = popen(command.c_str(), "r");
-  ASSERT_NE(child, nullptr);
-  char answer[32] = "";
-  ASSERT_NE(fgets(answer, sizeof answer, child), nullptr);
-  pclose(child);
-  EXPECT_STREQ(answer, "closed\n");
+  std::string answer;
+  owbtest::runShell("test -e /proc/self/fd/" + std::to_string(tcpOf(manager)->listenSocket) +
+                        " && echo inherited || echo closed",
+                    &answer);
+  EXPECT_EQ(answer, "closed\n");
 }
 
 }  // namespace

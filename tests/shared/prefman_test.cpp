@@ -16,16 +16,14 @@ namespace {
 
 constexpr TypeIdent kWindowPrefs = OWB_TYPE("WPOS");
 
-struct AlertCall {
-  std::string text, title, button1, button2;
-  long type;
-};
-std::vector<AlertCall> gAlerts;
+// Each alert as "type|title|button 1|button 2|text".
+std::vector<std::string> gAlerts;
 long gAnswer = 0;
 
 long recordingAlert(const char* text, long type, const char* title, const char* b1, const char* b2,
                     const char*, Boolean, const char*) {
-  gAlerts.push_back({text ? text : "", title ? title : "", b1 ? b1 : "", b2 ? b2 : "", type});
+  auto shown = [](const char* s) { return std::string(s ? s : ""); };
+  gAlerts.push_back(std::to_string(type) + "|" + shown(title) + "|" + shown(b1) + "|" + shown(b2) + "|" + shown(text));
   return gAnswer;
 }
 
@@ -55,18 +53,6 @@ class PrefManTest : public ::testing::Test {
   }
 };
 
-TEST_F(PrefManTest, FirstStartCreatesAndOpensTheFileSilently) {
-  PrefMan prefs(kFleetPrefsFileType);
-  EXPECT_EQ(prefs.lastError, kNoError);
-  EXPECT_TRUE(prefs.isOpen());
-  EXPECT_EQ(std::string(prefs.prefPath), prefPath);
-  EXPECT_TRUE(gAlerts.empty());
-  short version = 0;
-  Database probe;
-  EXPECT_EQ(probe.validDBFile(prefPath.c_str(), kFleetPrefsFileType, &version), kNoError);
-  EXPECT_EQ(version, 2);
-}
-
 TEST_F(PrefManTest, AFileOfAnotherTypeOrVersionBringsTheQuestion) {
   Database other;
   fileNameType directory;
@@ -81,13 +67,8 @@ TEST_F(PrefManTest, AFileOfAnotherTypeOrVersionBringsTheQuestion) {
     EXPECT_EQ(prefs.lastError, kPrefsNotOpen);
     EXPECT_EQ(prefs.countPreferencesOfType(kWindowPrefs), 0);
   }
-  ASSERT_EQ(gAlerts.size(), 1u);
-  EXPECT_EQ(gAlerts[0].text, "The preferences file " + prefPath +
-                                 " was invalid. Would you like to overwrite the exisiting file?");
-  EXPECT_EQ(gAlerts[0].title, "Invalid file");
-  EXPECT_EQ(gAlerts[0].type, 1);
-  EXPECT_EQ(gAlerts[0].button1, "Cancel");
-  EXPECT_EQ(gAlerts[0].button2, "Overwrite");
+  EXPECT_EQ(gAlerts, std::vector<std::string>{"1|Invalid file|Cancel|Overwrite|The preferences file " + prefPath +
+                                               " was invalid. Would you like to overwrite the exisiting file?"});
   EXPECT_EQ(owbtest::readWholeFile(prefPath), before);
 
   // Another version asks too; "Overwrite" makes a new file but leaves it closed.
@@ -111,17 +92,23 @@ TEST_F(PrefManTest, AFileThatCannotBeMadeIsReported) {
   std::string path = home.file("no/such/dir/x.prf");
   PrefMan prefs(kFleetPrefsFileType, 2, path.c_str(), "window", TRUE);
   EXPECT_EQ(prefs.lastError, ENOENT);
-  ASSERT_EQ(gAlerts.size(), 1u);
-  EXPECT_EQ(gAlerts[0].text, "An error occurred opening or creating the window file " + path + " (" +
-                                 std::to_string(ENOENT) + ").");
-  EXPECT_EQ(gAlerts[0].title, "File error");
-  EXPECT_EQ(gAlerts[0].type, 2);
-  EXPECT_EQ(gAlerts[0].button1, "Ok");
-  EXPECT_EQ(gAlerts[0].button2, "");
+  EXPECT_EQ(gAlerts, std::vector<std::string>{"2|File error|Ok||An error occurred opening or creating the window file " +
+                                               path + " (" + std::to_string(ENOENT) + ")."});
 }
 
-TEST_F(PrefManTest, PreferencesAreNumberedFieldsOfTheirTypesBlock) {
+// The first start makes the file silently; preferences are numbered fields
+// of their type's block.
+TEST_F(PrefManTest, FirstStartAndPreferencesNumberedInTheirTypesBlock) {
   PrefMan prefs(kFleetPrefsFileType);
+  EXPECT_EQ(prefs.lastError, kNoError);
+  EXPECT_TRUE(prefs.isOpen());
+  EXPECT_EQ(std::string(prefs.prefPath), prefPath);
+  EXPECT_TRUE(gAlerts.empty());
+  short version = 0;
+  Database probe;
+  EXPECT_EQ(probe.validDBFile(prefPath.c_str(), kFleetPrefsFileType, &version), kNoError);
+  EXPECT_EQ(version, 2);
+
   // Writing any number of a type that has none makes preference 1.
   prefs.writeNthPreference(kWindowPrefs, 5, "first", 5);
   EXPECT_EQ(prefs.lastError, kNoError);

@@ -3,6 +3,7 @@
 
 #include <sys/stat.h>
 
+#include <algorithm>
 #include <functional>
 
 #include "shared/ui/alertwin.h"
@@ -41,20 +42,19 @@ class FilePickerTest : public uitest::ToolmanFixture {
     }
     return names;
   }
-  // Clicks (twice for a double click) in the row holding name.
+  // Clicks (twice for a double click) in a row of a list box.
+  void clickCell(LBoxPtr box, Int row, int clicks = 1) {
+    LBOX_GoColRow(box, 1, row);
+    _Rect16Rec rect, clip;
+    LBOX_CurQueryRects(box, &rect, &clip);
+    _Point16Rec p = tktest::absOf(LBOX_Wgt(box), clip.Origin.X + 10, clip.Origin.Y + clip.Extent.Y / 2);
+    for (int c = 0; c < clicks; c++) driver_->click(p.X, p.Y);
+  }
   void clickRow(const std::string& name, int clicks = 1, Int n = FPICK_DISKLIST) {
     Names all = rows(n);
-    for (size_t i = 0; i < all.size(); i++) {
-      if (all[i] != name) continue;
-      LBoxPtr box = list(n);
-      LBOX_GoColRow(box, 1, static_cast<Int>(i + 1));
-      _Rect16Rec rect, clip;
-      LBOX_CurQueryRects(box, &rect, &clip);
-      _Point16Rec p = tktest::absOf(LBOX_Wgt(box), clip.Origin.X + 30, clip.Origin.Y + clip.Extent.Y / 2);
-      for (int c = 0; c < clicks; c++) driver_->click(p.X, p.Y);
-      return;
-    }
-    ADD_FAILURE() << "no row " << name;
+    auto at = std::find(all.begin(), all.end(), name);
+    if (at == all.end()) ADD_FAILURE() << "no row " << name;
+    else clickCell(list(n), static_cast<Int>(at - all.begin() + 1), clicks);
   }
   void press(Int n) {
     _Point16Rec p = tktest::absOf(child(n), 10, 10);
@@ -79,12 +79,16 @@ class FilePickerTest : public uitest::ToolmanFixture {
 
 void touch(const std::string& path) { owbtest::writeWholeFile(path, "x"); }
 
-TEST_F(FilePickerTest, AcceptingADirectoryEntersItAndADoubleClickChoosesAFile) {
+// A file chooser: accepting a directory enters it, a double click chooses a
+// file.  The next picker, a directory chooser, starts where the first ended,
+// lists no files, and the top keeps its slash.
+TEST_F(FilePickerTest, FileAndDirectoryChoosersWalkTheDisk) {
   touch(project + "/a.flt");
   mkdir((project + "/sub").c_str(), 0755);
+  mkdir((project + "/sub/deeper").c_str(), 0755);
   touch(project + "/sub/inner.flt");
-  Names first, inside;
-  std::string filter, selected;
+  Names first, inside, listed;
+  std::string filter, selected, accept;
   script({[&] {
             first = rows();
             filter = field(FPICK_FILTER);
@@ -105,38 +109,34 @@ TEST_F(FilePickerTest, AcceptingADirectoryEntersItAndADoubleClickChoosesAFile) {
   EXPECT_EQ("*", filter);  // an empty filter is "*"
   EXPECT_EQ((Names{".", "..", "a.flt", "sub"}), first);
   EXPECT_EQ(project + "/sub/", selected);
-  EXPECT_EQ((Names{".", "..", "inner.flt"}), inside);
+  EXPECT_EQ((Names{".", "..", "deeper", "inner.flt"}), inside);
   EXPECT_EQ(nullptr, FPICK_GetWin());
   // The Tool Manager learns where the picker stood.
   ASSERT_TRUE(waitForReceived("SCFP", 1));
   EXPECT_NE(std::string::npos, received("SCFP").back().find(project + "/sub")) << received("SCFP").back();
-}
 
-TEST_F(FilePickerTest, ADirectoryChooserListsNoFilesAndTheTopKeepsItsSlash) {
-  touch(project + "/a.flt");
-  mkdir((project + "/sub").c_str(), 0755);
-  Names listed;
-  std::string accept;
   script({[&] {
             listed = rows();
             accept = TBUT_GetLabel(TBUT_FromWgt(child(FPICK_ACCEPT)));
             clickRow(".");
           },
           [&] { press(FPICK_CHOOSEDIRECTORY); }});
-  fileNameType result;
   EXPECT_TRUE(chooseDirectory(result, "Directory", nullptr, "*", TRUE));
-  EXPECT_EQ(project, std::string(result));
-  EXPECT_EQ((Names{".", "..", "sub"}), listed);
+  EXPECT_EQ(project + "/sub", std::string(result));
+  EXPECT_EQ((Names{".", "..", "deeper"}), listed);
   EXPECT_EQ("Open Directory", accept);
 
   pickerTellDirectory("/");
-  ASSERT_TRUE(waitForReceived("SCFP", 2));
+  ASSERT_TRUE(waitForReceived("SCFP", 3));
   script({[&] { clickRow("."); }, [&] { press(FPICK_CHOOSEDIRECTORY); }});
   EXPECT_TRUE(chooseDirectory(result, "Directory", nullptr, "*", TRUE));
   EXPECT_STREQ("/", result);
 }
 
-TEST_F(FilePickerTest, OnePickerAtATimeAndCancelChoosesNothing) {
+// One picker at a time; Escape chooses nothing.  With mustExist false a
+// new name typed into the selection field is chosen with Return, with its
+// directory as typed.
+TEST_F(FilePickerTest, OnePickerAtATimeCancelAndANewNameTyped) {
   Boolean second = TRUE, secondDirectory = TRUE;
   script({[&] {
             fileNameType other;
@@ -149,38 +149,15 @@ TEST_F(FilePickerTest, OnePickerAtATimeAndCancelChoosesNothing) {
   EXPECT_STREQ("", result);
   EXPECT_FALSE(second);
   EXPECT_FALSE(secondDirectory);
-}
 
-// With mustExist false a new name typed into the selection field is
-// chosen with Return, with its directory as typed.
-TEST_F(FilePickerTest, ANewNameTypedIsChosenWithReturn) {
   script({[&] { press(FPICK_SELECTION); },
           [&] {
             driver_->key(XK_End);
             for (KeySym k : {XK_n, XK_e, XK_w, XK_period, XK_f, XK_l, XK_t}) driver_->key(k);
           },
           [&] { driver_->key(XK_Return); }});
-  fileNameType result;
   EXPECT_TRUE(chooseFile(kDisplayFiles, result, nullptr, nullptr, "*.flt", FALSE, TRUE));
   EXPECT_EQ(project + "/new.flt", std::string(result));
-}
-
-// The project list ends in an empty row; accepting it closes the picker
-// with nothing chosen.
-TEST_F(FilePickerTest, TheEmptyLastProjectRowChoosesNothing) {
-  Names projectRows;
-  bool diskShown = true;
-  script({[&] {
-            projectRows = rows(FPICK_PROJECTLIST);
-            diskShown = !child(FPICK_DISKLIST)->Invisible;
-            clickRow(projectRows.empty() ? "" : projectRows.back(), 1, FPICK_PROJECTLIST);
-          },
-          [&] { press(FPICK_ACCEPT); }});
-  fileNameType result;
-  EXPECT_FALSE(chooseFile(kDisplayComponents, result, nullptr, nullptr, nullptr, FALSE, FALSE));
-  ASSERT_FALSE(projectRows.empty());
-  EXPECT_EQ("", projectRows.back());
-  EXPECT_FALSE(diskShown);
 }
 
 // This tool claims the project's files by their suffix, so that the Tool
@@ -201,7 +178,8 @@ ErrorCode identifyBySuffix(Message* message, Message* reply) {
 }
 
 // The component type is chosen from the combo box's list; the project list
-// follows the choice, and the next picker starts on it.
+// follows the choice, and the next picker starts on it.  The project list
+// ends in an empty row; accepting it closes the picker with nothing chosen.
 TEST_F(FilePickerTest, TheComponentTypeChosenInTheListChangesTheProjectFiles) {
   for (const char* name : {"a.one", "b.two", "c.two"}) touch(project + "/" + name);
   MessageTemplate idfl = makeMessageTemplate({kParamStr255});
@@ -210,8 +188,9 @@ TEST_F(FilePickerTest, TheComponentTypeChosenInTheListChangesTheProjectFiles) {
   CBoxPtr box = nullptr;
   Names before, after;
   std::string shownBefore, shownAfter, shownNextTime;
-  bool listOpened = false;
+  bool listOpened = false, diskShown = true;
   script({[&] {
+            diskShown = !child(FPICK_DISKLIST)->Invisible;
             box = CBOX_FromWgt(child(FPICK_COMPONENTTYPES));
             before = rows(FPICK_PROJECTLIST);
             shownBefore = TED_GetStr(CBOX_GetTEd(box));
@@ -220,23 +199,20 @@ TEST_F(FilePickerTest, TheComponentTypeChosenInTheListChangesTheProjectFiles) {
           [&] {
             listOpened = CBOX_IsListOpen(box);
             if (!listOpened || CBOX_GetNumElts(box) < 2) return;
-            LBoxPtr choices = CBOX_GetLBox(box);
-            LBOX_GoColRow(choices, 1, 2);
-            _Rect16Rec cell, clip;
-            LBOX_CurQueryRects(choices, &cell, &clip);
-            _Point16Rec p = tktest::absOf(LBOX_Wgt(choices), cell.Origin.X + 10, cell.Origin.Y + cell.Extent.Y / 2);
-            driver_->click(p.X, p.Y);
+            clickCell(CBOX_GetLBox(box), 2);
           },
           [&] {
             after = rows(FPICK_PROJECTLIST);
             shownAfter = TED_GetStr(CBOX_GetTEd(box));
-            press(FPICK_CANCEL);
-          }});
+            clickRow("", 1, FPICK_PROJECTLIST);
+          },
+          [&] { press(FPICK_ACCEPT); }});
   fileNameType result;
   EXPECT_FALSE(chooseFile(kDisplayComponents, result, nullptr, nullptr, nullptr, TRUE, FALSE));
   EXPECT_EQ("Ones", shownBefore);
   EXPECT_EQ((Names{project + "/a.one", ""}), before);
   EXPECT_TRUE(listOpened);
+  EXPECT_FALSE(diskShown);
   EXPECT_EQ("Twos", shownAfter);
   EXPECT_EQ((Names{project + "/b.two", project + "/c.two", ""}), after);
 

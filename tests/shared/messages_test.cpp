@@ -1,4 +1,6 @@
-// Messages, the queue and the center's dispatch, in one process.
+// Messages in one process: the wire codec (the 444-byte header, the
+// 84-byte tool record and the byte forms of each parameter type), the
+// queue and the center's dispatch.
 #include <gtest/gtest.h>
 
 #include <cstring>
@@ -8,6 +10,178 @@
 #include "messages_support.h"
 
 namespace {
+
+std::vector<uint8_t> bytesAt(const uint8_t* data, size_t offset, size_t length) {
+  return std::vector<uint8_t>(data + offset, data + offset + length);
+}
+
+std::vector<uint8_t> text(const char* chars) {
+  return std::vector<uint8_t>(chars, chars + std::strlen(chars));
+}
+
+MessageHeader sampleHeader() {
+  MessageHeader header;
+  std::memset(&header, 0, sizeof header);
+  header.msgType = OWB_TYPE("CMDS");
+  header.msgTemplate.numberOfParams = 2;
+  header.msgTemplate.paramType[0] = kParamStr31;
+  header.msgTemplate.paramLength[0] = 6;
+  header.msgTemplate.paramType[1] = kParamLong;
+  header.msgTemplate.paramLength[1] = 4;
+  // Entries past the count are not sent.
+  header.msgTemplate.paramType[2] = OWB_TYPE("JUNK");
+  header.msgTemplate.paramLength[2] = 77;
+  std::strcpy(header.senderInfo.name, "fleetmgr");
+  std::strcpy(header.senderInfo.publisherInfo, "pub");
+  header.senderInfo.maxVersion = 0;
+  header.senderInfo.minVersion = 5;
+  header.senderInfo.canDisplaySource = 1;
+  header.senderInfo.toolType = OWB_TYPE("FLTT");
+  header.senderInfo.listenerPort = 4512;
+  header.receiverInfo.listenerPort = 4400;
+  header.needsReply = 1;
+  header.replyTimeout = 5000;
+  return header;
+}
+
+TEST(MessageCodec, HeaderFieldsSitAtTheirOffsetsBigEndian) {
+  uint8_t wire[kMessageHeaderWireSize];
+  std::memset(wire, 0xAA, sizeof wire);
+  encodeMessageHeader(sampleHeader(), wire);
+
+  EXPECT_EQ(bytesAt(wire, 0, 4), text("CMDS"));
+  EXPECT_EQ(bytesAt(wire, 4, 4), (std::vector<uint8_t>{0, 2, 0, 0}));
+  EXPECT_EQ(bytesAt(wire, 8, 8), text("ST31LONG"));
+  EXPECT_EQ(bytesAt(wire, 16, 4), (std::vector<uint8_t>{0, 0, 0, 0}));
+  EXPECT_EQ(bytesAt(wire, 136, 8), (std::vector<uint8_t>{0, 0, 0, 6, 0, 0, 0, 4}));
+  EXPECT_EQ(bytesAt(wire, 144, 4), (std::vector<uint8_t>{0, 0, 0, 0}));
+  EXPECT_EQ(bytesAt(wire, 264, 9), (std::vector<uint8_t>{'f', 'l', 'e', 'e', 't', 'm', 'g', 'r', 0}));
+  EXPECT_EQ(bytesAt(wire, 296, 4), (std::vector<uint8_t>{'p', 'u', 'b', 0}));
+  EXPECT_EQ(bytesAt(wire, 328, 8), (std::vector<uint8_t>{0, 0, 0, 0, 0, 0, 0, 5}));
+  EXPECT_EQ(bytesAt(wire, 336, 4), (std::vector<uint8_t>{1, 0, 0, 0}));
+  EXPECT_EQ(bytesAt(wire, 340, 4), text("FLTT"));
+  EXPECT_EQ(bytesAt(wire, 344, 4), (std::vector<uint8_t>{0, 0, 0x11, 0xA0}));
+  EXPECT_EQ(bytesAt(wire, 348, 64), std::vector<uint8_t>(64, 0));
+  EXPECT_EQ(bytesAt(wire, 428, 4), (std::vector<uint8_t>{0, 0, 0x11, 0x30}));
+  EXPECT_EQ(bytesAt(wire, 432, 4), (std::vector<uint8_t>{1, 0, 0, 0}));
+  EXPECT_EQ(bytesAt(wire, 436, 4), (std::vector<uint8_t>{0, 0, 0x13, 0x88}));
+  EXPECT_EQ(bytesAt(wire, 440, 4), (std::vector<uint8_t>{0, 0, 0, 0}));
+
+  // Decoded into a header full of junk and encoded again, every byte
+  // comes back: each field was read from its place.
+  MessageHeader decoded;
+  std::memset(&decoded, 0x55, sizeof decoded);
+  decodeMessageHeader(wire, &decoded);
+  uint8_t again[kMessageHeaderWireSize];
+  encodeMessageHeader(decoded, again);
+  EXPECT_EQ(bytesAt(again, 0, sizeof again), bytesAt(wire, 0, sizeof wire));
+}
+
+TEST(MessageCodec, NegativeAndHighValuesAndUnterminatedTextDecodeSafely) {
+  uint8_t wire[kMessageHeaderWireSize];
+  MessageHeader header = sampleHeader();
+  header.msgTemplate.numberOfParams = -3;
+  header.senderInfo.listenerPort = -2;
+  header.replyTimeout = 0xFFFFFFF0u;
+  encodeMessageHeader(header, wire);
+  EXPECT_EQ(bytesAt(wire, 4, 2), (std::vector<uint8_t>{0xFF, 0xFD}));
+  std::memset(wire + 264, 'A', 32);  // a name with no NUL in its field
+
+  MessageHeader decoded;
+  decodeMessageHeader(wire, &decoded);
+  EXPECT_EQ(decoded.msgTemplate.numberOfParams, -3);
+  EXPECT_EQ(decoded.senderInfo.listenerPort, -2);
+  EXPECT_EQ(decoded.replyTimeout, 0xFFFFFFF0u);
+  EXPECT_EQ(std::string(decoded.senderInfo.name), std::string(31, 'A'));
+  EXPECT_STREQ(decoded.senderInfo.publisherInfo, "pub");
+}
+
+TEST(MessageCodec, ToolInfoIsTheSame84ByteRecord) {
+  MessageHeader header = sampleHeader();
+  uint8_t wire[kMessageHeaderWireSize];
+  encodeMessageHeader(header, wire);
+  uint8_t record[kToolInfoWireSize];
+  encodeToolInfo(header.senderInfo, record);
+  EXPECT_EQ(std::vector<uint8_t>(record, record + 84), bytesAt(wire, 264, 84));
+}
+
+TEST(MessageCodec, EachParameterTypeHasItsByteForm) {
+  Message message(OWB_TYPE("TEST"), nullptr);
+  message.addLongParam(-2);
+  message.addShortParam(0x1234);
+  message.addBooleanParam(true);
+  message.addIdentParam(OWB_TYPE("FLTF"));
+  message.addErrorParam(-1402);
+  message.addStringParam(kParamStr255, "abc");
+  message.addStringParam(kParamStr255, std::string(300, 'x').c_str());
+  message.addStringParam(kParamStr31, std::string(40, 'y').c_str());
+  message.addParam(kParamData, nullptr, 0);
+  message.addParam(kParamStr255, "abcdef", 3);  // text without its NUL
+
+  auto param = [&](short n) {
+    const uint8_t* p = reinterpret_cast<const uint8_t*>(message.getParam(n));
+    return std::vector<uint8_t>(p, p + message.getParamLength(n));
+  };
+  EXPECT_EQ(param(0), (std::vector<uint8_t>{0xFF, 0xFF, 0xFF, 0xFE}));
+  EXPECT_EQ(param(1), (std::vector<uint8_t>{0x12, 0x34}));
+  EXPECT_EQ(param(2), (std::vector<uint8_t>{1}));
+  EXPECT_EQ(param(3), text("FLTF"));
+  EXPECT_EQ(param(4), (std::vector<uint8_t>{0xFF, 0xFF, 0xFA, 0x86}));
+  EXPECT_EQ(param(5), (std::vector<uint8_t>{'a', 'b', 'c', 0}));
+  EXPECT_EQ(message.getParamLength(6), 256);
+  EXPECT_EQ(message.getParam(6)[255], '\0');
+  EXPECT_EQ(message.getParamLength(7), 32);
+  EXPECT_EQ(message.getParamLength(8), 0);
+  EXPECT_NE(message.getParam(8), nullptr);
+  EXPECT_EQ(message.getParamType(4), kParamError);
+
+  int32_t longValue = 0;
+  int16_t shortValue = 0;
+  bool flag = false;
+  TypeIdent ident = 0;
+  EXPECT_TRUE(message.getLongParam(0, &longValue));
+  EXPECT_EQ(longValue, -2);
+  EXPECT_TRUE(message.getShortParam(1, &shortValue));
+  EXPECT_EQ(shortValue, 0x1234);
+  EXPECT_TRUE(message.getBooleanParam(2, &flag));
+  EXPECT_TRUE(flag);
+  EXPECT_TRUE(message.getIdentParam(3, &ident));
+  EXPECT_EQ(ident, OWB_TYPE("FLTF"));
+  // Too short or missing parameters leave the value alone.
+  longValue = 7;
+  EXPECT_FALSE(message.getLongParam(1, &longValue));
+  EXPECT_FALSE(message.getLongParam(8, &longValue));
+  EXPECT_FALSE(message.getLongParam(40, &longValue));
+  EXPECT_EQ(longValue, 7);
+
+  char small[3];
+  EXPECT_TRUE(message.getStringParam(5, small, sizeof small));
+  EXPECT_STREQ(small, "ab");
+  char none[8] = "junk";
+  EXPECT_FALSE(message.getStringParam(20, none, sizeof none));
+  EXPECT_STREQ(none, "");
+  ASSERT_TRUE(message.getStringParam(9, none, sizeof none));  // read only to its length
+  EXPECT_STREQ(none, "abc");
+}
+
+TEST(MessageCodec, SanityBoundsOnCountsAndLengths) {
+  MessageHeader header = sampleHeader();
+  EXPECT_TRUE(messageHeaderIsSane(header));
+  header.msgTemplate.numberOfParams = 0;
+  EXPECT_TRUE(messageHeaderIsSane(header));
+  header.msgTemplate.numberOfParams = -1;
+  EXPECT_FALSE(messageHeaderIsSane(header));
+  header.msgTemplate.numberOfParams = 33;
+  EXPECT_FALSE(messageHeaderIsSane(header));
+  header.msgTemplate.numberOfParams = 32;
+  for (int i = 0; i < 32; ++i) header.msgTemplate.paramLength[i] = 0;
+  header.msgTemplate.paramLength[31] = kMaxWireParamLength;
+  EXPECT_TRUE(messageHeaderIsSane(header));
+  header.msgTemplate.paramLength[31] = kMaxWireParamLength + 1;
+  EXPECT_FALSE(messageHeaderIsSane(header));
+  header.msgTemplate.paramLength[31] = -1;
+  EXPECT_FALSE(messageHeaderIsSane(header));
+}
 
 using msgtest::MessagingTest;
 using msgtest::MemoryTransport;
@@ -47,8 +221,6 @@ Message* requestWithText(TypeIdent type, const char* text, bool needsReply) {
 TEST(MessageObject, ConstructionCopyAndParameterEdges) {
   Message unset;
   EXPECT_EQ(unset.getType(), kUnsetMessageType);
-  EXPECT_EQ(unset.itemType, kMessageItemType);
-  EXPECT_EQ(unset.header.replyTimeout, 5000u);
   EXPECT_EQ(unset.getParamType(0), kWildTypeIdent);
   EXPECT_EQ(unset.getParam(0), nullptr);
   EXPECT_EQ(unset.getParamLength(-1), 0);
@@ -61,10 +233,9 @@ TEST(MessageObject, ConstructionCopyAndParameterEdges) {
   original.addStringParam(kParamStr255, "path");
   original.addLongParam(3);
 
+  // A copy has the header without its flags, and parameters of its own.
   Message copy(original);
-  EXPECT_EQ(copy.getType(), kTest);
   EXPECT_EQ(copy.header.receiverInfo.listenerPort, 4400);
-  EXPECT_EQ(copy.header.needsReply, TRUE);
   EXPECT_EQ(copy.header.msgFlags, 0u);
   ASSERT_EQ(copy.getParamCount(), 2);
   EXPECT_NE(copy.getParam(0), original.getParam(0));
@@ -138,6 +309,11 @@ class DispatchTest : public MessagingTest {
     gMessageCenter = center;
   }
   virtual MessageCenter* makeCenter() { return new MessageCenter(new MemoryTransport(4321)); }
+  // echoHandler for TEST, which takes one text.
+  void registerEcho() {
+    MessageTemplate oneText = makeMessageTemplate({kParamStr255});
+    center->registerMessageHandler(kTest, &oneText, echoHandler);
+  }
   MessageCenter* center = nullptr;
 };
 
@@ -148,8 +324,7 @@ class SocketDispatchTest : public DispatchTest {
 };
 
 TEST_F(DispatchTest, RegistrationKeepsTheFirstHandler) {
-  MessageTemplate oneText = makeMessageTemplate({kParamStr255});
-  center->registerMessageHandler(kTest, &oneText, echoHandler);
+  registerEcho();
   EXPECT_EQ(center->lastError, kNoError);
   center->registerMessageHandler(kTest, nullptr, failingHandler);
   EXPECT_EQ(center->lastError, kDuplicateHandler);
@@ -167,9 +342,10 @@ TEST_F(DispatchTest, RegistrationKeepsTheFirstHandler) {
   EXPECT_EQ(center->lastError, kNoHandler);
 }
 
+// Refusals answer only when asked and log their reason; a handler's own
+// failure is no refusal.
 TEST_F(DispatchTest, RefusalsAnswerOnlyWhenAskedAndLogTheirReason) {
-  MessageTemplate oneText = makeMessageTemplate({kParamStr255});
-  center->registerMessageHandler(kTest, &oneText, echoHandler);
+  registerEcho();
 
   EXPECT_EQ(center->dispatchMessage(requestWithText(kOther, "x", false)), nullptr);
   EXPECT_EQ(center->lastError, kNoHandler);
@@ -202,14 +378,11 @@ TEST_F(DispatchTest, RefusalsAnswerOnlyWhenAskedAndLogTheirReason) {
   EXPECT_TRUE(logHas("invalid param for incoming message"));
   delete reply;
   EXPECT_TRUE(gCalls.empty());
-}
 
-TEST_F(DispatchTest, HandlerFailureTravelsInParameterZero) {
-  center->registerMessageHandler(kOther, nullptr, failingHandler);
-  Message* request = new Message(kOther, nullptr);
-  request->header.needsReply = TRUE;
-  Message* reply = center->dispatchMessage(request);
-  ASSERT_NE(reply, nullptr);
+  // A handler's failure travels in parameter 0, ahead of what it added.
+  MessageTemplate oneText = makeMessageTemplate({kParamStr255});
+  center->registerMessageHandler(kOther, &oneText, failingHandler);
+  reply = center->dispatchMessage(requestWithText(kOther, "x", true));
   ASSERT_EQ(reply->getParamCount(), 2);
   EXPECT_EQ(replyErrorOf(reply), kOperationFailed);
   int32_t extra = 0;
@@ -220,8 +393,7 @@ TEST_F(DispatchTest, HandlerFailureTravelsInParameterZero) {
 }
 
 TEST_F(DispatchTest, MessageToOwnPortIsDispatchedAtOnce) {
-  MessageTemplate oneText = makeMessageTemplate({kParamStr255});
-  center->registerMessageHandler(kTest, &oneText, echoHandler);
+  registerEcho();
   Message* request = new Message(kTest, &center->thisToolInfo);
   request->header.needsReply = TRUE;
   request->addStringParam(kParamStr255, "self");
@@ -249,8 +421,7 @@ TEST_F(SocketDispatchTest, ZeroTimeoutReturnsAtOnceAfterSending) {
 }
 
 TEST_F(SocketDispatchTest, ArrivalIsQueuedAndDispatchedOnTheNextTurn) {
-  MessageTemplate oneText = makeMessageTemplate({kParamStr255});
-  center->registerMessageHandler(kTest, &oneText, echoHandler);
+  registerEcho();
   Message* request = requestWithText(kTest, "later", false);
   request->header.receiverInfo = center->thisToolInfo;
   center->transport->sendMessage(request);  // through a real socket to ourselves
@@ -280,8 +451,7 @@ void recordAlarm(void* win, long milliseconds) {
 }
 
 TEST_F(DispatchTest, ModalPollActsOnInitAndTimeoutOnly) {
-  MessageTemplate oneText = makeMessageTemplate({kParamStr255});
-  center->registerMessageHandler(kTest, &oneText, echoHandler);
+  registerEcho();
   center->queue->enqueueMessage(requestWithText(kTest, "modal", false));
   ModalAlarmProc previous = setModalAlarmProc(recordAlarm);
   int window = 0;
