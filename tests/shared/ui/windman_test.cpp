@@ -86,14 +86,11 @@ TEST_F(WindowManagerTest, ToolManagerHidesShowsAndClosesAllWindows) {
   ASSERT_TRUE(tktest::showAndWait(a));
   ASSERT_TRUE(tktest::showAndWait(b));
 
-  ASSERT_EQ(0, send({"hide uitest"}));
-  serve(3);
-  EXPECT_EQ(WIN_STATEICONIFIED, WIN_GetState(a));
-  EXPECT_EQ(WIN_STATEICONIFIED, WIN_GetState(b));
-  ASSERT_EQ(0, send({"show uitest"}));
-  serve(3);
-  EXPECT_EQ(WIN_STATEOPEN, WIN_GetState(a));
-  EXPECT_EQ(WIN_STATEOPEN, WIN_GetState(b));
+  for (auto [command, state] : {std::pair{"hide uitest", WIN_STATEICONIFIED}, {"show uitest", WIN_STATEOPEN}}) {
+    ASSERT_EQ(0, send({command}));
+    serve(3);
+    for (WinPtr w : {a, b}) EXPECT_EQ(state, WIN_GetState(w)) << command;
+  }
 
   // b is the head: closing it closes a as well, whose record the walk
   // then finds gone.
@@ -102,8 +99,7 @@ TEST_F(WindowManagerTest, ToolManagerHidesShowsAndClosesAllWindows) {
   serve(3);
   EXPECT_EQ(1, forA.terminated);
   EXPECT_EQ(1, forB.terminated);
-  EXPECT_EQ(WIN_STATETERMINATED, WIN_GetState(a));
-  EXPECT_EQ(WIN_STATETERMINATED, WIN_GetState(b));
+  for (WinPtr w : {a, b}) EXPECT_EQ(WIN_STATETERMINATED, WIN_GetState(w));
   EXPECT_EQ(nullptr, gWindowManager->firstWindow);
   EXPECT_TRUE(waitForReceived("UWIN", 2));
 }
