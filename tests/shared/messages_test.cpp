@@ -1,15 +1,123 @@
-// Messages in one process: the wire codec (the 444-byte header, the
-// 84-byte tool record and the byte forms of each parameter type), the
-// queue and the center's dispatch.
+// The messaging: the wire codec (the 444-byte header, the 84-byte tool
+// record and the byte forms of each parameter type), the queue and the
+// center's dispatch in one process, and the transport between real
+// processes on loopback: request and reply, the tickle, bind retries, and
+// senders that break the rules.
 #include <gtest/gtest.h>
+#include <signal.h>
+#include <sys/prctl.h>
+#include <sys/wait.h>
+#include <unistd.h>
 
+#include <chrono>
 #include <cstring>
+#include <functional>
+#include <memory>
 #include <string>
+#include <thread>
 #include <vector>
 
-#include "messages_support.h"
+#include "shared/globals.h"
+#include "shared/log.h"
+#include "shared/messages.h"
+#include "shared/tcpxport.h"
+#include "shared/utils.h"
+#include "testsupport.h"
 
 namespace {
+
+// A fresh HOME with the log open under the tool name "msgtest"; the center
+// and the log are cleaned up afterwards.
+class MessagingTest : public ::testing::Test {
+ protected:
+  owbtest::TempDir home;
+  owbtest::ScopedEnv homeEnv{"HOME", home.path()};
+  owbtest::ScopedEnv tickleEnv{"OWB_TICKLE_INTERVAL", std::nullopt};
+
+  void SetUp() override {
+    prctl(PR_SET_CHILD_SUBREAPER, 1);
+    forgetToolManagerPort();
+    gToolName = newStringCopy("msgtest");
+    gLogLevel = kLogDefault;
+    openToolLog(false);
+  }
+  void TearDown() override {
+    cleanUpGlobals();
+    gToolManToolInfo = ToolInfo{};
+    gLogLevel = kLogDefault;
+    forgetToolManagerPort();
+  }
+  std::string log() const { return owbtest::readWholeFile(home.path() + "/.owb/owblog"); }
+  bool logHas(const std::string& text) const { return log().find(text) != std::string::npos; }
+  std::string portFile() const { return home.path() + "/.owb/owbport"; }
+};
+
+// The TCP transport of a center made without one of its own.
+inline TCPTransport* tcpOf(MessageCenter& center) { return static_cast<TCPTransport*>(center.transport); }
+
+// A transport without sockets: what is sent to its own port comes back from
+// poll in the order sent; what is sent elsewhere is kept in `sent`.
+class MemoryTransport : public MessageTransport {
+ public:
+  explicit MemoryTransport(int port) : port_(port) {}
+  ~MemoryTransport() override {
+    for (Message* message : inbox_) delete message;
+    for (Message* message : sent) delete message;
+  }
+  int listenerPort() const override { return port_; }
+  Message* poll() override {
+    if (inbox_.empty()) return nullptr;
+    Message* message = inbox_.front();
+    inbox_.erase(inbox_.begin());
+    return message;
+  }
+  void sendMessage(const Message* message) override {
+    Message* copy = new Message(*message);
+    if (message->header.receiverInfo.listenerPort == port_) inbox_.push_back(copy);
+    else sent.push_back(copy);
+  }
+  void ticklePort(int) override { lastError = kNoError; }
+
+  std::vector<Message*> sent;
+
+ private:
+  int port_;
+  std::vector<Message*> inbox_;
+};
+
+// Runs body in a child process; the child's exit status is body's result.
+inline pid_t runInChild(const std::function<int()>& body) {
+  pid_t child = fork();
+  if (child == 0) {
+    int status = body();
+    _exit(status);
+  }
+  return child;
+}
+
+// Calls turn until the child exits (or the time runs out, when it is
+// killed); returns its exit status, or -1 when it did not exit by itself.
+inline int serveUntilExit(pid_t child, const std::function<void()>& turn, int seconds = 20) {
+  auto deadline = std::chrono::steady_clock::now() + std::chrono::seconds(seconds);
+  int status = 0;
+  while (std::chrono::steady_clock::now() < deadline) {
+    if (waitpid(child, &status, WNOHANG) == child)
+      return WIFEXITED(status) ? WEXITSTATUS(status) : -1;
+    turn();
+  }
+  kill(child, SIGKILL);
+  waitpid(child, &status, 0);
+  return -1;
+}
+
+// Waits until a file exists and is not empty.
+inline bool waitForFile(const std::string& path, int milliseconds = 5000) {
+  for (int waited = 0; waited < milliseconds; waited += 10) {
+    if (!owbtest::readWholeFile(path).empty()) return true;
+    std::this_thread::sleep_for(std::chrono::milliseconds(10));
+  }
+  return false;
+}
 
 std::vector<uint8_t> bytesAt(const uint8_t* data, size_t offset, size_t length) {
   return std::vector<uint8_t>(data + offset, data + offset + length);
@@ -182,9 +290,6 @@ TEST(MessageCodec, SanityBoundsOnCountsAndLengths) {
   header.msgTemplate.paramLength[31] = -1;
   EXPECT_FALSE(messageHeaderIsSane(header));
 }
-
-using msgtest::MessagingTest;
-using msgtest::MemoryTransport;
 
 constexpr TypeIdent kTest = OWB_TYPE("TEST");
 constexpr TypeIdent kOther = OWB_TYPE("OTHR");
@@ -467,6 +572,238 @@ TEST_F(DispatchTest, ModalPollActsOnInitAndTimeoutOnly) {
   EXPECT_EQ(gAlarmCount, 2);
   EXPECT_EQ(center->modal, FALSE);
   setModalAlarmProc(previous);
+}
+
+constexpr TypeIdent kEcho = OWB_TYPE("ECHO");
+
+int basePort() { return 20000 + static_cast<int>(getpid() % 4000) * 5; }
+
+// A listening socket on the port (any address), or -1 when it is taken.
+int occupyPort(int port) {
+  int s = socket(AF_INET, SOCK_STREAM, 0);
+  int on = 1;
+  setsockopt(s, SOL_SOCKET, SO_REUSEADDR, &on, sizeof on);
+  sockaddr_in address{};
+  address.sin_family = AF_INET;
+  address.sin_addr.s_addr = htonl(INADDR_ANY);
+  address.sin_port = htons(static_cast<uint16_t>(port));
+  if (bind(s, reinterpret_cast<sockaddr*>(&address), sizeof address) != 0 || listen(s, 5) != 0) {
+    close(s);
+    return -1;
+  }
+  return s;
+}
+
+// count consecutive listening sockets from some port on; their ports.
+// The ports stay below the range the system hands out to connecting
+// sockets, so that a connection made meanwhile by another test cannot take
+// the port after them; that port is checked free as well.
+std::vector<int> occupyConsecutivePorts(int count, int* firstPort) {
+  constexpr int kFirstEphemeralPort = 32768;
+  for (int start = 10000 + static_cast<int>(getpid() % 4000) * 5; start + count < kFirstEphemeralPort;
+       start += 137) {
+    std::vector<int> sockets;
+    for (int i = 0; i < count; ++i) {
+      int s = occupyPort(start + i);
+      if (s < 0) break;
+      sockets.push_back(s);
+    }
+    int after = static_cast<int>(sockets.size()) == count ? occupyPort(start + count) : -1;
+    if (after >= 0) {
+      close(after);
+      *firstPort = start;
+      return sockets;
+    }
+    for (int s : sockets) close(s);
+  }
+  return {};
+}
+
+void sendRaw(int port, const std::vector<std::string>& pieces) {
+  int s = owbtest::connectLoopback(port);
+  ASSERT_GE(s, 0);
+  for (const std::string& piece : pieces)
+    ASSERT_EQ(send(s, piece.data(), piece.size(), 0), static_cast<ssize_t>(piece.size()));
+  close(s);
+}
+
+std::string headerBytes(short count, int32_t firstLength) {
+  MessageHeader header;
+  std::memset(&header, 0, sizeof header);
+  header.msgType = kEcho;
+  header.msgTemplate.numberOfParams = count;
+  for (int i = 0; i < kMaxMessageParams; ++i) {
+    header.msgTemplate.paramType[i] = kParamData;
+    header.msgTemplate.paramLength[i] = firstLength;
+  }
+  uint8_t wire[kMessageHeaderWireSize];
+  encodeMessageHeader(header, wire);
+  return std::string(reinterpret_cast<char*>(wire), sizeof wire);
+}
+
+size_t occurrences(const std::string& text, const std::string& part) {
+  size_t count = 0;
+  for (size_t at = text.find(part); at != std::string::npos; at = text.find(part, at + 1)) ++count;
+  return count;
+}
+
+long gZeroLengthSeen = -1;
+bool gZeroLengthBlock = false;
+
+ErrorCode echoAll(Message* message, Message* reply) {
+  for (short i = 0; i < message->getParamCount(); ++i)
+    reply->addParam(message->getParamType(i), message->getParam(i), message->getParamLength(i));
+  gZeroLengthSeen = message->getParamLength(2);
+  gZeroLengthBlock = message->getParam(2) != nullptr;
+  return kNoError;
+}
+
+using TransportTest = MessagingTest;
+
+TEST_F(TransportTest, RequestAndReplyBetweenTwoProcesses) {
+  gLogLevel = kLogSome;
+  auto toolManager = std::make_unique<MessageCenter>(basePort());
+  MessageTemplate shape = makeMessageTemplate({kParamStr255, kParamLong, kParamData});
+  toolManager->registerMessageHandler(kEcho, &shape, echoAll);
+  ASSERT_TRUE(waitForFile(portFile()));
+
+  pid_t child = runInChild([] {
+    MessageCenter* tool = new MessageCenter();
+    ToolInfo manager{};
+    manager.listenerPort = getToolManagerPort();
+    Message* request = new Message(kEcho, &manager);
+    request->header.needsReply = TRUE;
+    request->addStringParam(kParamStr255, "hello");
+    request->addLongParam(42);
+    request->addParam(kParamData, nullptr, 0);
+    Message* reply = tool->sendMessage(request);
+    ErrorCode code = -1;
+    if (!reply || !reply->getErrorParam(0, &code) || code != kNoError) return 10;
+    // The parameters come back, the empty one empty.
+    return reply->getParamCount() == 4 && reply->getParamLength(2) == 4 && reply->getParamLength(3) == 0 ? 0 : 11;
+  });
+  EXPECT_EQ(serveUntilExit(child, [&] { toolManager->poll(); }), 0);
+  EXPECT_EQ(gZeroLengthSeen, 0);
+  EXPECT_TRUE(gZeroLengthBlock);
+  EXPECT_TRUE(logHas("read message type ECHO"));
+  EXPECT_TRUE(logHas("read param #2, length 0"));
+  EXPECT_TRUE(logHas("sendMessage: sent message of type RPLY"));
+}
+
+TEST_F(TransportTest, TickleIsAnsweredUntilTheToolManagerGoes) {
+  int port = basePort() + 1;
+  pid_t manager = runInChild([port] {
+    delete[] gToolName;
+    gToolName = newStringCopy("tmchild");
+    gLogLevel = kLogSome;
+    MessageCenter center(port);
+    for (;;) center.poll();
+    return 0;
+  });
+  ASSERT_TRUE(waitForFile(portFile()));
+  owbtest::ScopedEnv fast("OWB_TICKLE_INTERVAL", std::string("100"));
+  forgetToolManagerPort();
+  MessageCenter tool;
+  gMessageCenter = &tool;
+
+  bool tickled = false;
+  for (int turn = 0; turn < 60 && !tickled; ++turn) {
+    tool.poll();
+    EXPECT_EQ(tool.lastError, kNoError);
+    tickled = logHas("tmchild tcpxport.cpp");  // the manager logged a reception
+    tickled = tickled && logHas("poll: starting to receive a message");
+  }
+  EXPECT_TRUE(tickled);
+  EXPECT_FALSE(logHas("failed reading header"));
+  EXPECT_FALSE(logHas("read message type"));
+
+  kill(manager, SIGKILL);
+  waitpid(manager, nullptr, 0);
+  ErrorCode seen = kNoError;
+  for (int turn = 0; turn < 60 && seen != kTickleFailed; ++turn) {
+    tool.poll();
+    seen = tool.lastError;
+  }
+  EXPECT_EQ(seen, kTickleFailed);
+  EXPECT_TRUE(logHas("sendMessage: socket connect failed: Connection refused while tickling"));
+  EXPECT_TRUE(logHas("failed to send tickle"));
+  gMessageCenter = nullptr;
+}
+
+TEST_F(TransportTest, BindTriesTheNextPortsAndGivesUpAfterAHundred) {
+  int first = 0;
+  std::vector<int> taken = occupyConsecutivePorts(3, &first);
+  ASSERT_EQ(taken.size(), 3u);
+  {
+    MessageCenter manager(first);
+    EXPECT_EQ(manager.thisToolInfo.listenerPort, first + 3);
+    EXPECT_EQ(owbtest::readWholeFile(portFile()), std::to_string(first + 3) + "\n");
+    EXPECT_TRUE(logHas("tcptransport: bind retry 1 (Address already in use)"));
+    EXPECT_TRUE(logHas("tcptransport: bind retry 3 (Address already in use)"));
+    EXPECT_FALSE(logHas("tcptransport: bind retry 4 "));
+    EXPECT_TRUE(logHas("opened listener - got port #" + std::to_string(first + 3)));
+  }
+  for (int s : taken) close(s);
+
+  std::vector<int> all = occupyConsecutivePorts(100, &first);
+  ASSERT_EQ(all.size(), 100u);
+  MessageCenter stranded(first);
+  EXPECT_EQ(tcpOf(stranded)->listenSocket, -1);
+  EXPECT_TRUE(logHas("tcptransport: bind retry 99 ("));
+  EXPECT_TRUE(logHas("tcptransport: bind failed - Address already in use"));
+  stranded.poll();
+  EXPECT_EQ(stranded.lastError, kSelectFailed);
+  EXPECT_TRUE(logHas("tcptransport: failed select - "));
+  for (int s : all) close(s);
+}
+
+// Senders that break the rules are dropped with a log line.  Programs the
+// tool starts (engines, external processes) must not inherit its listening
+// socket, or they would hold the port after the tool ends.
+TEST_F(TransportTest, BrokenSendersAreDroppedAndTheListenerIsNotInherited) {
+  MessageCenter manager(basePort() + 2);
+  int port = manager.thisToolInfo.listenerPort;
+  TCPTransport* transport = tcpOf(manager);
+  std::string answer;
+  owbtest::runShell("test -e /proc/self/fd/" + std::to_string(transport->listenSocket) +
+                        " && echo inherited || echo closed",
+                    &answer);
+  EXPECT_EQ(answer, "closed\n");
+
+  sendRaw(port, {});  // closes before any byte
+  EXPECT_EQ(transport->poll(), nullptr);
+  EXPECT_TRUE(logHas(
+      "receiveTCPData, failed to receive all packets, only received 0 instead of 444 last error = "));
+  EXPECT_EQ(occurrences(log(), "failed reading header"), 1u);
+
+  sendRaw(port, {headerBytes(0, 0).substr(0, 100)});  // closes inside the header
+  EXPECT_EQ(transport->poll(), nullptr);
+  EXPECT_TRUE(logHas("only received 100 instead of 444"));
+  EXPECT_EQ(occurrences(log(), "failed reading header"), 2u);
+
+  sendRaw(port, {"TIKL"});  // a tickle: dropped without a word
+  EXPECT_EQ(transport->poll(), nullptr);
+  EXPECT_EQ(occurrences(log(), "failed reading header"), 2u);
+  EXPECT_FALSE(logHas("only received 4 "));
+
+  sendRaw(port, {headerBytes(40, 4)});
+  EXPECT_EQ(transport->poll(), nullptr);
+  sendRaw(port, {headerBytes(1, kMaxWireParamLength + 1)});
+  EXPECT_EQ(transport->poll(), nullptr);
+  sendRaw(port, {headerBytes(1, -5)});
+  EXPECT_EQ(transport->poll(), nullptr);
+  EXPECT_EQ(occurrences(log(), "failed reading header: parameter count"), 3u);
+  EXPECT_FALSE(logHas("read message type"));
+
+  sendRaw(port, {headerBytes(1, 10), "12345"});  // a parameter cut short
+  EXPECT_EQ(transport->poll(), nullptr);
+  EXPECT_TRUE(logHas("only received 5 instead of 10"));
+  EXPECT_TRUE(logHas("failed reading param #0"));
+
+  sendRaw(port, {headerBytes(1, 3), "abc"});  // and one that is whole
+  std::unique_ptr<Message> whole(transport->poll());
+  ASSERT_NE(whole, nullptr);
+  EXPECT_EQ(std::string(whole->getParam(0), 3), "abc");
 }
 
 }  // namespace
