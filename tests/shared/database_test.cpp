@@ -202,20 +202,7 @@ TEST_F(DatabaseFileTest, AGrowingBlockKeepsItsNumberAndLeavesItsOldPlaceFree) {
   EXPECT_EQ(entryOf(db, spare).length, 20);
 }
 
-TEST_F(DatabaseFileTest, FreeBlocksAndBadNumbersAreRefused) {
-  long n = add(12, 3);
-  ASSERT_EQ(db.deleteBlock(n), kNoError);
-  char buf[32];
-  EXPECT_EQ(db.readDataFromBlock(n, buf, FALSE), kBlockIsFree);
-  EXPECT_EQ(db.writeDataToBlock(n, "x", 1), kBlockIsFree);
-  EXPECT_EQ(blockLength(db, n), 15);
-  long length = 0;
-  EXPECT_EQ(db.getBlockLength(0, &length), kNoBlockOfType);
-  EXPECT_EQ(db.readDataFromBlock(99, buf, FALSE), kNoBlockOfType);
-  EXPECT_EQ(Database::databaseLastError(), kNoBlockOfType);
-}
-
-TEST_F(DatabaseFileTest, BlocksAreFoundByTypeInNumberOrder) {
+TEST_F(DatabaseFileTest, BlocksAreFoundByTypeAndFreeBlocksAndBadNumbersAreRefused) {
   constexpr TypeIdent kOther = OWB_TYPE("OTHR");
   long numbers[5];
   for (int i = 0; i < 5; ++i) db.addBlock(i % 2 ? kOther : kTest, 4, 0, &numbers[i]);
@@ -228,6 +215,17 @@ TEST_F(DatabaseFileTest, BlocksAreFoundByTypeInNumberOrder) {
   EXPECT_EQ(db.getNextBlockOfType(kOther, numbers[1], &found), kNoError);
   EXPECT_EQ(found, numbers[3]);
   EXPECT_EQ(db.getNextBlockOfType(kOther, numbers[3], &found), kNoBlockOfType);
+
+  long n = add(12, 3);
+  ASSERT_EQ(db.deleteBlock(n), kNoError);
+  char buf[32];
+  EXPECT_EQ(db.readDataFromBlock(n, buf, FALSE), kBlockIsFree);
+  EXPECT_EQ(db.writeDataToBlock(n, "x", 1), kBlockIsFree);
+  EXPECT_EQ(blockLength(db, n), 15);
+  long length = 0;
+  EXPECT_EQ(db.getBlockLength(0, &length), kNoBlockOfType);
+  EXPECT_EQ(db.readDataFromBlock(99, buf, FALSE), kNoBlockOfType);
+  EXPECT_EQ(Database::databaseLastError(), kNoBlockOfType);
 }
 
 TEST_F(DatabaseFileTest, TheOpenFlagKeepsASecondWriterOutOnce) {

@@ -136,7 +136,7 @@ TEST_F(FilePickerTest, FileAndDirectoryChoosersWalkTheDisk) {
 // One picker at a time; Escape chooses nothing.  With mustExist false a
 // new name typed into the selection field is chosen with Return, with its
 // directory as typed.
-TEST_F(FilePickerTest, OnePickerAtATimeCancelAndANewNameTyped) {
+TEST_F(FilePickerTest, OnePickerAtATimeCancelANewNameTypedAndFind) {
   Boolean second = TRUE, secondDirectory = TRUE;
   script({[&] {
             fileNameType other;
@@ -158,6 +158,30 @@ TEST_F(FilePickerTest, OnePickerAtATimeCancelAndANewNameTyped) {
           [&] { driver_->key(XK_Return); }});
   EXPECT_TRUE(chooseFile(kDisplayFiles, result, nullptr, nullptr, "*.flt", FALSE, TRUE));
   EXPECT_EQ(project + "/new.flt", std::string(result));
+
+  // Find offers each match in an alert; Select takes it into the list.
+  mkdir((project + "/deep").c_str(), 0755);
+  mkdir((project + "/deep/er").c_str(), 0755);
+  touch(project + "/deep/er/target.flt");
+  std::string alertText, selection;
+  Names listed;
+  script({[&] { press(FPICK_FIND); },
+          [&] {
+            WinPtr alert = ALRTW_GetWin();
+            if (!alert) return;
+            alertText = TED_GetStr(TED_FromWgt(WGT_FromRes(RES_GetNthChild(WGT_Res(WIN_Wgt(alert)), ALRTW_TEXT))));
+            driver_->key(XK_Return);  // Select
+          },
+          [&] {
+            selection = field(FPICK_SELECTION);
+            listed = rows();
+            press(FPICK_ACCEPT);
+          }});
+  EXPECT_TRUE(chooseFile(kDisplayFiles, result, nullptr, nullptr, "*.flt", TRUE, FALSE));
+  EXPECT_EQ("Found " + project + "/deep/er/target.flt", alertText);
+  EXPECT_EQ(project + "/deep/er/target.flt", selection);
+  EXPECT_EQ((Names{".", "..", "target.flt"}), listed);
+  EXPECT_EQ(project + "/deep/er/target.flt", std::string(result));
 }
 
 // This tool claims the project's files by their suffix, so that the Tool
@@ -223,33 +247,6 @@ TEST_F(FilePickerTest, TheComponentTypeChosenInTheListChangesTheProjectFiles) {
   EXPECT_FALSE(chooseFile(kDisplayComponents, result, nullptr, nullptr, nullptr, TRUE, FALSE));
   EXPECT_EQ("Twos", shownNextTime);
   gMessageCenter->removeMessageHandler(OWB_TYPE("IDFL"));
-}
-
-// Find offers each match in an alert; Select takes it into the list.
-TEST_F(FilePickerTest, FindShowsTheMatchAndSelectTakesIt) {
-  mkdir((project + "/deep").c_str(), 0755);
-  mkdir((project + "/deep/er").c_str(), 0755);
-  touch(project + "/deep/er/target.flt");
-  std::string alertText, selection;
-  Names listed;
-  script({[&] { press(FPICK_FIND); },
-          [&] {
-            WinPtr alert = ALRTW_GetWin();
-            if (!alert) return;
-            alertText = TED_GetStr(TED_FromWgt(WGT_FromRes(RES_GetNthChild(WGT_Res(WIN_Wgt(alert)), ALRTW_TEXT))));
-            driver_->key(XK_Return);  // Select
-          },
-          [&] {
-            selection = field(FPICK_SELECTION);
-            listed = rows();
-            press(FPICK_ACCEPT);
-          }});
-  fileNameType result;
-  EXPECT_TRUE(chooseFile(kDisplayFiles, result, nullptr, nullptr, "*.flt", TRUE, FALSE));
-  EXPECT_EQ("Found " + project + "/deep/er/target.flt", alertText);
-  EXPECT_EQ(project + "/deep/er/target.flt", selection);
-  EXPECT_EQ((Names{".", "..", "target.flt"}), listed);
-  EXPECT_EQ(project + "/deep/er/target.flt", std::string(result));
 }
 
 }  // namespace

@@ -147,19 +147,7 @@ TEST_F(HelpTest, TheHelpMenuShowsDocumentsWindowHelpAndHelpOnMenuItems) {
   EXPECT_EQ(runs[4], docs + "/user.html#OWBWin:TestWindow");
 }
 
-TEST_F(HelpTest, AWindowsOwnHelpMenuKeepsItsItemsAheadOfASeparator) {
-  WinPtr win = keep(tktest::newWin(150, 150, 420, 200, "own help"));
-  MBarPtr bar = setMenuBar(win, "&Help", "&About");
-  MBAR_GoFirst(bar);
-  MenuPtr own = MBAR_CurGetSubMenu(bar);
-  gHelpManager->addMenu(win);
-  ASSERT_EQ(MBAR_GetNumItems(bar), 1);
-  MBAR_GoFirst(bar);
-  ASSERT_EQ(MBAR_CurGetSubMenu(bar), own);
-  EXPECT_EQ(menuLabels(own), "&About||&Developer Library|&Programmng Guide|&Language Reference|&User Guide|&Menu Item|&This Window|");
-}
-
-TEST_F(HelpTest, AModalWindowGetsF1ThroughItsHiddenButton) {
+TEST_F(HelpTest, AModalWindowGetsF1ThroughItsHiddenButtonAndAnOwnHelpMenuKeepsItsItems) {
   WinPtr win = keep(tktest::newWin(200, 200, 300, 120, "alert"));
   gHelpManager->addModalHelp(win, "AlertWindow", nullptr);
   ASSERT_EQ(PANEL_GetNumWgts(WIN_Panel(win)), 1);
@@ -176,6 +164,18 @@ TEST_F(HelpTest, AModalWindowGetsF1ThroughItsHiddenButton) {
   PANEL_RemoveWgt(WIN_Panel(win), button);
   EXPECT_EQ(WGT_Res(button)->ClientData, nullptr);
   RES_Release(WGT_Res(button));
+
+  // A window's own help menu keeps its items ahead of a separator.
+  win = keep(tktest::newWin(150, 150, 420, 200, "own help"));
+  MBarPtr bar = setMenuBar(win, "&Help", "&About");
+  MBAR_GoFirst(bar);
+  MenuPtr own = MBAR_CurGetSubMenu(bar);
+  gHelpManager->addMenu(win);
+  ASSERT_EQ(MBAR_GetNumItems(bar), 1);
+  MBAR_GoFirst(bar);
+  ASSERT_EQ(MBAR_CurGetSubMenu(bar), own);
+  EXPECT_EQ(menuLabels(own),
+            "&About||&Developer Library|&Programmng Guide|&Language Reference|&User Guide|&Menu Item|&This Window|");
 }
 
 // A command line too long for its buffer is not run; a full path needs no

@@ -47,7 +47,7 @@ TEST(PickerRulesTest, DiskListFollowsTheFilterAndTheKindOfChooser) {
   EXPECT_EQ(2, files);
 }
 
-TEST(PickerRulesTest, SelectionTextOfEachKindOfRow) {
+TEST(PickerRulesTest, SelectionAndDisplayTextOfEachKindOfRow) {
   EXPECT_EQ("/", pickerSelectionForRow("/", ".", FMGR_NODEDIR));
   EXPECT_EQ("/a/b/", pickerSelectionForRow("/a/b", ".", FMGR_NODEDIR));
   EXPECT_EQ("/a/", pickerSelectionForRow("/a/b", "..", FMGR_NODEDIR));
@@ -58,9 +58,7 @@ TEST(PickerRulesTest, SelectionTextOfEachKindOfRow) {
   for (auto [in, out] : std::vector<std::pair<std::string, std::string>>{
            {"/", "/"}, {"//", "/"}, {"/a//", "/a"}, {"a", "a"}, {"", ""}})
     EXPECT_EQ(out, pickerStripTrailingSlashes(in)) << in;
-}
-
-TEST(PickerRulesTest, NamesAreShownOnOneReadableLine) {
+  // Names are shown on one readable line.
   EXPECT_EQ("plain.flt", pickerDisplayName("plain.flt"));
   EXPECT_EQ("a\\nb\\tc", pickerDisplayName("a\nb\tc"));
   EXPECT_EQ("back\\\\slash", pickerDisplayName("back\\slash"));
@@ -85,7 +83,7 @@ PickerChoice recordingChoice(Recorded* r) {
   return choice;
 }
 
-TEST(PickerRulesTest, AcceptingNamesInAFileChooser) {
+TEST(PickerRulesTest, AcceptingNamesInAFileAndADirectoryChooser) {
   owbtest::TempDir dir;
   touch(dir.file("old.flt"));
   mkdir(dir.file("sub").c_str(), 0755);
@@ -118,12 +116,10 @@ TEST(PickerRulesTest, AcceptingNamesInAFileChooser) {
   choice.confirmOverwrite = false;
   EXPECT_EQ(kPickerClose, pickerAcceptSelection(&choice, dir.file("old.flt")));
   EXPECT_EQ(2u, r.asked.size());
-}
 
-TEST(PickerRulesTest, ADirectoryChooserWarnsWithBeepThenAlertThenBeep) {
-  owbtest::TempDir dir;
-  Recorded r;
-  PickerChoice choice = recordingChoice(&r);
+  // A directory chooser warns of a missing directory with a beep, then an
+  // alert, then a beep again.
+  r = Recorded{};
   choice.mustExist = true;
   const std::string missing = dir.file("missing");
   EXPECT_EQ(kPickerStay, pickerAcceptDirectory(&choice, missing));

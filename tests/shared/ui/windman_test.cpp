@@ -17,8 +17,6 @@ class WindowManagerTest : public uitest::ToolmanFixture {
   }
 };
 
-bool sameBox(const _Rect16Rec& a, const _Rect16Rec& b) { return RECT16_Equal(a, b); }
-
 TEST_F(WindowManagerTest, APlaceGivenBackIsHandedToTheNextWindowOfItsType) {
   WinPtr first = openWindow("first");
   ToolWindowRecPtr rec = gWindowManager->addWindowRec(kTestWindow, first, nullptr, nullptr);
@@ -32,7 +30,7 @@ TEST_F(WindowManagerTest, APlaceGivenBackIsHandedToTheNextWindowOfItsType) {
 
   _Rect16Rec moved = RECT16_Make(123, 77, 210, 110);
   WIN_SetBox(first, moved);
-  ASSERT_TRUE(tktest::runUntil([&] { return sameBox(WIN_Wgt(first)->Box, moved); }));
+  ASSERT_TRUE(tktest::runUntil([&] { return RECT16_Equal(WIN_Wgt(first)->Box, moved); }));
   delete gWindowManager->removeWindowRec(first);
   EXPECT_EQ(nullptr, gWindowManager->firstWindow);
   ASSERT_TRUE(waitForReceived("UWIN", 1));
@@ -41,8 +39,8 @@ TEST_F(WindowManagerTest, APlaceGivenBackIsHandedToTheNextWindowOfItsType) {
   WinPtr second = openWindow("second");
   rec = gWindowManager->addWindowRec(kTestWindow, second, nullptr, nullptr);
   EXPECT_EQ(id, rec->uniqueID);
-  EXPECT_TRUE(sameBox(moved, rec->windowRect));
-  EXPECT_TRUE(sameBox(moved, WIN_Wgt(second)->Box));
+  EXPECT_TRUE(RECT16_Equal(moved, rec->windowRect));
+  EXPECT_TRUE(RECT16_Equal(moved, WIN_Wgt(second)->Box));
 
   // An unknown window is no error of the list and sends nothing.
   EXPECT_EQ(nullptr, gWindowManager->removeWindowRec(first));
