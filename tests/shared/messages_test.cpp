@@ -56,13 +56,12 @@ class MessagingTest : public ::testing::Test {
 inline TCPTransport* tcpOf(MessageCenter& center) { return static_cast<TCPTransport*>(center.transport); }
 
 // A transport without sockets: what is sent to its own port comes back from
-// poll in the order sent; what is sent elsewhere is kept in `sent`.
+// poll in the order sent; what is sent elsewhere is dropped.
 class MemoryTransport : public MessageTransport {
  public:
   explicit MemoryTransport(int port) : port_(port) {}
   ~MemoryTransport() override {
     for (Message* message : inbox_) delete message;
-    for (Message* message : sent) delete message;
   }
   int listenerPort() const override { return port_; }
   Message* poll() override {
@@ -72,13 +71,9 @@ class MemoryTransport : public MessageTransport {
     return message;
   }
   void sendMessage(const Message* message) override {
-    Message* copy = new Message(*message);
-    if (message->header.receiverInfo.listenerPort == port_) inbox_.push_back(copy);
-    else sent.push_back(copy);
+    if (message->header.receiverInfo.listenerPort == port_) inbox_.push_back(new Message(*message));
   }
   void ticklePort(int) override { lastError = kNoError; }
-
-  std::vector<Message*> sent;
 
  private:
   int port_;
@@ -88,10 +83,7 @@ class MemoryTransport : public MessageTransport {
 // Runs body in a child process; the child's exit status is body's result.
 inline pid_t runInChild(const std::function<int()>& body) {
   pid_t child = fork();
-  if (child == 0) {
-    int status = body();
-    _exit(status);
-  }
+  if (child == 0) _exit(body());
   return child;
 }
 
@@ -175,6 +167,11 @@ TEST(MessageCodec, HeaderFieldsSitAtTheirOffsetsBigEndian) {
   EXPECT_EQ(bytesAt(wire, 436, 4), (std::vector<uint8_t>{0, 0, 0x13, 0x88}));
   EXPECT_EQ(bytesAt(wire, 440, 4), (std::vector<uint8_t>{0, 0, 0, 0}));
 
+  // A tool record on its own is the same 84 bytes.
+  uint8_t record[kToolInfoWireSize];
+  encodeToolInfo(sampleHeader().senderInfo, record);
+  EXPECT_EQ(std::vector<uint8_t>(record, record + 84), bytesAt(wire, 264, 84));
+
   // Decoded into a header full of junk and encoded again, every byte
   // comes back: each field was read from its place.
   MessageHeader decoded;
@@ -202,15 +199,6 @@ TEST(MessageCodec, NegativeAndHighValuesAndUnterminatedTextDecodeSafely) {
   EXPECT_EQ(decoded.replyTimeout, 0xFFFFFFF0u);
   EXPECT_EQ(std::string(decoded.senderInfo.name), std::string(31, 'A'));
   EXPECT_STREQ(decoded.senderInfo.publisherInfo, "pub");
-}
-
-TEST(MessageCodec, ToolInfoIsTheSame84ByteRecord) {
-  MessageHeader header = sampleHeader();
-  uint8_t wire[kMessageHeaderWireSize];
-  encodeMessageHeader(header, wire);
-  uint8_t record[kToolInfoWireSize];
-  encodeToolInfo(header.senderInfo, record);
-  EXPECT_EQ(std::vector<uint8_t>(record, record + 84), bytesAt(wire, 264, 84));
 }
 
 TEST(MessageCodec, EachParameterTypeHasItsByteForm) {
@@ -241,7 +229,6 @@ TEST(MessageCodec, EachParameterTypeHasItsByteForm) {
   EXPECT_EQ(message.getParamLength(7), 32);
   EXPECT_EQ(message.getParamLength(8), 0);
   EXPECT_NE(message.getParam(8), nullptr);
-  EXPECT_EQ(message.getParamType(4), kParamError);
 
   int32_t longValue = 0;
   int16_t shortValue = 0;

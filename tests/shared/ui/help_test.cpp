@@ -10,16 +10,12 @@
 
 namespace {
 
-struct WinLog {
-  std::vector<bool> menuChoicesTaken;
-};
-
 long helpWinNfy(ResPtr res, Int message, ClientPtr data) {
   WinPtr win = WIN_FromRes(res);
-  auto* log = static_cast<WinLog*>(res->ClientData);
+  auto* menuChoicesTaken = static_cast<std::vector<bool>*>(res->ClientData);
   if (message == WIN_NFYKEYCHAR && gHelpManager->checkHelpKey("TestWindow", win, nullptr)) return 0;
   if (message == WIN_NFYSELMENUBAR) {
-    log->menuChoicesTaken.push_back(gHelpManager->handleHelpMItems(win, "TestWindow", nullptr));
+    menuChoicesTaken->push_back(gHelpManager->handleHelpMItems(win, "TestWindow", nullptr));
     return 0;
   }
   return WIN_DefNfy(res, message, data);
@@ -57,8 +53,9 @@ class HelpTest : public uitest::ToolmanFixture {
     gHelpManager->showMenuHelp = FALSE;
   }
   // The viewer runs in the background: its record is awaited.
-  std::vector<std::string> viewerRuns(size_t atLeast, int timeoutMs = 3000) {
-    std::vector<std::string> got;
+  using Runs = std::vector<std::string>;
+  Runs viewerRuns(size_t atLeast, int timeoutMs = 3000) {
+    Runs got;
     waitFor(
         [&] {
           got.clear();
@@ -84,8 +81,7 @@ class HelpTest : public uitest::ToolmanFixture {
   }
   WinPtr openWindow(bool withHelpMenu) {
     WinPtr win = keep(tktest::newWin(150, 150, 420, 200, "help"));
-    WGT_Res(WIN_Wgt(win))->ClientData = &log_;
-    WGT_Res(WIN_Wgt(win))->Notify = helpWinNfy;
+    RES_SetNfyProcDS(WGT_Res(WIN_Wgt(win)), helpWinNfy, &menuChoicesTaken_);
     if (withHelpMenu) {
       setMenuBar(win, "&File", "&Close");
       gHelpManager->addMenu(win);
@@ -98,7 +94,7 @@ class HelpTest : public uitest::ToolmanFixture {
     driver_->key(sym, mod);
     settle();
   }
-  WinLog log_;
+  std::vector<bool> menuChoicesTaken_;
 };
 
 TEST_F(HelpTest, F1InAWindowStartsTheViewerOnTheWindowsAnchorAndEatsTheRepeats) {
@@ -108,9 +104,7 @@ TEST_F(HelpTest, F1InAWindowStartsTheViewerOnTheWindowsAnchorAndEatsTheRepeats) 
   driver_->key(XK_F1);  // a repeat, within the second that is eaten
   settle();
   EXPECT_GE(std::chrono::steady_clock::now() - start, std::chrono::milliseconds(950));
-  std::vector<std::string> runs = viewerRuns(1);
-  ASSERT_EQ(runs.size(), 1u);
-  EXPECT_EQ(runs[0], docs + "/user.html#OWBWin:TestWindow");
+  EXPECT_EQ(viewerRuns(1), Runs{docs + "/user.html#OWBWin:TestWindow"});
   EXPECT_EQ(viewerRuns(2, 200).size(), 1u);
 }
 
@@ -132,19 +126,15 @@ TEST_F(HelpTest, TheHelpMenuShowsDocumentsWindowHelpAndHelpOnMenuItems) {
            {XK_l, NoSymbol}, {XK_h, XK_Control_L}, {XK_h, XK_Control_L}, {XK_h, XK_Control_L},
            {XK_f, XK_Alt_L}, {XK_c, NoSymbol}, {XK_f, XK_Alt_L}, {XK_c, NoSymbol}})
     key(sym, mod);
-  std::vector<std::string> runs = viewerRuns(4);
-  ASSERT_EQ(runs.size(), 4u);
-  EXPECT_EQ(runs[0], docs + "/userGuide.html");
-  EXPECT_EQ(runs[1], docs + "/user.html#OWBMenu:TestWindow:LanguageReference");
-  EXPECT_EQ(runs[2], docs + "/user.html#OWBMenu:TestWindow:MenuItem");
-  EXPECT_EQ(runs[3], docs + "/user.html#OWBMenu:TestWindow:Close");
-  EXPECT_EQ(log_.menuChoicesTaken, (std::vector<bool>{true, true, true, true, true, true, true, false}));
+  Runs runs{docs + "/userGuide.html", docs + "/user.html#OWBMenu:TestWindow:LanguageReference",
+            docs + "/user.html#OWBMenu:TestWindow:MenuItem", docs + "/user.html#OWBMenu:TestWindow:Close"};
+  EXPECT_EQ(viewerRuns(4), runs);
+  EXPECT_EQ(menuChoicesTaken_, (std::vector<bool>{true, true, true, true, true, true, true, false}));
 
   // "&This Window" by F1, its accelerator in the menu.
   key(XK_F1);
-  runs = viewerRuns(5);
-  ASSERT_EQ(runs.size(), 5u);
-  EXPECT_EQ(runs[4], docs + "/user.html#OWBWin:TestWindow");
+  runs.push_back(docs + "/user.html#OWBWin:TestWindow");
+  EXPECT_EQ(viewerRuns(5), runs);
 }
 
 TEST_F(HelpTest, AModalWindowGetsF1ThroughItsHiddenButtonAndAnOwnHelpMenuKeepsItsItems) {
@@ -154,9 +144,7 @@ TEST_F(HelpTest, AModalWindowGetsF1ThroughItsHiddenButtonAndAnOwnHelpMenuKeepsIt
   WIN_Init(win);
   ASSERT_TRUE(tktest::showFocused(win));
   key(XK_F1);
-  std::vector<std::string> runs = viewerRuns(1);
-  ASSERT_EQ(runs.size(), 1u);
-  EXPECT_EQ(runs[0], docs + "/user.html#OWBWin:AlertWindow");
+  EXPECT_EQ(viewerRuns(1), Runs{docs + "/user.html#OWBWin:AlertWindow"});
 
   // The button's end frees what it held.
   WgtPtr button = PANEL_GetNthWgt(WIN_Panel(win), 0);
@@ -198,9 +186,7 @@ TEST_F(HelpTest, CommandLinesFullPathsAndAToolManagerThatDoesNotAnswer) {
   auto start = std::chrono::steady_clock::now();
   gHelpManager->showHelp(home.file("own.html").c_str(), "Part", nullptr);
   EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::milliseconds(1000));
-  std::vector<std::string> runs = viewerRuns(1);
-  ASSERT_EQ(runs.size(), 1u);
-  EXPECT_EQ(runs[0], home.file("own.html") + "#Part");
+  EXPECT_EQ(viewerRuns(1), Runs{home.file("own.html") + "#Part"});
 
   start = std::chrono::steady_clock::now();
   gHelpManager->showHelp("user.html", nullptr, nullptr);

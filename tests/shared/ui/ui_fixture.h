@@ -81,7 +81,15 @@ class ToolmanFixture : public tktest::ToolkitTest {
     gMessageCenter = new MessageCenter();
     gToolManToolInfo.listenerPort = getToolManagerPort();
     gWindowManager = new WindowManager(FALSE);
-    registerWithToolman();
+    ToolInfo me{};
+    std::strcpy(me.name, "uitest");
+    me.toolType = kTestToolType;
+    me.listenerPort = gMessageCenter->thisToolInfo.listenerPort;
+    Message* regt = new Message(OWB_TYPE("REGT"), &gToolManToolInfo);
+    regt->addToolInfoParam(me);
+    regt->addStringParam(kParamStr255, "/bin/uitest");
+    gMessageCenter->sendMessage(regt);
+    ASSERT_TRUE(waitForReceived("REGT", 1));
   }
 
   void TearDown() override {
@@ -104,18 +112,6 @@ class ToolmanFixture : public tktest::ToolkitTest {
   template <class Done>
   static bool waitFor(Done done, int timeoutMs = 5000) {
     return owbtest::pumpUntil([] { std::this_thread::sleep_for(std::chrono::milliseconds(10)); }, done, timeoutMs);
-  }
-
-  void registerWithToolman() {
-    ToolInfo me{};
-    std::strcpy(me.name, "uitest");
-    me.toolType = kTestToolType;
-    me.listenerPort = gMessageCenter->thisToolInfo.listenerPort;
-    Message* regt = new Message(OWB_TYPE("REGT"), &gToolManToolInfo);
-    regt->addToolInfoParam(me);
-    regt->addStringParam(kParamStr255, "/bin/uitest");
-    gMessageCenter->sendMessage(regt);
-    ASSERT_TRUE(waitForReceived("REGT", 1));
   }
 
   // Runs `toolman --send` for each line while this tool serves its

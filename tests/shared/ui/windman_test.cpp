@@ -102,15 +102,13 @@ TEST_F(WindowManagerTest, ToolManagerHidesShowsAndClosesAllWindows) {
   EXPECT_TRUE(waitForReceived("UWIN", 2));
 }
 
-struct ViewerLog {
-  std::vector<std::pair<WinPtr, bool>> calls;
-};
-ViewerLog gViewerLog;
+// The viewer callbacks: window and whether it became active.
+std::vector<std::pair<WinPtr, bool>> gViewerCalls;
 
-void noteViewer(WinPtr win, TButPtr, Boolean active) { gViewerLog.calls.push_back({win, active != 0}); }
+void noteViewer(WinPtr win, TButPtr, Boolean active) { gViewerCalls.push_back({win, active != 0}); }
 
 TEST_F(WindowManagerTest, OneActiveViewerPerTypeAndSourceViewersTellTheToolManager) {
-  gViewerLog = ViewerLog();
+  gViewerCalls.clear();
   TButPtr button = TBUT_Create();
   WinPtr v1 = openWindow("viewer 1");
   WinPtr v2 = openWindow("viewer 2");
@@ -120,24 +118,23 @@ TEST_F(WindowManagerTest, OneActiveViewerPerTypeAndSourceViewersTellTheToolManag
   EXPECT_EQ(gWindowManager->getWindowRec(v2), gWindowManager->getActiveViewer(kSourceViewerWindowType));
   EXPECT_FALSE(gWindowManager->getWindowRec(v1)->activeViewer);
   // The second addition told both windows of their state.
-  ASSERT_GE(gViewerLog.calls.size(), 3u);
-  EXPECT_TRUE(gViewerLog.calls.back().second || gViewerLog.calls[gViewerLog.calls.size() - 2].second);
+  ASSERT_GE(gViewerCalls.size(), 3u);
+  EXPECT_TRUE(gViewerCalls.back().second || gViewerCalls[gViewerCalls.size() - 2].second);
   EXPECT_TRUE(waitForReceived("ASRC", 2));
 
   // Deactivating sends DSRC even for a window that was not active, and
   // tells no callback.
-  size_t calls = gViewerLog.calls.size();
+  size_t calls = gViewerCalls.size();
   gWindowManager->setActiveViewer(v1, FALSE);
-  EXPECT_EQ(calls, gViewerLog.calls.size());
+  EXPECT_EQ(calls, gViewerCalls.size());
   EXPECT_TRUE(waitForReceived("DSRC", 1));
 
   // The Tool Manager's DSRC makes the active one inactive, without an answer.
   Message dsrc(OWB_TYPE("DSRC"), &gMessageCenter->thisToolInfo);
   EXPECT_EQ(kNoError, WindowManager::deactivateSourceViewerMsg(&dsrc, nullptr));
   EXPECT_FALSE(gWindowManager->getWindowRec(v2)->activeViewer);
-  ASSERT_FALSE(gViewerLog.calls.empty());
-  EXPECT_EQ(v2, gViewerLog.calls.back().first);
-  EXPECT_FALSE(gViewerLog.calls.back().second);
+  EXPECT_EQ(v2, gViewerCalls.back().first);
+  EXPECT_FALSE(gViewerCalls.back().second);
   EXPECT_EQ(nullptr, gWindowManager->getActiveViewer(kSourceViewerWindowType));
   EXPECT_EQ(kWindowNotFound, gWindowManager->lastError);
   EXPECT_TRUE(gWindowManager->windowTypeExists(kSourceViewerWindowType));
