@@ -1,11 +1,15 @@
 // Dragging an outline with real pointer input: the 12-pixel threshold,
-// the outline drawn while dragging and erased after.
+// the outline drawn while dragging and erased after; fitting text into a
+// width with "...", measured on the display.
 #include <gtest/gtest.h>
 
+#include <cstring>
+#include <string>
 #include <vector>
 
 #include "shared/ui/uiutils.h"
 #include "tests/toolkit/tk_fixture.h"
+#include "toolkit/draw.h"
 
 namespace {
 
@@ -46,60 +50,37 @@ class GhostDragTest : public ToolkitTest {
     RES_SetNfyProcDS(WGT_Res(WIN_Wgt(win_)), dragNfy, &drag_);
     ASSERT_TRUE(tktest::showAndWait(win_));
   }
-  // Presses at a point of the window, moves by (dx, dy) while the button is
-  // down, looks at the screen, and releases; all in the drag's own loop.
+  // Drags from a point of the window by (dx, dy) and looks, while the
+  // button is still down, at where the rectangle's corner would go.
   void dragBy(int dx, int dy) {
-    struct Script {
-      owbtest::XTestDriver* driver;
-      WinPtr win;
-      _Point16Rec to;
-      _Point16Rec probe;
-      uint32_t during = 0;
-    };
+    probe_ = {static_cast<int16_t>(40 + dx), static_cast<int16_t>(40 + dy)};
+    EVENT_StartCBackAlarmDS(
+        [](ClientPtr p) {
+          auto* t = static_cast<GhostDragTest*>(p);
+          t->during_ = pixel(t->win_, t->probe_.X, t->probe_.Y);
+        },
+        this, 200);
     _Point16Rec from = tktest::absOf(WIN_Wgt(win_), 60, 60);
-    script_ = std::make_unique<Script>(Script{driver_.get(), win_,
-                                              {static_cast<int16_t>(from.X + dx), static_cast<int16_t>(from.Y + dy)},
-                                              {static_cast<int16_t>(40 + dx), static_cast<int16_t>(40 + dy)}});
-    Script* s = static_cast<Script*>(script_.get());
-    EVENT_StartCBackAlarmDS(
-        [](ClientPtr p) {
-          auto* s = static_cast<Script*>(p);
-          s->driver->moveTo(s->to.X, s->to.Y);
-        },
-        s, 80);
-    EVENT_StartCBackAlarmDS(
-        [](ClientPtr p) {
-          auto* s = static_cast<Script*>(p);
-          s->during = pixel(s->win, s->probe.X, s->probe.Y);
-          s->driver->release(1);
-        },
-        s, 250);
-    driver_->moveTo(from.X, from.Y);
-    driver_->press(1);
-    settle();
-    ASSERT_TRUE(tktest::runUntil([&] { return TIMER_GetQueuedCount() == 0 && !EVENT_IsTracking(); }));
-    settle();
-    during_ = s->during;
+    ASSERT_TRUE(drag(from, {static_cast<int16_t>(from.X + dx), static_cast<int16_t>(from.Y + dy)}, 80, 300));
   }
   WinPtr win_ = nullptr;
   Drag drag_;
-  std::shared_ptr<void> script_;
+  _Point16Rec probe_{0, 0};
   uint32_t during_ = 0;
 };
 
-TEST_F(GhostDragTest, ADragUnderTwelvePixelsChangesNothing) {
+TEST_F(GhostDragTest, ADragOverTheThresholdMovesTheRectangleAndErasesItsOutline) {
+  // Under twelve pixels nothing changes and no outline is drawn.
   uint32_t background = pixel(win_, 40, 40);
   dragBy(11, -11);
   EXPECT_EQ(drag_.calls, 1);
   EXPECT_FALSE(drag_.moved);
   EXPECT_TRUE(RECT16_Equal(drag_.rect, RECT16_Make(40, 40, 80, 50)));
-  EXPECT_EQ(during_, background);  // no outline was drawn
-}
+  EXPECT_EQ(during_, background);
 
-TEST_F(GhostDragTest, ADragOverTheThresholdMovesTheRectangleAndErasesItsOutline) {
-  uint32_t background = pixel(win_, 90, 70);
+  background = pixel(win_, 90, 70);
   dragBy(50, 30);
-  EXPECT_EQ(drag_.calls, 1);
+  EXPECT_EQ(drag_.calls, 2);
   EXPECT_TRUE(drag_.moved);
   EXPECT_TRUE(RECT16_Equal(drag_.rect, RECT16_Make(90, 70, 80, 50)));
   EXPECT_NE(during_, background);  // the outline's corner, inverted
@@ -109,6 +90,49 @@ TEST_F(GhostDragTest, ADragOverTheThresholdMovesTheRectangleAndErasesItsOutline)
   dragBy(0, 12);
   EXPECT_TRUE(drag_.moved);
   EXPECT_TRUE(RECT16_Equal(drag_.rect, RECT16_Make(90, 82, 80, 50)));
+}
+
+int widthOf(const char* s) { return DRAW_QueryTextExt(FONT_Default(), s, -1).X; }
+
+TEST(TruncTest, CutsTheEndOrTheFrontAndNeverGrows) {
+  ASSERT_TRUE(tktest::startToolkit());
+  const char* text = "/home/user/fleets/production/engines.flt";
+  int full = widthOf(text);
+  char buf[128];
+  std::strcpy(buf, text);
+  truncToFit(nullptr, full + 1, buf);  // narrower than the width: unchanged
+  EXPECT_STREQ(buf, text);
+  truncToFit(nullptr, full, buf);  // exactly the width: shortened
+  EXPECT_NE(std::string(buf), text);
+
+  std::strcpy(buf, text);
+  truncToFit(nullptr, full / 2, buf);
+  std::string cut(buf);
+  ASSERT_GE(cut.size(), 4u);
+  EXPECT_EQ(cut.substr(cut.size() - 3), "...");
+  EXPECT_EQ(std::string(text).rfind(cut.substr(0, cut.size() - 3), 0), 0u);
+  EXPECT_LE(widthOf(buf), full / 2);
+
+  std::strcpy(buf, text);
+  reverseTruncToFit(nullptr, full / 2, buf);
+  std::string tail(buf);
+  EXPECT_EQ(tail.substr(0, 3), "...");
+  EXPECT_EQ(std::string(text).substr(std::strlen(text) - (tail.size() - 3)), tail.substr(3));
+  EXPECT_LE(widthOf(buf), full / 2);
+
+  std::strcpy(buf, text);
+  truncToFit(nullptr, widthOf("...") - 1, buf);  // not even "..." fits
+  EXPECT_STREQ(buf, "");
+
+  // Short texts and multi-byte characters stay within their bytes.
+  char two[3] = "WW";
+  truncToFit(nullptr, widthOf("..."), two);
+  EXPECT_LE(std::strlen(two), 2u);
+  char umlauts[32] = "\xc3\xa4\xc3\xb6\xc3\xbc\xc3\xa4\xc3\xb6\xc3\xbc";
+  truncToFit(nullptr, widthOf(umlauts) / 2, umlauts);
+  std::string u(umlauts);
+  EXPECT_EQ(u.substr(u.size() - 3), "...");
+  EXPECT_EQ((u.size() - 3) % 2, 0u);  // whole two-byte characters
 }
 
 }  // namespace

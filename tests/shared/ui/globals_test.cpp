@@ -13,6 +13,8 @@
 #include "testsupport.h"
 #include "toolkit/app.h"
 #include "toolkit/err.h"
+#include "toolkit/icon.h"
+#include "toolkit/pfld.h"
 #include "toolkit/rlib.h"
 
 namespace {
@@ -51,19 +53,27 @@ class GlobalsTest : public ::testing::Test {
 
 TEST_F(GlobalsTest, StartUpWritesLogHeaderAndDirectories) {
   initializeGlobals("fleetmgr", 0);
-  EXPECT_STREQ(gToolName, "fleetmgr");
   EXPECT_EQ(std::string(gOwbDirectory), owbtest::installTree() + "/");
   EXPECT_EQ(std::string(gResourcesDirectory), owbtest::installTree() + "/bin/resource/");
-  EXPECT_EQ(gLogLevel, 0);
 
   OWB_LOG("Got port of " << 4242 << " for Tool Manager");
-  const std::string text = log();
+  std::string text = log();
   EXPECT_TRUE(std::regex_search(
       text, std::regex("^fleetmgr globals\\.cpp \\([0-9]+\\): \t\nInitializing fleetmgr\n\n")))
       << text;
   EXPECT_TRUE(std::regex_search(
       text, std::regex("\nfleetmgr globals_test\\.cpp \\([0-9]+\\): \tGot port of 4242 for Tool Manager\n$")))
       << text;
+
+  // A list logs its count, then each element on a line.
+  List list(kStandardChunkSize, TRUE, EqualCompare);
+  list.include(new NumberItem(7));
+  list.include(new StringItem("seven"));
+  list.log();
+  text = log();
+  EXPECT_NE(text.find("): \tList: (2) elements:\n"), std::string::npos);
+  EXPECT_NE(text.find("): \t7\n"), std::string::npos);
+  EXPECT_NE(text.find("): \tseven\n"), std::string::npos);
 }
 
 TEST_F(GlobalsTest, TrailingSlashAndLogSettings) {
@@ -83,7 +93,6 @@ TEST_F(GlobalsTest, TrailingSlashAndLogSettings) {
     EXPECT_EQ(gLogLevel, expected);
     EXPECT_EQ(gMaxOWBLogSize, 100);
     cleanUpGlobals();
-    gMaxOWBLogSize = kDefaultMaxLogSize;
   }
 }
 
@@ -103,34 +112,14 @@ TEST_F(GlobalsTest, OnlyTheToolManagerEmptiesAnOversizedLog) {
   EXPECT_NE(trimmed.find("Initializing toolman"), std::string::npos);
 }
 
-TEST_F(GlobalsTest, ListLogWritesCountAndElements) {
-  initializeGlobals("t", 0);
-  List list(kStandardChunkSize, TRUE, EqualCompare);
-  list.include(new NumberItem(7));
-  list.include(new StringItem("seven"));
-  list.log();
-  const std::string text = log();
-  EXPECT_NE(text.find("): \tList: (2) elements:\n"), std::string::npos);
-  EXPECT_NE(text.find("): \t7\n"), std::string::npos);
-  EXPECT_NE(text.find("): \tseven\n"), std::string::npos);
-}
-
 std::string rgb(ColorPtr color) {
   char text[8];
   std::snprintf(text, sizeof text, "#%02x%02x%02x", color->R, color->G, color->B);
   return text;
 }
 
-TEST_F(GlobalsTest, SharedColoursPensAndFontsComeFromTheToolkitAndTheSharedLibrary) {
+TEST_F(GlobalsTest, SharedColoursFontsAndIconComeFromTheSharedLibrary) {
   initializeGlobals("fleetmgr", 0);
-  EXPECT_EQ(gBlackColor, COLOR_Black());
-  EXPECT_EQ(gGrayColor, COLOR_Gray());
-  EXPECT_EQ(gLightGrayColor, COLOR_LightGray());
-  EXPECT_EQ(gYellowColor, COLOR_Yellow());
-  EXPECT_EQ(gRedColor, COLOR_Red());
-  EXPECT_EQ(gGreenColor, COLOR_Green());
-  EXPECT_EQ(gTransparentColor, COLOR_Transparent());
-  EXPECT_EQ(gInvisibleColor, COLOR_LoadById(0));
   // The shared library's 16-bit components, high bytes.
   const std::pair<ColorPtr, const char*> fromLibrary[] = {
       {gHiliteColor, "#3264c8"},      {gHiliteLighterColor, "#afcdf0"}, {gHiliteDarkerColor, "#1e3c82"},
@@ -141,9 +130,6 @@ TEST_F(GlobalsTest, SharedColoursPensAndFontsComeFromTheToolkitAndTheSharedLibra
     EXPECT_EQ(rgb(color), expected);
     EXPECT_EQ(color->Kind, COLOR_KINDRGB);
   }
-  EXPECT_EQ(gSolidPen, PEN_Solid());
-  EXPECT_EQ(gInvisiblePen, PEN_Invisible());
-  EXPECT_EQ(gEmptyPattern, PATT_Empty());
   ASSERT_NE(gTextFont, nullptr);
   EXPECT_STREQ(gTextFont->Family, "DejaVu Sans Mono");
   EXPECT_EQ(gTextFont->Points, 12);
@@ -151,6 +137,12 @@ TEST_F(GlobalsTest, SharedColoursPensAndFontsComeFromTheToolkitAndTheSharedLibra
   ASSERT_NE(gLabelFont, nullptr);
   EXPECT_STREQ(gLabelFont->Family, "DejaVu Sans");
   EXPECT_TRUE(gLabelFont->Bold);
+  // The colour classes' library comes along; the tool's icon is there too.
+  EXPECT_NE(RLIB_Find("Vgm"), nullptr);
+  ResPtr icon = RES_Load("shared", "fleetmgr");
+  EXPECT_EQ(PFLD_GetInt(icon, RCLAS_FindField(icon->ResClass, "Width")), 16);
+  EXPECT_TRUE(ICON_ShapeIsValid(PFLD_GetStr(icon, RCLAS_FindField(icon->ResClass, "Shape"))));
+  RES_Release(icon);
 
   // A second start (the fonts and colours are the toolkit's, kept for the
   // program's life) gives the same objects.
@@ -198,14 +190,12 @@ long recordingHandler(const char* text, long type, const char* title, const char
 
 TEST(ErrorsTest, TextsAndAlerts) {
   char text[64];
-  convertErrorToText(-505, text, FALSE);
-  EXPECT_STREQ(text, "the symbol file is missing or invalid");
-  convertErrorToText(-602, text, FALSE);
-  EXPECT_STREQ(text, "the symbol file is missing or invalid");
-  convertErrorToText(-1702, text, FALSE);
-  EXPECT_STREQ(text, "there is insufficient memory");
-  convertErrorToText(-1402, text, FALSE);
-  EXPECT_STREQ(text, "an unknown error occurred");
+  for (auto [code, want] : {std::pair{-505, "the symbol file is missing or invalid"},
+                            {-602, "the symbol file is missing or invalid"}, {-1702, "there is insufficient memory"},
+                            {-1402, "an unknown error occurred"}}) {
+    convertErrorToText(code, text, FALSE);
+    EXPECT_STREQ(text, want);
+  }
   convertErrorToText(-803, text, TRUE);
   EXPECT_EQ(static_cast<unsigned char>(text[0]), static_cast<unsigned char>('a' + 32));
   EXPECT_STREQ(text + 1, "n error occurred reading the preferences file");

@@ -61,18 +61,19 @@ class ToolmanFixture : public tktest::ToolkitTest {
   pid_t toolman = -1;
   int port = 0;
 
+  // Options added to the Tool Manager's command line.
+  virtual std::vector<std::string> toolmanOptions() { return {}; }
+
   void SetUp() override {
     tktest::ToolkitTest::SetUp();
     prctl(PR_SET_CHILD_SUBREAPER, 1);
     ASSERT_TRUE(uitest::loadInstallationLibraries());
     ASSERT_EQ(0, system(("mkdir -p " + project).c_str()));
     int wanted = 31000 + static_cast<int>(getpid() % 3000) * 3;
-    toolman = owbtest::startProgram(
-        {toolmanPath(), "--port", std::to_string(wanted), "--project", project}, home.file("toolman.out"));
-    for (int waited = 0; waited < 5000 && port == 0; waited += 10) {
-      port = std::atoi(owbtest::readWholeFile(home.path() + "/.owb/owbport").c_str());
-      if (port == 0) std::this_thread::sleep_for(std::chrono::milliseconds(10));
-    }
+    std::vector<std::string> args{toolmanPath(), "--port", std::to_string(wanted), "--project", project};
+    for (const std::string& option : toolmanOptions()) args.push_back(option);
+    toolman = owbtest::startProgram(args, home.file("toolman.out"));
+    waitFor([&] { return (port = std::atoi(owbtest::readWholeFile(home.path() + "/.owb/owbport").c_str())) > 0; });
     ASSERT_GT(port, 0) << owbtest::readWholeFile(home.file("toolman.out"));
     forgetToolManagerPort();
     gToolName = newStringCopy("uitest");
@@ -80,31 +81,6 @@ class ToolmanFixture : public tktest::ToolkitTest {
     gMessageCenter = new MessageCenter();
     gToolManToolInfo.listenerPort = getToolManagerPort();
     gWindowManager = new WindowManager(FALSE);
-    registerWithToolman();
-  }
-
-  void TearDown() override {
-    tktest::ToolkitTest::TearDown();
-    delete gWindowManager;
-    gWindowManager = nullptr;
-    if (toolman > 0) {
-      send({"exit"});
-      int status = 0;
-      for (int waited = 0; waited < 5000 && toolman > 0; waited += 10) {
-        if (waitpid(toolman, &status, WNOHANG) == toolman) toolman = -1;
-        else std::this_thread::sleep_for(std::chrono::milliseconds(10));
-      }
-      if (toolman > 0) {
-        kill(toolman, SIGKILL);
-        waitpid(toolman, nullptr, 0);
-      }
-    }
-    cleanUpGlobals();
-    gToolManToolInfo = ToolInfo{};
-    forgetToolManagerPort();
-  }
-
-  void registerWithToolman() {
     ToolInfo me{};
     std::strcpy(me.name, "uitest");
     me.toolType = kTestToolType;
@@ -114,6 +90,28 @@ class ToolmanFixture : public tktest::ToolkitTest {
     regt->addStringParam(kParamStr255, "/bin/uitest");
     gMessageCenter->sendMessage(regt);
     ASSERT_TRUE(waitForReceived("REGT", 1));
+  }
+
+  void TearDown() override {
+    tktest::ToolkitTest::TearDown();
+    delete gWindowManager;
+    gWindowManager = nullptr;
+    if (toolman > 0) {
+      send({"exit"});
+      if (!waitFor([&] { return waitpid(toolman, nullptr, WNOHANG) == toolman; })) {
+        kill(toolman, SIGKILL);
+        waitpid(toolman, nullptr, 0);
+      }
+    }
+    cleanUpGlobals();
+    gToolManToolInfo = ToolInfo{};
+    forgetToolManagerPort();
+  }
+
+  // Checks done every 10 ms until it holds or the time is over.
+  template <class Done>
+  static bool waitFor(Done done, int timeoutMs = 5000) {
+    return owbtest::pumpUntil([] { std::this_thread::sleep_for(std::chrono::milliseconds(10)); }, done, timeoutMs);
   }
 
   // Runs `toolman --send` for each line while this tool serves its
@@ -153,11 +151,7 @@ class ToolmanFixture : public tktest::ToolkitTest {
   }
 
   bool waitForReceived(const std::string& type, size_t count, int timeoutMs = 5000) {
-    for (int waited = 0; waited < timeoutMs; waited += 10) {
-      if (received(type).size() >= count) return true;
-      std::this_thread::sleep_for(std::chrono::milliseconds(10));
-    }
-    return false;
+    return waitFor([&] { return received(type).size() >= count; }, timeoutMs);
   }
 };
 

@@ -17,8 +17,6 @@ class WindowManagerTest : public uitest::ToolmanFixture {
   }
 };
 
-bool sameBox(const _Rect16Rec& a, const _Rect16Rec& b) { return RECT16_Equal(a, b); }
-
 TEST_F(WindowManagerTest, APlaceGivenBackIsHandedToTheNextWindowOfItsType) {
   WinPtr first = openWindow("first");
   ToolWindowRecPtr rec = gWindowManager->addWindowRec(kTestWindow, first, nullptr, nullptr);
@@ -32,7 +30,7 @@ TEST_F(WindowManagerTest, APlaceGivenBackIsHandedToTheNextWindowOfItsType) {
 
   _Rect16Rec moved = RECT16_Make(123, 77, 210, 110);
   WIN_SetBox(first, moved);
-  ASSERT_TRUE(tktest::runUntil([&] { return sameBox(WIN_Wgt(first)->Box, moved); }));
+  ASSERT_TRUE(tktest::runUntil([&] { return RECT16_Equal(WIN_Wgt(first)->Box, moved); }));
   delete gWindowManager->removeWindowRec(first);
   EXPECT_EQ(nullptr, gWindowManager->firstWindow);
   ASSERT_TRUE(waitForReceived("UWIN", 1));
@@ -41,8 +39,8 @@ TEST_F(WindowManagerTest, APlaceGivenBackIsHandedToTheNextWindowOfItsType) {
   WinPtr second = openWindow("second");
   rec = gWindowManager->addWindowRec(kTestWindow, second, nullptr, nullptr);
   EXPECT_EQ(id, rec->uniqueID);
-  EXPECT_TRUE(sameBox(moved, rec->windowRect));
-  EXPECT_TRUE(sameBox(moved, WIN_Wgt(second)->Box));
+  EXPECT_TRUE(RECT16_Equal(moved, rec->windowRect));
+  EXPECT_TRUE(RECT16_Equal(moved, WIN_Wgt(second)->Box));
 
   // An unknown window is no error of the list and sends nothing.
   EXPECT_EQ(nullptr, gWindowManager->removeWindowRec(first));
@@ -86,14 +84,11 @@ TEST_F(WindowManagerTest, ToolManagerHidesShowsAndClosesAllWindows) {
   ASSERT_TRUE(tktest::showAndWait(a));
   ASSERT_TRUE(tktest::showAndWait(b));
 
-  ASSERT_EQ(0, send({"hide uitest"}));
-  serve(3);
-  EXPECT_EQ(WIN_STATEICONIFIED, WIN_GetState(a));
-  EXPECT_EQ(WIN_STATEICONIFIED, WIN_GetState(b));
-  ASSERT_EQ(0, send({"show uitest"}));
-  serve(3);
-  EXPECT_EQ(WIN_STATEOPEN, WIN_GetState(a));
-  EXPECT_EQ(WIN_STATEOPEN, WIN_GetState(b));
+  for (auto [command, state] : {std::pair{"hide uitest", WIN_STATEICONIFIED}, {"show uitest", WIN_STATEOPEN}}) {
+    ASSERT_EQ(0, send({command}));
+    serve(3);
+    for (WinPtr w : {a, b}) EXPECT_EQ(state, WIN_GetState(w)) << command;
+  }
 
   // b is the head: closing it closes a as well, whose record the walk
   // then finds gone.
@@ -102,21 +97,18 @@ TEST_F(WindowManagerTest, ToolManagerHidesShowsAndClosesAllWindows) {
   serve(3);
   EXPECT_EQ(1, forA.terminated);
   EXPECT_EQ(1, forB.terminated);
-  EXPECT_EQ(WIN_STATETERMINATED, WIN_GetState(a));
-  EXPECT_EQ(WIN_STATETERMINATED, WIN_GetState(b));
+  for (WinPtr w : {a, b}) EXPECT_EQ(WIN_STATETERMINATED, WIN_GetState(w));
   EXPECT_EQ(nullptr, gWindowManager->firstWindow);
   EXPECT_TRUE(waitForReceived("UWIN", 2));
 }
 
-struct ViewerLog {
-  std::vector<std::pair<WinPtr, bool>> calls;
-};
-ViewerLog gViewerLog;
+// The viewer callbacks: window and whether it became active.
+std::vector<std::pair<WinPtr, bool>> gViewerCalls;
 
-void noteViewer(WinPtr win, TButPtr, Boolean active) { gViewerLog.calls.push_back({win, active != 0}); }
+void noteViewer(WinPtr win, TButPtr, Boolean active) { gViewerCalls.push_back({win, active != 0}); }
 
 TEST_F(WindowManagerTest, OneActiveViewerPerTypeAndSourceViewersTellTheToolManager) {
-  gViewerLog = ViewerLog();
+  gViewerCalls.clear();
   TButPtr button = TBUT_Create();
   WinPtr v1 = openWindow("viewer 1");
   WinPtr v2 = openWindow("viewer 2");
@@ -126,24 +118,23 @@ TEST_F(WindowManagerTest, OneActiveViewerPerTypeAndSourceViewersTellTheToolManag
   EXPECT_EQ(gWindowManager->getWindowRec(v2), gWindowManager->getActiveViewer(kSourceViewerWindowType));
   EXPECT_FALSE(gWindowManager->getWindowRec(v1)->activeViewer);
   // The second addition told both windows of their state.
-  ASSERT_GE(gViewerLog.calls.size(), 3u);
-  EXPECT_TRUE(gViewerLog.calls.back().second || gViewerLog.calls[gViewerLog.calls.size() - 2].second);
+  ASSERT_GE(gViewerCalls.size(), 3u);
+  EXPECT_TRUE(gViewerCalls.back().second || gViewerCalls[gViewerCalls.size() - 2].second);
   EXPECT_TRUE(waitForReceived("ASRC", 2));
 
   // Deactivating sends DSRC even for a window that was not active, and
   // tells no callback.
-  size_t calls = gViewerLog.calls.size();
+  size_t calls = gViewerCalls.size();
   gWindowManager->setActiveViewer(v1, FALSE);
-  EXPECT_EQ(calls, gViewerLog.calls.size());
+  EXPECT_EQ(calls, gViewerCalls.size());
   EXPECT_TRUE(waitForReceived("DSRC", 1));
 
   // The Tool Manager's DSRC makes the active one inactive, without an answer.
   Message dsrc(OWB_TYPE("DSRC"), &gMessageCenter->thisToolInfo);
   EXPECT_EQ(kNoError, WindowManager::deactivateSourceViewerMsg(&dsrc, nullptr));
   EXPECT_FALSE(gWindowManager->getWindowRec(v2)->activeViewer);
-  ASSERT_FALSE(gViewerLog.calls.empty());
-  EXPECT_EQ(v2, gViewerLog.calls.back().first);
-  EXPECT_FALSE(gViewerLog.calls.back().second);
+  EXPECT_EQ(v2, gViewerCalls.back().first);
+  EXPECT_FALSE(gViewerCalls.back().second);
   EXPECT_EQ(nullptr, gWindowManager->getActiveViewer(kSourceViewerWindowType));
   EXPECT_EQ(kWindowNotFound, gWindowManager->lastError);
   EXPECT_TRUE(gWindowManager->windowTypeExists(kSourceViewerWindowType));
