@@ -1,6 +1,6 @@
 // Input details of the loop: double clicks, the type-ahead buffer and its
 // accelerator match, user queues, non-blocking steps, repetition while a
-// button is held, requests that a listener refuses.
+// button is held, attributes set to what they are.
 #include <gtest/gtest.h>
 
 #include <string>
@@ -143,21 +143,7 @@ TEST_F(InputTest, UserQueuesAndNonBlockingSteps) {
   gRan = nullptr;
 }
 
-long refuseShow(ResPtr, Int message, ClientPtr) {
-  if (message == WIN_NFYSHOW) WIN_RefuseRequest();
-  return 0;
-}
-
-TEST_F(InputTest, AListenerCanRefuseARequestAndEqualAttributesChangeNothing) {
-  WinPtr other = keep(tktest::newWin(10, 10, 100, 60, "refused"));
-  WIN_Init(other);
-  ResPtr listener = RES_Create(TAREA_Class());
-  RES_SetNfyProcDS(listener, refuseShow, nullptr);
-  WIN_RegisterForRequest(other, listener);
-  EXPECT_FALSE(WIN_Show(other));
-  EXPECT_EQ(WIN_GetState(other), WIN_STATEINIT);
-  EXPECT_FALSE(WIN_Minimize(other));  // not open: nothing to do
-
+TEST_F(InputTest, EqualAttributesChangeNothing) {
   WGT_SetFont(area(), FONT_Default());
   settle();
   ASSERT_TRUE(RGN_IsEmpty(win_->InvalRgn));
@@ -168,9 +154,6 @@ TEST_F(InputTest, AListenerCanRefuseARequestAndEqualAttributesChangeNothing) {
   FONT_Dispose(same);
   WGT_SetFgColor(area(), COLOR_Red());
   EXPECT_FALSE(RGN_IsEmpty(win_->InvalRgn));
-  WIN_TerminateGetStatus(other);
-  EVENT_Update();
-  RES_Release(listener);
 }
 
 }  // namespace

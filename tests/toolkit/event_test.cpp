@@ -36,27 +36,6 @@ class TimerTest : public ToolkitTest {
   std::vector<std::string> order_;
 };
 
-TEST_F(TimerTest, AlarmsFireByDueTimeAndInStartOrderWhenDueTogether) {
-  static const char a[] = "a", b[] = "b", c[] = "c", d[] = "d";
-  EVENT_StartCBackAlarmDS(record, const_cast<char*>(c), 40);
-  EVENT_StartCBackAlarmDS(record, const_cast<char*>(a), 0);
-  EVENT_StartCBackAlarmDS(record, const_cast<char*>(b), 0);
-  EVENT_StartCBackAlarmDS(record, const_cast<char*>(d), 40);
-  EXPECT_EQ(TIMER_GetQueuedCount(), 4);
-  drainTimers();
-  EXPECT_EQ(order_, (std::vector<std::string>{"a", "b", "c", "d"}));
-}
-
-TEST_F(TimerTest, StoppingByDataRemovesOnlyTheFirstMatch) {
-  static char tag[] = "x";
-  EVENT_StartCBackAlarmDS(record, tag, 0);
-  EVENT_StartCBackAlarmDS(record, tag, 0);
-  EVENT_StopCBackAlarm(tag);
-  EXPECT_EQ(TIMER_GetQueuedCount(), 1);
-  drainTimers();
-  EXPECT_EQ(order_.size(), 1u);
-  EVENT_StopCBackAlarm(tag);  // nothing left: harmless
-}
 
 std::vector<int>* gPasses = nullptr;
 int gPass = 0;
@@ -80,7 +59,16 @@ TEST_F(TimerTest, AnAlarmStartedInsideTimerProcessingWaitsForTheNextPass) {
   gPasses = nullptr;
 }
 
-TEST_F(TimerTest, WidgetAlarmsArriveAsTimeoutsWithTheirData) {
+TEST_F(TimerTest, StoppingByDataRemovesTheFirstMatchAndWidgetAlarmsArriveAsTimeouts) {
+  static char tag[] = "x";
+  EVENT_StartCBackAlarmDS(record, tag, 0);
+  EVENT_StartCBackAlarmDS(record, tag, 0);
+  EVENT_StopCBackAlarm(tag);
+  EXPECT_EQ(TIMER_GetQueuedCount(), 1);
+  drainTimers();
+  EXPECT_EQ(order_.size(), 1u);
+  EVENT_StopCBackAlarm(tag);  // nothing left: harmless
+
   WinPtr win = keep(tktest::newWin(10, 10, 200, 100, "timers"));
   WIN_Init(win);
   tktest::NfyLog log;

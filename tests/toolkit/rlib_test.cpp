@@ -175,6 +175,7 @@ RClasPtr allTypesClass() {
 }
 
 PFldPtr fld(const char* name) { return RCLAS_FindField(allTypesClass(), name); }
+const std::pair<const char*, long> kInts[] = {{"I16", -2}, {"U16", 65535}, {"I32", -100000}, {"U32", 4000000000L}};
 
 TEST(ResourceLibraryFile, EveryFieldTypeAndReferencesAcrossLibrariesComeBack) {
   tktest::LibraryScope scope;
@@ -196,10 +197,7 @@ TEST(ResourceLibraryFile, EveryFieldTypeAndReferencesAcrossLibrariesComeBack) {
     RES_SetParent(r, mod2);
     ResPtr local = RES_NewSetNameClass("local", STRR_Class());
     RES_SetParent(local, mod2);
-    PFLD_SetInt(r, fld("I16"), -2);
-    PFLD_SetInt(r, fld("U16"), 65535);
-    PFLD_SetInt(r, fld("I32"), -100000);
-    PFLD_SetInt(r, fld("U32"), 4000000000L);
+    for (auto& [name, value] : kInts) PFLD_SetInt(r, fld(name), value);
     PFLD_SetStr(r, fld("S"), "");
     PFLD_SetStr(r, fld("V"), "text");
     PFLD_SetStrs(r, fld("VA"), {"a", nullptr, ""});
@@ -216,10 +214,7 @@ TEST(ResourceLibraryFile, EveryFieldTypeAndReferencesAcrossLibrariesComeBack) {
   RLibPtr second = RLIB_LoadFile("second.dat");  // loads "first" through its import table
   ASSERT_NE(RLIB_Find("first"), nullptr);
   ResPtr r = RES_Load("TstOther", "all");
-  EXPECT_EQ(PFLD_GetInt(r, fld("I16")), -2);
-  EXPECT_EQ(PFLD_GetInt(r, fld("U16")), 65535);
-  EXPECT_EQ(PFLD_GetInt(r, fld("I32")), -100000);
-  EXPECT_EQ(PFLD_GetInt(r, fld("U32")), 4000000000L);
+  for (auto& [name, value] : kInts) EXPECT_EQ(PFLD_GetInt(r, fld(name)), value) << name;
   EXPECT_STREQ(PFLD_GetStr(r, fld("S")), "");
   EXPECT_STREQ(PFLD_GetStr(r, fld("V")), "text");
   ASSERT_EQ(PFLD_GetStrCount(r, fld("VA")), 3);

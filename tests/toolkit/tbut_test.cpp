@@ -147,10 +147,16 @@ TEST_F(TButTest, SpacePressesTheFocusButtonAndDisabledButtonsRefuse) {
   driver_->key(XK_space);
   settle();
   EXPECT_TRUE(TBUT_GetSelected(toggle_));
+  // Return still goes to the default button while another has the focus.
+  driver_->key(XK_Return);
+  settle();
+  EXPECT_EQ(log_.count(TBUT_Wgt(ok_), TBUT_NFYHIT), 1);
+  EXPECT_EQ(log_.count(TBUT_Wgt(toggle_), TBUT_NFYHIT), 1);
+  ASSERT_TRUE(tktest::runUntil([&] { return !ok_->Pressed; }));
   WGT_Disable(TBUT_Wgt(ok_));
   driver_->key(XK_Return);
   settle();
-  EXPECT_EQ(log_.count(TBUT_Wgt(ok_), TBUT_NFYHIT), 0);
+  EXPECT_EQ(log_.count(TBUT_Wgt(ok_), TBUT_NFYHIT), 1);
   WGT_Send(TBUT_Wgt(ok_), TBUT_NFYPROPOSE);
   EXPECT_EQ(log_.count(TBUT_Wgt(ok_), WGT_NFYCANTPROCESSEVENT), 1);
 }

@@ -228,7 +228,7 @@ TEST_F(TEdInput, TypingEditingAndReturnValidating) {
   EXPECT_FALSE(field_->Highlit);
 }
 
-TEST_F(TEdInput, HomeAndEndWithAndWithoutShift) {
+TEST_F(TEdInput, HomeAndEndWithAndWithoutShiftAndReadOnly) {
   clickOn(TED_Wgt(field_), 150, 14);
   type("alpha beta");
   key(XK_Home);
@@ -250,6 +250,14 @@ TEST_F(TEdInput, HomeAndEndWithAndWithoutShift) {
   EXPECT_EQ(sel(field_), "");
   key(XK_Left, XK_Shift_L, XK_Control_L);
   EXPECT_EQ(sel(field_), "beta");
+  // Read only: the keys select but take no text.
+  TED_SetStr(field_, "fixed");
+  TED_SetOptFlags(field_, TED_OPTREADONLY);
+  type("xy");
+  key(XK_BackSpace);
+  key(XK_Home, XK_Shift_L);
+  EXPECT_STREQ(TED_GetStr(field_), "fixed");
+  EXPECT_EQ(sel(field_), "fixed");
 }
 
 TEST_F(TEdInput, MouseSelectsCharactersWordsAndTheLine) {
@@ -359,8 +367,8 @@ TEST_F(TEdInput, MultiLineBreaksWrapsAndMovesByLines) {
 
 // A text taller than the field shows the bar; the wheel, the bar's track
 // and thumb scroll it, and typing at the end keeps the caret in view with
-// the thumb following.
-TEST_F(TEdInput, ALongTextScrollsByTheWheelTheBarAndTyping) {
+// the thumb following.  A wide line scrolls sideways.
+TEST_F(TEdInput, ALongTextScrollsByTheWheelTheBarAndTypingAndAWideLineSideways) {
   SAreaPtr area = TED_SArea(multi_);
   SbPtr vsb = SAREA_GetVSb(area);
   TED_SetStr(multi_, "short");
@@ -411,34 +419,19 @@ TEST_F(TEdInput, ALongTextScrollsByTheWheelTheBarAndTyping) {
   EXPECT_GE(caret.Y, tb.Origin.Y);
   EXPECT_EQ(SB_GetThumbPos(vsb), SAREA_GetScrollY(area));
   EXPECT_GT(SAREA_GetScrollY(area), 0);
-}
 
-// Without wrapping, a line wider than the field brings the horizontal bar,
-// and the sideways wheel moves along it.
-TEST_F(TEdInput, AWideLineScrollsSideways) {
+  // Without wrapping, a line wider than the field brings the horizontal
+  // bar, and the sideways wheel moves along it.
   TED_SetOptFlags(multi_, TED_OPTMULTILINE);
   TED_SetStr(multi_, (std::string(300, 'w') + "\nend").c_str());
   settle();
-  SAreaPtr area = TED_SArea(multi_);
   ASSERT_FALSE(SB_Wgt(SAREA_GetHSb(area))->Invisible);
-  _Point16Rec mid = tktest::absOf(TED_Wgt(multi_), 100, 40);
   driver_->moveTo(mid.X, mid.Y);
   driver_->press(7);
   driver_->release(7);
   settle();
   EXPECT_GT(SAREA_GetScrollX(area), 0);
   EXPECT_EQ(SB_GetThumbPos(SAREA_GetHSb(area)), SAREA_GetScrollX(area));
-}
-
-TEST_F(TEdInput, ReadOnlySelectsButTakesNoText) {
-  TED_SetStr(field_, "fixed");
-  TED_SetOptFlags(field_, TED_OPTREADONLY);
-  clickOn(TED_Wgt(field_), 150, 14);
-  type("xy");
-  key(XK_BackSpace);
-  key(XK_Home, XK_Shift_L);
-  EXPECT_STREQ(TED_GetStr(field_), "fixed");
-  EXPECT_EQ(sel(field_), "fixed");
 }
 
 }  // namespace
