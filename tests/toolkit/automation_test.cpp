@@ -40,9 +40,9 @@ void expectLine(std::map<std::string, Line>& l, const std::string& path, const c
                 const char* text = nullptr) {
   ASSERT_EQ(l.count(path), 1u) << path;
   const Line& line = l[path];
-  if (cls) EXPECT_EQ(line.cls, cls) << path;
-  if (state) EXPECT_EQ(line.state, state) << path;
-  if (text) EXPECT_EQ(line.text, text) << path;
+  if (cls) { EXPECT_EQ(line.cls, cls) << path; }
+  if (state) { EXPECT_EQ(line.state, state) << path; }
+  if (text) { EXPECT_EQ(line.text, text) << path; }
 }
 
 class AutomationTest : public ToolkitTest {

@@ -303,8 +303,7 @@ TEST_F(LBoxTest, AClickThroughAScrolledViewReachesTheOwnerAtItsCell) {
   EXPECT_EQ(owner_.cell(LBOX_NFYCELLOUT), (At{2, 104}));
   EXPECT_EQ(owner_.cell(LBOX_NFYCELLIN), (At{3, 105}));
 
-  driver_->click(p.X, p.Y);
-  settle();
+  clickAt(p);
   EXPECT_EQ(owner_.cell(LBOX_NFYCELLCLICKED), (At{3, 105}));
   EXPECT_EQ(cursor(), (At{3, 105}));  // left on the user's cell
   LBOX_GoColRow(box_, 3, 105);
@@ -313,8 +312,7 @@ TEST_F(LBoxTest, AClickThroughAScrolledViewReachesTheOwnerAtItsCell) {
   EXPECT_TRUE(WGT_HasFocus(LBOX_Wgt(box_), 1));
 
   // The second press of a double click validates.
-  driver_->click(p.X, p.Y);
-  settle();
+  clickAt(p);
   EXPECT_EQ(owner_.cell(LBOX_NFYVALIDATE), (At{3, 105}));
   EXPECT_EQ(owner_.count(LBOX_NFYCELLCLICKED), 1);
 
@@ -322,8 +320,7 @@ TEST_F(LBoxTest, AClickThroughAScrolledViewReachesTheOwnerAtItsCell) {
   SAREA_ScrollTo(area(), 0, 0);
   settle();
   p = cellPoint(2, 0);
-  driver_->click(p.X, p.Y);
-  settle();
+  clickAt(p);
   EXPECT_EQ(owner_.cell(LBOX_NFYCELLCLICKED), (At{2, 0}));
 }
 
@@ -335,15 +332,11 @@ TEST_F(LBoxTest, WheelAndThumbScrollAndKeysFollowTheUsersCell) {
   EXPECT_TRUE(SB_Wgt(SAREA_GetHSb(area()))->Invisible);  // three columns fit
   _Point16Rec p = cellPoint(2, 3);
   driver_->moveTo(p.X, p.Y);
-  driver_->press(5);
-  driver_->release(5);
-  settle();
+  tap(5);
   Int32 down = SAREA_GetScrollY(area());
   EXPECT_GT(down, 0);
   EXPECT_EQ(SB_GetThumbPos(vsb), down);
-  driver_->press(4);
-  driver_->release(4);
-  settle();
+  tap(4);
   EXPECT_EQ(SAREA_GetScrollY(area()), 0);
   EXPECT_EQ(owner_.count(LBOX_NFYCELLCLICKED), 0);  // a wheel step is no click
 
@@ -365,11 +358,9 @@ TEST_F(LBoxTest, WheelAndThumbScrollAndKeysFollowTheUsersCell) {
   settle();
   owner_.heard.clear();
   driver_->key(XK_Down);
-  driver_->key(XK_Right);
-  settle();
+  key(XK_Right);
   EXPECT_EQ(owner_.cell(LBOX_NFYCELLCLICKED), (At{2, 2}));
-  driver_->key(XK_End);
-  settle();
+  key(XK_End);
   EXPECT_EQ(owner_.cell(LBOX_NFYCELLCLICKED), (At{2, 400}));
   LBOX_GoColRow(box_, 2, 400);
   _Rect16Rec rect, clip;
@@ -377,8 +368,7 @@ TEST_F(LBoxTest, WheelAndThumbScrollAndKeysFollowTheUsersCell) {
   EXPECT_TRUE(RECT16_Equal(rect, clip)) << "the last row is not wholly in view";
   driver_->key(XK_Next);
   driver_->key(XK_Home);
-  driver_->key(XK_Return);
-  settle();
+  key(XK_Return);
   EXPECT_EQ(owner_.cell(LBOX_NFYVALIDATE).Row, 1);
   EXPECT_EQ(SAREA_GetScrollY(area()), 0);
 }
@@ -464,8 +454,7 @@ TEST_F(SbTest, ArrowsRepeatWhileHeldAndTheBodyPages) {
   ASSERT_TRUE(tktest::showAndWait(win_));
   _Rect16Rec a2 = SB_QueryPartRect(bar_, SB_PARTARROW2);
   _Point16Rec p = tktest::absOf(SB_Wgt(bar_), a2.Origin.X + a2.Extent.X / 2, a2.Origin.Y + a2.Extent.Y / 2);
-  driver_->click(p.X, p.Y);
-  settle();
+  clickAt(p);
   EXPECT_EQ(SB_GetThumbPos(bar_), 10);
   EXPECT_EQ(log_.count(SB_NFYTHUMBPOS), 1);
   // Held for a second: the first step, the first delay, then repetition.
@@ -481,17 +470,14 @@ TEST_F(SbTest, ArrowsRepeatWhileHeldAndTheBodyPages) {
   Int32 before = SB_GetThumbPos(bar_);
   _Rect16Rec body = SB_QueryPartRect(bar_, SB_PARTBODY2);
   p = tktest::absOf(SB_Wgt(bar_), body.Origin.X + body.Extent.X - 3, body.Origin.Y + body.Extent.Y / 2);
-  driver_->click(p.X, p.Y);
-  settle();
+  clickAt(p);
   EXPECT_EQ(SB_GetThumbPos(bar_), before + 100);
   // Keys, with the focus the click gave.
   ASSERT_TRUE(WGT_HasFocus(SB_Wgt(bar_), 1));
-  driver_->key(XK_End);
-  settle();
+  key(XK_End);
   EXPECT_EQ(SB_GetThumbPos(bar_), 1000);
   driver_->key(XK_Left);
-  driver_->key(XK_Prior);
-  settle();
+  key(XK_Prior);
   EXPECT_EQ(SB_GetThumbPos(bar_), 890);
 
   // The thumb dragged to the start: told on the way, accepted at the end.

@@ -93,7 +93,7 @@ TEST_F(MenuModelTest, LabelsLoseTheirMarksAndKeepTheirMnemonic) {
   for (const Case& c : cases) {
     MItemShownLabel shown = MITEM_ParseLabel(c.label);
     EXPECT_EQ(shown.Text, c.text);
-    if (c.mnemonic) EXPECT_EQ(shown.MnemonicPos, c.pos) << c.label;
+    if (c.mnemonic) { EXPECT_EQ(shown.MnemonicPos, c.pos) << c.label; }
     EXPECT_EQ(shown.Mnemonic, c.mnemonic) << c.label;
   }
   EXPECT_EQ(MITEM_ParseLabel(nullptr).Text, "");

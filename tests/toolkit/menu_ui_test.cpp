@@ -92,14 +92,6 @@ class MenuUiTest : public ToolkitTest {
                        static_cast<int16_t>(box.Origin.Y + MenuItemTop(menu, index) +
                                             MenuRowHeight(MENU_GetNthItem(menu, index)) / 2)};
   }
-  void clickAt(_Point16Rec p) {
-    driver_->click(p.X, p.Y);
-    settle();
-  }
-  void key(KeySym sym, KeySym mod = NoSymbol) {
-    driver_->key(sym, mod);
-    settle();
-  }
   WinPtr win_ = nullptr;
   MBarPtr bar_ = nullptr;
   MenuPtr file_ = nullptr, edit_ = nullptr, more_ = nullptr, help_ = nullptr;
@@ -354,15 +346,12 @@ module menutest {
 
   WIN_Init(win);
   ASSERT_TRUE(tktest::showFocused(win));
-  driver_->key(XK_F10);
-  settle();
+  key(XK_F10);
   ASSERT_TRUE(MenuIsShown(file));
-  driver_->key(XK_Down);
-  settle();
+  key(XK_Down);
   EXPECT_EQ(file->Hilite, 2);
   EXPECT_EQ(MITEM_AccelText(MENU_GetNthItem(file, 2)), "Ctrl+Q");
-  driver_->key(XK_Escape);
-  settle();
+  key(XK_Escape);
   EXPECT_FALSE(MBAR_IsMenuOpen(bar));
 }
 

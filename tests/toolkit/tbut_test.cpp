@@ -73,9 +73,7 @@ TEST_F(TButTest, APressReleasedInsideHitsAndOneReleasedOutsideDoesNot) {
 
   // Other mouse buttons do not press it.
   driver_->moveTo(in.X, in.Y);
-  driver_->press(3);
-  driver_->release(3);
-  settle();
+  tap(3);
   EXPECT_EQ(log_.count(TBUT_Wgt(push_), TBUT_NFYPROPOSE), 2);
 
   // A toggle flips on each click.
@@ -109,53 +107,44 @@ TEST_F(TButTest, RadioButtonsOfOnePanelSelectOneAtATime) {
 
 TEST_F(TButTest, ReturnPressesTheDefaultButtonAndAcceleratorsTheirs) {
   EXPECT_EQ(WIN_GetDefWgt(win_), TBUT_Wgt(ok_));
-  driver_->key(XK_Return);
-  settle();
+  key(XK_Return);
   EXPECT_EQ(log_.count(TBUT_Wgt(ok_), TBUT_NFYHIT), 1);
   EXPECT_TRUE(ok_->Pressed);  // shown pressed for a moment
   ASSERT_TRUE(tktest::runUntil([&] { return !ok_->Pressed; }));
 
   TBUT_SetAccelKeys(push_, "Alt+p F5");
-  driver_->key(XK_p, XK_Alt_L);
-  settle();
+  key(XK_p, XK_Alt_L);
   EXPECT_EQ(log_.count(TBUT_Wgt(push_), TBUT_NFYHIT), 1);
-  driver_->key(XK_F5);
-  settle();
+  key(XK_F5);
   EXPECT_EQ(log_.count(TBUT_Wgt(push_), TBUT_NFYHIT), 2);
-  driver_->key(XK_p);  // without Alt it is no accelerator
-  settle();
+  key(XK_p);  // without Alt it is no accelerator
   EXPECT_EQ(log_.count(TBUT_Wgt(push_), TBUT_NFYHIT), 2);
 
   // A new default takes over; removing it leaves the window without one.
   TBUT_SetDefButton(push_);
   EXPECT_EQ(WIN_GetDefWgt(win_), TBUT_Wgt(push_));
   EXPECT_FALSE(TBUT_IsDefButton(ok_));
-  driver_->key(XK_Return);
-  settle();
+  key(XK_Return);
   EXPECT_EQ(log_.count(TBUT_Wgt(push_), TBUT_NFYHIT), 3);
   EXPECT_EQ(log_.count(TBUT_Wgt(ok_), TBUT_NFYHIT), 1);
   PANEL_RemoveWgt(WIN_Panel(win_), TBUT_Wgt(push_));
   EXPECT_EQ(WIN_GetDefWgt(win_), nullptr);
   RES_Release(WGT_Res(TBUT_Wgt(push_)));
-  driver_->key(XK_Return);
-  settle();
+  key(XK_Return);
   EXPECT_EQ(log_.count(TBUT_Wgt(ok_), TBUT_NFYHIT), 1);
 }
 
 TEST_F(TButTest, SpacePressesTheFocusButtonAndDisabledButtonsRefuse) {
   ASSERT_TRUE(WGT_GainFocus(TBUT_Wgt(toggle_)));
-  driver_->key(XK_space);
-  settle();
+  key(XK_space);
   EXPECT_TRUE(TBUT_GetSelected(toggle_));
   // Return still goes to the default button while another has the focus.
-  driver_->key(XK_Return);
-  settle();
+  key(XK_Return);
   EXPECT_EQ(log_.count(TBUT_Wgt(ok_), TBUT_NFYHIT), 1);
   EXPECT_EQ(log_.count(TBUT_Wgt(toggle_), TBUT_NFYHIT), 1);
   ASSERT_TRUE(tktest::runUntil([&] { return !ok_->Pressed; }));
   WGT_Disable(TBUT_Wgt(ok_));
-  driver_->key(XK_Return);
-  settle();
+  key(XK_Return);
   EXPECT_EQ(log_.count(TBUT_Wgt(ok_), TBUT_NFYHIT), 1);
   WGT_Send(TBUT_Wgt(ok_), TBUT_NFYPROPOSE);
   EXPECT_EQ(log_.count(TBUT_Wgt(ok_), WGT_NFYCANTPROCESSEVENT), 1);

@@ -102,15 +102,13 @@ class TEdClip : public ToolkitTest {
 TEST_F(TEdClip, CopyAndCutGoToOtherProgramsEvenAMegabyte) {
   TED_SetStr(ted_, "fleet \xC3\xA9t\xC3\xA9");
   driver_->key(XK_a, XK_Control_L);  // the user's select-all offers the primary selection
-  driver_->key(XK_c, XK_Control_L);
-  settle();
+  key(XK_c, XK_Control_L);
   EXPECT_EQ(fetch("clipboard"), "fleet \xC3\xA9t\xC3\xA9");
   EXPECT_EQ(fetch("clipboard", "STRING"), "fleet \xE9t\xE9");  // plain strings are Latin-1
   EXPECT_EQ(fetch("primary"), "fleet \xC3\xA9t\xC3\xA9");    // selecting offered it too
   // Cut with Shift+Delete: the text leaves the field and stays on offer.
   TED_SelectRange(ted_, 0, 5);
-  driver_->key(XK_Delete, XK_Shift_L);
-  settle();
+  key(XK_Delete, XK_Shift_L);
   EXPECT_STREQ(TED_GetStr(ted_), " \xC3\xA9t\xC3\xA9");
   EXPECT_EQ(fetch("clipboard"), "fleet");
   // A megabyte goes in increments.
@@ -127,15 +125,13 @@ TEST_F(TEdClip, PasteTakesTextOfOtherProgramsEvenAMegabyte) {
   ASSERT_TRUE(serve(file("in", "engine \xE2\x82\xAC\nline two"), "clipboard"));
   TED_SetStr(ted_, "[]");
   TED_SetInsertPos(ted_, 1);
-  driver_->key(XK_v, XK_Control_L);
-  settle();
+  key(XK_v, XK_Control_L);
   ASSERT_TRUE(pasted());
   EXPECT_STREQ(TED_GetStr(ted_), "[engine \xE2\x82\xAC line two]");  // one line
   // An owner that only gives plain strings: Latin-1 comes in as UTF-8.
   ASSERT_TRUE(serve(file("latin1", "caf\xE9"), "clipboard", "STRING"));
   TED_SetStr(ted_, "");
-  driver_->key(XK_Insert, XK_Shift_L);
-  settle();
+  key(XK_Insert, XK_Shift_L);
   ASSERT_TRUE(pasted());
   EXPECT_STREQ(TED_GetStr(ted_), "caf\xC3\xA9");
   // A megabyte, in increments, arrives whole; bytes that are not UTF-8
@@ -166,8 +162,7 @@ TEST_F(TEdClip, TheMiddleButtonPastesThePrimarySelection) {
   ASSERT_TRUE(TED_IndexQueryLoc(ted_, 5, &loc));
   clickOn(TED_Wgt(ted_), loc.X, 14);  // where the caret goes
   _Point16Rec p = tktest::absOf(TED_Wgt(ted_), loc.X, 14);
-  driver_->click(p.X, p.Y, 2);
-  settle();
+  clickAt(p, 2);
   ASSERT_TRUE(pasted());
   EXPECT_STREQ(TED_GetStr(ted_), "cold warm boot");
 }

@@ -174,10 +174,6 @@ class TEdInput : public ToolkitTest {
     }
     settle();
   }
-  void key(KeySym sym, KeySym mod1 = NoSymbol, KeySym mod2 = NoSymbol) {
-    driver_->key(sym, mod1, mod2);
-    settle();
-  }
   // A double (or triple) click: presses closer together than the double
   // click time.
   void clicks(WgtPtr w, int x, int y, int n) {
@@ -317,8 +313,7 @@ TEST_F(TEdInput, NonLatinAndComposedCharactersArriveWhole) {
   for (int i = 0; i < 3; i++) XChangeKeyboardMapping(dpy, maxCode - 1 - i, 1, &syms[i], 1);
   XSync(dpy, False);
   settle(200);
-  for (KeySym s : syms) driver_->key(s);
-  settle();
+  for (KeySym s : syms) key(s);
   EXPECT_STREQ(TED_GetStr(field_), "\xC3\xA9\xD0\xB4\xE2\x82\xAC");
   // The caret steps over whole characters.
   key(XK_Left);
@@ -384,14 +379,10 @@ TEST_F(TEdInput, ALongTextScrollsByTheWheelTheBarAndTypingAndAWideLineSideways) 
   // The wheel, down and back up.
   _Point16Rec mid = tktest::absOf(TED_Wgt(multi_), 100, 60);
   driver_->moveTo(mid.X, mid.Y);
-  driver_->press(5);
-  driver_->release(5);
-  settle();
+  tap(5);
   Int32 wheeled = SAREA_GetScrollY(area);
   EXPECT_GT(wheeled, 0);
-  driver_->press(4);
-  driver_->release(4);
-  settle();
+  tap(4);
   EXPECT_EQ(SAREA_GetScrollY(area), 0);
   // A click on the track below the thumb pages down.
   _Rect16Rec below = SB_QueryPartRect(vsb, SB_PARTBODY2);
@@ -427,9 +418,7 @@ TEST_F(TEdInput, ALongTextScrollsByTheWheelTheBarAndTypingAndAWideLineSideways) 
   settle();
   ASSERT_FALSE(SB_Wgt(SAREA_GetHSb(area))->Invisible);
   driver_->moveTo(mid.X, mid.Y);
-  driver_->press(7);
-  driver_->release(7);
-  settle();
+  tap(7);
   EXPECT_GT(SAREA_GetScrollX(area), 0);
   EXPECT_EQ(SB_GetThumbPos(SAREA_GetHSb(area)), SAREA_GetScrollX(area));
 }

@@ -188,7 +188,23 @@ class ToolkitTest : public ::testing::Test {
   }
   // Clicks a widget at a point of its own and runs the loop until the
   // release has been processed.
-  void clickOn(WgtPtr w, int x, int y) { clickAt(driver_.get(), w, x, y); }
+  void clickOn(WgtPtr w, int x, int y) { tktest::clickAt(driver_.get(), w, x, y); }
+  // A click at a screen point, a key with its modifiers, or a press and
+  // release at the pointer (buttons 4 to 7 are the wheel's steps); then the
+  // loop until quiet.
+  void clickAt(_Point16Rec p, int button = 1) {
+    driver_->click(p.X, p.Y, button);
+    settle();
+  }
+  void key(KeySym sym, KeySym mod1 = NoSymbol, KeySym mod2 = NoSymbol) {
+    driver_->key(sym, mod1, mod2);
+    settle();
+  }
+  void tap(int button) {
+    driver_->press(button);
+    driver_->release(button);
+    settle();
+  }
   // Presses button 1 at from, moves to to and releases there.  A drag is a
   // loop of its own: the move and the release are scripted by alarms, which
   // run inside it.  False when the drag did not end.

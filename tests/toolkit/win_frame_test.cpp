@@ -190,8 +190,7 @@ TEST_F(ToolkitTest, WindowBorderPartsProposedBoxAndOpenCloseRequests) {
   p = tktest::absOf(WIN_Wgt(win), 150, 190);
   driver_->click(p.X, p.Y, 2);
   p = tktest::absOf(WIN_Wgt(win), 280, 100);
-  driver_->click(p.X, p.Y, 2);
-  settle();
+  clickAt(p, 2);
   WIN_SetButton2ActionProcDS(nullptr, nullptr);
   EXPECT_EQ(gButton2.elts, (std::vector<Int>{WIN_ELTCOMPOBORDER, WIN_ELTSTATUSLINE}));
 

@@ -191,8 +191,7 @@ TEST_F(ToolkitTest, TheTestWindowLoadsFromItsTemplateWithChildrenByIndex) {
   // Cancel's accelerator is Escape.
   tktest::NfyLog cancelLog;
   tktest::logTo(WGT_FromRes(RES_GetNthChild(res, 5)), &cancelLog);
-  driver_->key(XK_Escape);
-  settle();
+  key(XK_Escape);
   EXPECT_EQ(cancelLog.count(TBUT_NFYHIT), 1);
 }
 
