@@ -132,24 +132,17 @@ class LBoxTest : public ToolkitTest {
   Owner owner_;
 };
 
-TEST_F(LBoxTest, CursorMovesNeverFailAndReadsCreateNothing) {
+// The cursor is the lattice's (its moves and reads are checked there): here
+// what the box makes of the cells.
+TEST_F(LBoxTest, UsedRowsAndTheHeadingColumnFollowTheCells) {
   LBOX_GoHome(box_);
   EXPECT_EQ(cursor(), (At{1, 1}));
   fill(box_, 5, 3);
   EXPECT_EQ(LBOX_GetUsedRows(box_), 5);
   EXPECT_EQ(LBOX_GetUsedCols(box_), 3);
-  Int32 cells = box_->LBoxPrivate->NumCells;
-  LBOX_GoColRow(box_, 2, 5);
-  LBOX_GoDown(box_);
+  LBOX_GoColRow(box_, 2, 6);
   EXPECT_EQ(LBOX_CurGetClientData(box_), nullptr);
-  EXPECT_EQ(box_->LBoxPrivate->NumCells, cells);
-  EXPECT_EQ(LBOX_GetUsedRows(box_), 5);
-  // Two moves without a read walk no list.
-  UInt64 steps = box_->LBoxPrivate->Steps;
-  LBOX_GoColRow(box_, 3, 1);
-  LBOX_GoCellRel(box_, CellRec{-2, 3});
-  EXPECT_EQ(box_->LBoxPrivate->Steps, steps);
-  EXPECT_EQ(valueAt(box_, 1, 4), "r4c1");
+  EXPECT_EQ(LBOX_GetUsedRows(box_), 5);  // a read below makes no row
   // Writing 0 in the last row's cells lowers the used rows.
   for (Int c = 1; c <= 3; c++) {
     LBOX_GoColRow(box_, c, 5);
@@ -164,11 +157,6 @@ TEST_F(LBoxTest, CursorMovesNeverFailAndReadsCreateNothing) {
   LBOX_CurSetClientData(box_, const_cast<char*>("third"));
   EXPECT_GT(area()->HeadExt.X, 0);
   EXPECT_GT(area()->HeadExt.Y, 0);  // the column headings of fill()
-  // Moves saturate at the ends of the coordinates.
-  LBOX_GoColRow(box_, 32767, 32767);
-  LBOX_GoDown(box_);
-  LBOX_GoRight(box_);
-  EXPECT_EQ(cursor(), (At{32767, 32767}));
 }
 
 TEST_F(LBoxTest, CellsOutsideTheSetNumbersFailAndRowsPushedPastTheEndAreDeleted) {

@@ -3,13 +3,13 @@
 // menus closed; a click outside; menus that must stay on the screen.
 #include <gtest/gtest.h>
 
-#include <sys/wait.h>
 
 #include <map>
 #include <string>
 #include <vector>
 
 #include "tests/toolkit/tk_fixture.h"
+#include "tests/toolkit/tktest.h"
 #include "toolkit/mbar.h"
 #include "toolkit/menupriv.h"
 
@@ -322,14 +322,12 @@ module menutest {
   }
 }
 )");
-  std::map<std::string, std::string> env{{"ND_PATH", owbtest::installTree() + "/bin/resource"}};
-  pid_t compiler = owbtest::startProgram({owbtest::buildDir() + "/tools/rescomp/rescomp", "-I",
-                                          owbtest::installTree() + "/bin/resource", "-o", dir.file("menutest.dat"),
-                                          dir.file("menutest.rsrc")},
-                                         dir.file("rescomp.out"), &env);
-  int status = -1;
-  waitpid(compiler, &status, 0);
-  ASSERT_EQ(status, 0) << owbtest::readWholeFile(dir.file("rescomp.out"));
+  std::string out;
+  ASSERT_EQ(tktest::runRescomp("-I " + tktest::resourceDir() + " -o " + dir.file("menutest.dat") + " " +
+                                   dir.file("menutest.rsrc"),
+                               &out),
+            0)
+      << out;
   RLIB_LoadLibFile("menutest", dir.file("menutest.dat").c_str());
 
   WinPtr win = keep(WIN_Load("menutest", "MenuWindow"));

@@ -229,16 +229,13 @@ class ToolkitTest : public ::testing::Test {
   _Point16Rec dragTo_{0, 0};
 };
 
-// Loads the resource library of the test window once (from the build's
-// installation tree); false when it is not there.
-inline bool loadTestLibrary() {
-  static bool loaded = false;
-  if (loaded) return true;
-  std::string dir = owbtest::installTree() + "/bin/resource";
-  setenv("ND_PATH", dir.c_str(), 1);
+// Loads a library of the build's installation tree unless it is loaded
+// (by default the one of the test windows); false when it is not there.
+inline bool loadTestLibrary(const char* name = "wgtdemo", const char* file = "wgtdemo.dat") {
+  setenv("ND_PATH", (owbtest::installTree() + "/bin/resource").c_str(), 1);
+  if (RLIB_Find(name)) return true;
   ErrTrace frame("Test", __FILE__, __LINE__);
-  loaded = ERR_TryRecoverFn(frame, [] { RLIB_LoadLibFile("wgtdemo", "wgtdemo.dat"); });
-  return loaded;
+  return ERR_TryRecoverFn(frame, [&] { RLIB_LoadLibFile(name, file); });
 }
 
 }  // namespace tktest

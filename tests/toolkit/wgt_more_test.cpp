@@ -107,11 +107,7 @@ TEST_F(ToolkitTest, WidgetScalingResizeVisibleRegionCopiesAndValidation) {
 }
 
 TEST_F(ToolkitTest, TextButtonLabelCalls) {
-  ASSERT_TRUE(tktest::loadTestLibrary());
-  ErrTrace frame("Test", __FILE__, __LINE__);
-  ASSERT_TRUE(ERR_TryRecoverFn(frame, [] {
-    if (!RLIB_Find("Genwin")) RLIB_LoadLibFile("Genwin", "ndgw.dat");
-  }));
+  ASSERT_TRUE(tktest::loadTestLibrary("Genwin", "ndgw.dat"));
   TButPtr but = TBUT_Create();
   EXPECT_EQ(TBUT_GetLabelVStr(but), nullptr);
   TBUT_SetLabel(but, "Run fleet");
