@@ -76,16 +76,8 @@ TEST(ResourceLibraryFile, ASmallLibraryHasExactlyTheDocumentedBytes) {
   Bytes b = fileBytes(path);
   ASSERT_EQ(b.size(), 6063u);
   // Header: creator, type, chip, 1, 1, major, minor, end offset.
-  Bytes header = hex("51 4b 00 00") ;
-  const char* type = "Resource Database";
-  header.insert(header.end(), type, type + std::strlen(type));
-  header.resize(36, 0);
-  Bytes rest = hex("05 01 01 06 00");
-  header.insert(header.end(), rest.begin(), rest.end());
-  header.resize(60, 0);
-  Bytes end = hex("00 00 17 af");
-  header.insert(header.end(), end.begin(), end.end());
-  EXPECT_EQ(slice(b, 0, 64), header);
+  EXPECT_EQ(slice(b, 0, 64), hex("514b0000 5265736f75726365204461746162617365000000000000000000000000000000"
+                                 "0501010600 00000000000000000000000000000000000000 000017af"));
   // Identity at 64: long header (size 36), name "g", version 1.
   EXPECT_EQ(slice(b, 64, 14), hex("00 00000024 00000000 0002 67 0001"));
   // Modules at 100: one module "M", one child, root at 6038, fields at 6025.

@@ -194,7 +194,7 @@ class TEdInput : public ToolkitTest {
   tktest::NfyLog log_;
 };
 
-TEST_F(TEdInput, TypingEditingAndReturnValidating) {
+TEST_F(TEdInput, TypingEditingReturnValidatingAndTabSelectingAll) {
   clickOn(TED_Wgt(field_), 150, 14);
   ASSERT_TRUE(WGT_HasFocus(TED_Wgt(field_), 1));
   EXPECT_GE(log_.count(TED_Wgt(field_), TED_NFYSHOWCURSOR), 1);
@@ -217,11 +217,18 @@ TEST_F(TEdInput, TypingEditingAndReturnValidating) {
   key(XK_Return);
   EXPECT_EQ(log_.count(TED_Wgt(field_), TED_NFYVALIDATE), 1);
   EXPECT_EQ(log_.count(TBUT_Wgt(ok_), TBUT_NFYHIT), 1);
-  // Tab leaves; the field keeps its selection without showing it.
+  // Tab leaves; the field keeps its selection without showing it.  The
+  // next one selects all it holds when Tab brings the focus, not a click.
+  TED_SetStr(other_, "selected");
   key(XK_Tab);
   EXPECT_TRUE(WGT_HasFocus(TED_Wgt(other_), 0));
   EXPECT_GE(log_.count(TED_Wgt(field_), TED_NFYHIDECURSOR), 1);
   EXPECT_FALSE(field_->Highlit);
+  EXPECT_EQ(sel(other_), "selected");
+  clickOn(TED_Wgt(field_), 150, 14);
+  clickOn(TED_Wgt(other_), 5, 14);
+  EXPECT_EQ(sel(other_), "");
+  EXPECT_EQ(TED_GetInsertPos(other_), 0);
 }
 
 TEST_F(TEdInput, HomeAndEndWithAndWithoutShiftAndReadOnly) {
@@ -288,18 +295,6 @@ TEST_F(TEdInput, MouseSelectsCharactersWordsAndTheLine) {
   _Point16Rec to = tktest::absOf(TED_Wgt(field_), loc.X, 14);
   ASSERT_TRUE(drag(from, to, 100, 250));
   EXPECT_EQ(sel(field_), "cold");
-}
-
-TEST_F(TEdInput, SelectAllOnFocusExceptByAClick) {
-  TED_SetStr(other_, "selected");
-  clickOn(TED_Wgt(field_), 150, 14);
-  key(XK_Tab);
-  ASSERT_TRUE(WGT_HasFocus(TED_Wgt(other_), 0));
-  EXPECT_EQ(sel(other_), "selected");
-  clickOn(TED_Wgt(field_), 150, 14);
-  clickOn(TED_Wgt(other_), 5, 14);
-  EXPECT_EQ(sel(other_), "");
-  EXPECT_EQ(TED_GetInsertPos(other_), 0);
 }
 
 TEST_F(TEdInput, NonLatinAndComposedCharactersArriveWhole) {
