@@ -155,19 +155,6 @@ TEST_F(AutomationTest, TextsAreEscapedAndThePropertyIsWrittenOnlyOnChange) {
   EXPECT_EQ(AUTOM_GetWriteCount(), writes + 1);
 }
 
-TEST_F(AutomationTest, ClickingTheCentreOfABoxFromThePropertyReachesThatWidget) {
-  tktest::NfyLog log;
-  for (WgtPtr w : {child(4), radio(1)}) tktest::logTo(w, &log);
-  std::map<std::string, Line> l = lines();
-  clickCentre(l["4"]);
-  EXPECT_EQ(log.count(child(4), TBUT_NFYHIT), 1);
-  clickCentre(l["3,1"]);
-  EXPECT_EQ(log.count(radio(1), TBUT_NFYHIT), 1);
-  l = lines();
-  EXPECT_TRUE(l["3,1"].has('S'));
-  EXPECT_FALSE(l["3,0"].has('S'));
-}
-
 // A widget with cells, as a list box has them: each cell's text is what
 // was drawn in it, captured around its drawing.
 struct CellList {

@@ -37,26 +37,18 @@ class TimerTest : public ToolkitTest {
 };
 
 
-std::vector<int>* gPasses = nullptr;
-int gPass = 0;
-void countPass(ClientPtr) { gPasses->push_back(gPass); }
 void startAnother(ClientPtr) {
-  gPasses->push_back(gPass);
-  EVENT_StartCBackAlarmDS(countPass, nullptr, 0);
+  gOrder->push_back("outer");
+  EVENT_StartCBackAlarmDS(record, const_cast<char*>("inner"), 0);
 }
 
 TEST_F(TimerTest, AnAlarmStartedInsideTimerProcessingWaitsForTheNextPass) {
-  std::vector<int> passes;
-  gPasses = &passes;
-  gPass = 1;
   EVENT_StartCBackAlarmDS(startAnother, nullptr, 0);
   EVENT_ProcessTimeOut();
-  ASSERT_EQ(passes, std::vector<int>{1});
+  ASSERT_EQ(order_, std::vector<std::string>{"outer"});
   EXPECT_EQ(TIMER_GetQueuedCount(), 1);
-  gPass = 2;
   EVENT_ProcessTimeOut();
-  EXPECT_EQ(passes, (std::vector<int>{1, 2}));
-  gPasses = nullptr;
+  EXPECT_EQ(order_, (std::vector<std::string>{"outer", "inner"}));
 }
 
 TEST_F(TimerTest, StoppingByDataRemovesTheFirstMatchAndWidgetAlarmsArriveAsTimeouts) {
