@@ -43,18 +43,13 @@ inline bool startToolkit() {
 // Every notification a widget got, by message number.
 struct NfyLog {
   std::vector<std::pair<WgtPtr, Int>> entries;
+  // How often w (any widget when null) got the message.
   Int count(WgtPtr w, Int message) const {
     Int n = 0;
-    for (auto& e : entries)
-      if (e.first == w && e.second == message) n++;
+    for (auto& e : entries) n += (!w || e.first == w) && e.second == message;
     return n;
   }
-  Int count(Int message) const {
-    Int n = 0;
-    for (auto& e : entries)
-      if (e.second == message) n++;
-    return n;
-  }
+  Int count(Int message) const { return count(nullptr, message); }
 };
 
 // A notification procedure that logs and then does what the class does.
@@ -136,19 +131,18 @@ inline void settle(int quietMs = 60, int limitMs = 3000) {
 }
 
 // A real click at a point of a widget, then the loop until quiet.
-inline void clickAt(owbtest::XTestDriver* driver, WgtPtr w, int x, int y) {
-  _Point16Rec p{static_cast<int16_t>(x), static_cast<int16_t>(y)};
-  WGT_ConvertWgtToAbs(w, &p);
-  driver->click(p.X, p.Y);
-  DSPLY_Sync();
-  settle();
-}
-
 // The screen location of a point of a widget.
 inline _Point16Rec absOf(WgtPtr w, int x, int y) {
   _Point16Rec p{static_cast<int16_t>(x), static_cast<int16_t>(y)};
   WGT_ConvertWgtToAbs(w, &p);
   return p;
+}
+
+inline void clickAt(owbtest::XTestDriver* driver, WgtPtr w, int x, int y) {
+  _Point16Rec p = absOf(w, x, y);
+  driver->click(p.X, p.Y);
+  DSPLY_Sync();
+  settle();
 }
 
 class ToolkitTest : public ::testing::Test {

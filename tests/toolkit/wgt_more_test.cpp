@@ -109,9 +109,7 @@ TEST_F(ToolkitTest, WidgetScalingResizeVisibleRegionCopiesAndValidation) {
 TEST_F(ToolkitTest, TextButtonLabelCalls) {
   ASSERT_TRUE(tktest::loadTestLibrary("Genwin", "ndgw.dat"));
   TButPtr but = TBUT_Create();
-  EXPECT_EQ(TBUT_GetLabelVStr(but), nullptr);
   TBUT_SetLabel(but, "Run fleet");
-  EXPECT_STREQ(VSTR_Get(TBUT_GetLabelVStr(but)), "Run fleet");
   char small[5];
   EXPECT_EQ(TBUT_QueryLabel(but, small, sizeof small), 4);
   EXPECT_STREQ(small, "Run ");
