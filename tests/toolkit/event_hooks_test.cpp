@@ -1,6 +1,6 @@
 // The loop's replaceable parts: the timer queue that alarms share with any
 // client, the display hooks through which another loop plugs in, and the
-// clipboard fetched while the loop runs (offering it is the editors' copy).
+// clipboard served while the loop runs.
 #include <gtest/gtest.h>
 #include <unistd.h>
 
@@ -195,11 +195,16 @@ TEST_F(ToolkitTest, DisplayHooksLetAnotherLoopPlugInAndNullRestoresTheDefaults) 
   close(fds[1]);
 }
 
-TEST_F(ToolkitTest, ClipboardTextComesBackFromOtherPrograms) {
+TEST_F(ToolkitTest, ClipboardTextGoesToOtherProgramsAndComesBackFromThem) {
+  owbtest::TempDir dir;
+  std::string display = "DISPLAY=" + owbtest::sharedXvfb().display() + " ";
+  ASSERT_TRUE(EVENT_SetClipboardStr("fleet \xc3\xa9one"));
+  // xclip waits for this program's answer: the loop runs while it asks.
+  std::string fetch = display + "xclip -o -selection clipboard > " + dir.file("out") + " 2>/dev/null &";
+  ASSERT_EQ(std::system(fetch.c_str()), 0);
+  EXPECT_TRUE(tktest::runUntil([&] { return owbtest::readWholeFile(dir.file("out")) == "fleet \xc3\xa9one"; }, 5000));
   // Another program holds the clipboard (xclip answers one request).
-  std::string command = "printf 'from xclip' | DISPLAY=" + owbtest::sharedXvfb().display() +
-                        " xclip -i -loops 1 -selection clipboard";
-  ASSERT_EQ(std::system(command.c_str()), 0);
+  ASSERT_EQ(std::system(("printf 'from xclip' | " + display + "xclip -i -loops 1 -selection clipboard").c_str()), 0);
   std::string text;
   ASSERT_TRUE(tktest::runUntil([&] { return EVENT_GetClipboardStr(&text, 1000) && text == "from xclip"; }, 5000))
       << text;

@@ -53,10 +53,16 @@ std::string makeWidgetLibrary(const owbtest::TempDir& dir) {
   return path;
 }
 
-TEST(Resources, LoadSharesOneObjectAndDetachedLoadsMakeCopies) {
-  tktest::LibraryScope scope;
-  owbtest::TempDir dir;
-  RLibPtr lib = RLIB_LoadFile(makeWidgetLibrary(dir).c_str());
+// A test of the widget library: made in a directory of its own and loaded;
+// the scope unloads it with whatever else the test loaded.
+class WidgetLibrary : public ::testing::Test {
+ protected:
+  tktest::LibraryScope scope_;
+  owbtest::TempDir dir_;
+  RLibPtr lib_ = RLIB_LoadFile(makeWidgetLibrary(dir_).c_str());
+};
+
+TEST_F(WidgetLibrary, LoadSharesOneObjectAndDetachedLoadsMakeCopies) {
   ResPtr a = RES_Load("TstWidgets", "win");
   ResPtr b = RES_Load("TstWidgets", "win");
   EXPECT_EQ(a, b);
@@ -74,7 +80,6 @@ TEST(Resources, LoadSharesOneObjectAndDetachedLoadsMakeCopies) {
   EXPECT_EQ(tktest::failureOf([] { RES_Load("TstWidgets", "nothing"); }).substr(0, 5), "Res 1");
   EXPECT_EQ(RES_Find("TstWidgets", "nothing"), nullptr);
   for (ResPtr r : {a, b, c, d}) RES_Release(r);
-  RLIB_Unload(lib);
 }
 
 TEST(Resources, CountsChildrenAndNamesBehaveAtTheirEdges) {
@@ -175,10 +180,7 @@ TEST(Resources, NotificationsAndTheLockedSendSurviveAReleasingHandler) {
   EXPECT_EQ(RES_LockedSendNfyData(r, 150, &payload), 1);
 }
 
-TEST(Resources, ATemplateLoadedTwiceGivesTwoTreesOrderedByIndex) {
-  tktest::LibraryScope scope;
-  owbtest::TempDir dir;
-  RLibPtr lib = RLIB_LoadFile(makeWidgetLibrary(dir).c_str());
+TEST_F(WidgetLibrary, ATemplateLoadedTwiceGivesTwoTreesOrderedByIndex) {
   ResPtr first = RES_LoadDeepDetach("TstWidgets", "win");
   ResPtr second = RES_LoadDeepDetach("TstWidgets", "win");
   // Loaded in name order.
@@ -214,7 +216,6 @@ TEST(Resources, ATemplateLoadedTwiceGivesTwoTreesOrderedByIndex) {
   EXPECT_EQ(tktest::failureOf([&] { PANEL_BuildWgtArray(bad); }).substr(0, 7), "Panel 0");
   EXPECT_STREQ(RES_GetName(RES_GetNthChild(bad, 0)), "one");  // left as it was
   for (ResPtr r : {first, second, bad}) RES_Release(r);
-  RLIB_Unload(lib);
 }
 
 // Script hooks and reloading: what a scripting layer plugs in is called,
@@ -227,10 +228,7 @@ long recordScript(ResPtr res, const char* script) {
   return 42;
 }
 
-TEST(Resources, ScriptHooksAndReload) {
-  tktest::LibraryScope scope;
-  owbtest::TempDir dir;
-  RLibPtr lib = RLIB_LoadFile(makeWidgetLibrary(dir).c_str());
+TEST_F(WidgetLibrary, ScriptHooksAndReload) {
   ResPtr win = RES_Load("TstWidgets", "win");
   auto noScripting = [&] {
     return tktest::failureOf([&] { RES_CompileScript(win, "x"); }).rfind("Res 6", 0) == 0 &&
@@ -257,7 +255,6 @@ TEST(Resources, ScriptHooksAndReload) {
   EXPECT_EQ(tktest::failureOf([&] { RES_Reload(unnamed); }).rfind("Res 0", 0), 0u);
   RES_Release(unnamed);
   RES_Release(win);
-  RLIB_Unload(lib);
 }
 
 }  // namespace
