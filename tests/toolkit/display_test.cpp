@@ -27,22 +27,14 @@ class DisplayTest : public ::testing::Test {
     while (DSPLY_CheckEvent(&ev)) DSPLY_ClearEvent(&ev);
   }
 
+  // A window shown, mapped and exposed (the server sends the map first).
   NatWinId mapWindow(_Rect16Rec box) {
     NatWinId w = DSPLY_NewWin(box, "test", COLOR_Window());
     wins_.push_back(w);
     DSPLY_ShowWin(w);
-    bool mapped = false, exposed = false;
     _DsplyEventRec ev;
-    owbtest::pumpUntil(
-        [&] {
-          DSPLY_WaitForInput(50);
-          while (DSPLY_CheckEvent(&ev)) {
-            if (ev.Win == w && ev.Kind == DSPLY_EVMAP) mapped = true;
-            if (ev.Win == w && ev.Kind == DSPLY_EVEXPOSE) exposed = true;
-            DSPLY_ClearEvent(&ev);
-          }
-        },
-        [&] { return mapped && exposed; });
+    for (int kind : {DSPLY_EVMAP, DSPLY_EVEXPOSE})
+      if (nextEvent(w, kind, &ev)) DSPLY_ClearEvent(&ev);
     return w;
   }
 

@@ -56,8 +56,7 @@ class InputTest : public ToolkitTest {
     PANEL_AddWgt(WIN_Panel(win_), w);
     WIN_Init(win_);
     RES_SetNfyProcDS(WGT_Res(w), recordingNfy, &seen_);
-    ASSERT_TRUE(tktest::showAndWait(win_));
-    ASSERT_TRUE(tktest::runUntil([&] { return WIN_HasFocus(win_); }));
+    ASSERT_TRUE(tktest::showFocused(win_));
     ASSERT_TRUE(WGT_GainFocus(w));
   }
   WgtPtr area() { return reinterpret_cast<WgtPtr>(area_); }

@@ -23,8 +23,7 @@ class TButTest : public ToolkitTest {
     ok_->DefButton = 1;
     for (TButPtr b : {push_, toggle_, radio_[0], radio_[1], radio_[2], ok_}) tktest::logTo(TBUT_Wgt(b), &log_);
     WIN_Init(win_);
-    ASSERT_TRUE(tktest::showAndWait(win_));
-    ASSERT_TRUE(tktest::runUntil([&] { return WIN_HasFocus(win_); }));
+    ASSERT_TRUE(tktest::showFocused(win_));
   }
   WinPtr win_ = nullptr;
   TButPtr push_ = nullptr, toggle_ = nullptr, ok_ = nullptr, radio_[3] = {};
