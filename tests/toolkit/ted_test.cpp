@@ -44,7 +44,7 @@ class TEdCalls : public ToolkitTest {
   tktest::NfyLog log_;
 };
 
-TEST_F(TEdCalls, SettingInsertingAndAppendingAtTheEnd) {
+TEST_F(TEdCalls, SettingInsertingAppendingAndTheMaskMode) {
   EXPECT_EQ(TED_GetStrLen(ted_), 0);
   EXPECT_STREQ(TED_GetStr(ted_), "");
   TED_SetStr(ted_, "fleet");
@@ -73,9 +73,7 @@ TEST_F(TEdCalls, SettingInsertingAndAppendingAtTheEnd) {
   TED_SetStr(ted_, "\xE2\x82\xAC" "5");
   TED_SetInsertPos(ted_, 2);
   EXPECT_EQ(TED_GetInsertPos(ted_), 0);
-}
-
-TEST_F(TEdCalls, MaskModeIgnoresSettingAndInsertingButSelectsAll) {
+  // In mask mode setting and inserting are ignored, selecting all is not.
   TED_SetStr(ted_, "12:30");
   TED_SetOptFlags(ted_, TED_OPTMASK);
   TED_SetStr(ted_, "other");
