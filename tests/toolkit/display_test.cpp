@@ -99,6 +99,7 @@ TEST(RegionTest, ArithmeticBoundsAndPoints) {
 TEST(AttributeTest, StockObjectsAndLookups) {
   EXPECT_EQ(COLOR_LoadById(COLOR_IDBLACK), COLOR_Black());
   for (int outside : {-1, static_cast<int>(COLOR_IDCOUNT)}) EXPECT_EQ(COLOR_LoadById(outside), nullptr);
+  EXPECT_EQ(COLOR_LoadByName("accent"), COLOR_Accent());
   EXPECT_EQ(COLOR_LoadByName("no such colour"), nullptr);
   ColorPtr mine = COLOR_NewRgb(0, 0, 0);
   EXPECT_TRUE(COLOR_Equal(mine, COLOR_Black()));

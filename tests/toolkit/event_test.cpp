@@ -36,7 +36,6 @@ class TimerTest : public ToolkitTest {
   std::vector<std::string> order_;
 };
 
-
 void startAnother(ClientPtr) {
   gOrder->push_back("outer");
   EVENT_StartCBackAlarmDS(record, const_cast<char*>("inner"), 0);

@@ -9,7 +9,6 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
-
 #include "tests/toolkit/tk_fixture.h"
 #include "toolkit/dsplysel.h"
 #include "toolkit/ted.h"

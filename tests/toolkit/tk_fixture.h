@@ -130,7 +130,6 @@ inline void settle(int quietMs = 60, int limitMs = 3000) {
   }
 }
 
-// A real click at a point of a widget, then the loop until quiet.
 // The screen location of a point of a widget.
 inline _Point16Rec absOf(WgtPtr w, int x, int y) {
   _Point16Rec p{static_cast<int16_t>(x), static_cast<int16_t>(y)};
@@ -138,6 +137,7 @@ inline _Point16Rec absOf(WgtPtr w, int x, int y) {
   return p;
 }
 
+// A real click at a point of a widget, then the loop until quiet.
 inline void clickAt(owbtest::XTestDriver* driver, WgtPtr w, int x, int y) {
   _Point16Rec p = absOf(w, x, y);
   driver->click(p.X, p.Y);
@@ -226,8 +226,8 @@ class ToolkitTest : public ::testing::Test {
 // Loads a library of the build's installation tree unless it is loaded
 // (by default the one of the test windows); false when it is not there.
 inline bool loadTestLibrary(const char* name = "wgtdemo", const char* file = "wgtdemo.dat") {
-  setenv("ND_PATH", (owbtest::installTree() + "/bin/resource").c_str(), 1);
   if (RLIB_Find(name)) return true;
+  setenv("ND_PATH", (owbtest::installTree() + "/bin/resource").c_str(), 1);
   ErrTrace frame("Test", __FILE__, __LINE__);
   return ERR_TryRecoverFn(frame, [&] { RLIB_LoadLibFile(name, file); });
 }
