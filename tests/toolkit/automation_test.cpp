@@ -12,7 +12,6 @@
 
 #include "tests/toolkit/tk_fixture.h"
 #include "toolkit/autom.h"
-#include "toolkit/cbox.h"
 #include "toolkit/lbox.h"
 #include "toolkit/mbar.h"
 #include "toolkit/pfld.h"
@@ -34,6 +33,16 @@ std::map<std::string, Line> parse(const std::string& text) {
     lines[l.path] = l;
   }
   return lines;
+}
+
+// Checks the class, state and text of the line of a path; null skips one.
+void expectLine(std::map<std::string, Line>& l, const std::string& path, const char* cls, const char* state,
+                const char* text = nullptr) {
+  ASSERT_EQ(l.count(path), 1u) << path;
+  const Line& line = l[path];
+  if (cls) { EXPECT_EQ(line.cls, cls) << path; }
+  if (state) { EXPECT_EQ(line.state, state) << path; }
+  if (text) { EXPECT_EQ(line.text, text) << path; }
 }
 
 class AutomationTest : public ToolkitTest {
@@ -76,11 +85,8 @@ class AutomationTest : public ToolkitTest {
 TEST_F(AutomationTest, EveryWidgetHasALineWithItsPathClassBoxStateAndText) {
   std::map<std::string, Line> l = lines();
   ASSERT_EQ(l.size(), 11u) << raw();
-  const Line& w = l["-"];
-  EXPECT_EQ(w.cls, "Win");
-  EXPECT_EQ(std::vector<int>({w.x, w.y, w.w, w.h}), std::vector<int>({0, 0, 420, 260}));
-  EXPECT_EQ(w.state, "VEF");
-  EXPECT_EQ(w.text, "Widget test");
+  expectLine(l, "-", "Win", "VEF", "Widget test");
+  EXPECT_EQ(std::vector<int>({l["-"].x, l["-"].y, l["-"].w, l["-"].h}), std::vector<int>({0, 0, 420, 260}));
   // The depth-first order: the window, then each child before its own
   // children.
   std::string order;
@@ -101,17 +107,15 @@ TEST_F(AutomationTest, EveryWidgetHasALineWithItsPathClassBoxStateAndText) {
   _Rect16Rec panelBox, radioBox;
   WGT_GetResBox(child(3), &panelBox);
   WGT_GetResBox(radio(1), &radioBox);
-  EXPECT_EQ(l["3,1"].cls, "TBut");
+  expectLine(l, "3,1", "TBut", nullptr);
   EXPECT_EQ(l["3,1"].x, panelBox.Origin.X + radioBox.Origin.X);
   EXPECT_EQ(l["3,1"].y, panelBox.Origin.Y + radioBox.Origin.Y);
 
-  EXPECT_EQ(l["0"].text, "Buttons of every kind");
-  EXPECT_EQ(l["0"].state, "VE");
-  EXPECT_EQ(l["3"].text, "");  // a group's frame title is no text of a widget
-  EXPECT_EQ(l["3,0"].state, "VES");  // the selected radio button
-  EXPECT_EQ(l["4"].state, "VED");     // the default button
-  EXPECT_EQ(l["6"].state, "V");       // disabled
-  EXPECT_EQ(l["6"].text, "Not now");
+  expectLine(l, "0", nullptr, "VE", "Buttons of every kind");
+  expectLine(l, "3", nullptr, nullptr, "");  // a group's frame title is no text of a widget
+  expectLine(l, "3,0", nullptr, "VES");      // the selected radio button
+  expectLine(l, "4", nullptr, "VED");        // the default button
+  expectLine(l, "6", nullptr, "V", "Not now");  // disabled
 
   // The state follows hiding, enabling, selecting and the focus.
   WGT_SetInvisible(child(3));
@@ -120,12 +124,10 @@ TEST_F(AutomationTest, EveryWidgetHasALineWithItsPathClassBoxStateAndText) {
   TBUT_Select(TBUT_FromWgt(child(2)));
   ASSERT_TRUE(WGT_GainFocus(child(1)));
   l = lines();
-  EXPECT_EQ(l["3"].state, "E");
-  EXPECT_EQ(l["3,2"].state, "ES");  // hidden with its panel
-  EXPECT_EQ(l["3,0"].state, "E");
-  EXPECT_EQ(l["6"].state, "VE");
-  EXPECT_EQ(l["2"].state, "VES");
-  EXPECT_EQ(l["1"].state, "VEF");
+  // The radio button 3,2 is hidden with its panel.
+  for (auto [path, state] : {std::pair<const char*, const char*>{"3", "E"}, {"3,2", "ES"}, {"3,0", "E"}, {"6", "VE"},
+                             {"2", "VES"}, {"1", "VEF"}})
+    expectLine(l, path, nullptr, state);
   // A widget moved out of the window is not shown.
   _Point16Rec away{500, 10};
   WGT_Configure(child(2), &away, nullptr);
@@ -151,20 +153,6 @@ TEST_F(AutomationTest, TextsAreEscapedAndThePropertyIsWrittenOnlyOnChange) {
   WIN_SetLabel(win_, "Again");
   EXPECT_EQ(raw(), "<none>");
   EXPECT_EQ(AUTOM_GetWriteCount(), writes + 1);
-}
-
-TEST_F(AutomationTest, ClickingTheCentreOfABoxFromThePropertyReachesThatWidget) {
-  tktest::NfyLog log;
-  tktest::logTo(child(4), &log);
-  tktest::logTo(radio(1), &log);
-  std::map<std::string, Line> l = lines();
-  clickCentre(l["4"]);
-  EXPECT_EQ(log.count(child(4), TBUT_NFYHIT), 1);
-  clickCentre(l["3,1"]);
-  EXPECT_EQ(log.count(radio(1), TBUT_NFYHIT), 1);
-  l = lines();
-  EXPECT_TRUE(l["3,1"].has('S'));
-  EXPECT_FALSE(l["3,0"].has('S'));
 }
 
 // A widget with cells, as a list box has them: each cell's text is what
@@ -216,18 +204,13 @@ TEST_F(AutomationTest, CellsFollowTheirWidgetWithWhatWasDrawnInThem) {
   list->ResBox = RECT16_Make(20, 170, 130, 60);
   PANEL_AddWgt(WIN_Panel(win_), list);
   std::map<std::string, Line> l = lines();
-  EXPECT_EQ(l["7"].cls, "AutomCellTest");
+  expectLine(l, "7", "AutomCellTest", nullptr);
+  expectLine(l, "7/1,1", "Cell", "VS", "R1 C1");
   const Line& cell = l["7/1,1"];
-  EXPECT_EQ(cell.cls, "Cell");
   EXPECT_EQ(std::vector<int>({cell.x, cell.y, cell.w, cell.h}), std::vector<int>({80, 190, 60, 20}));
-  EXPECT_EQ(cell.state, "VS");
-  EXPECT_EQ(cell.text, "R1 C1");
-  EXPECT_EQ(l["7/0,2"].state, "V");
-  EXPECT_EQ(l["7/0,2"].text, "R2 C0");
-  EXPECT_EQ(l["7/more"].cls, "Part");
+  expectLine(l, "7/0,2", nullptr, "V", "R2 C0");
+  expectLine(l, "7/more", "Part", "-", "a\\tpart");
   EXPECT_EQ(l["7/more"].y, 230);
-  EXPECT_EQ(l["7/more"].state, "-");
-  EXPECT_EQ(l["7/more"].text, "a\\tpart");
   EXPECT_EQ(l.size(), 12u + 7u);
   // Capture is off outside AUTOM_CaptureBegin .. End, and a capture
   // without the surface gives nothing.
@@ -255,14 +238,14 @@ TEST_F(AutomationTest, AListBoxIsFollowedByItsCellsInView) {
   box->StringFlags = LBOX_STRINGCLIENTDATA;
   PANEL_AddWgt(WIN_Panel(win), LBOX_Wgt(box));
   WIN_Init(win);
-  static const char* const kTexts[] = {"Head 1", "Head 2", "Head 3", "r1c1", "r1c2", "r1c3", "r2c1", "r2c2",
-                                       "r2c3", "r3c1", "r3c2", "r3c3", "r4c1", "r4c2", "r4c3", "r5c1", "r5c2",
-                                       "r5c3", "r6c1", "r6c2", "r6c3", "r7c1", "r7c2", "r7c3", "r8c1", "r8c2",
-                                       "r8c3", "r9c1", "r9c2", "r9c3"};
+  static std::vector<std::string> texts;  // live as long as the box may draw them
+  texts.clear();
+  texts.reserve(30);
   for (Int r = 0; r < 10; r++)
     for (Int c = 1; c <= 3; c++) {
+      texts.push_back(r ? "r" + std::to_string(r) + "c" + std::to_string(c) : "Head " + std::to_string(c));
       LBOX_GoColRow(box, c, r);
-      LBOX_CurSetClientData(box, const_cast<char*>(kTexts[r * 3 + c - 1]));
+      LBOX_CurSetClientData(box, const_cast<char*>(texts.back().c_str()));
     }
   LBOX_RowSelect(box, 2);
   ASSERT_TRUE(tktest::showAndWait(win));
@@ -271,12 +254,10 @@ TEST_F(AutomationTest, AListBoxIsFollowedByItsCellsInView) {
     return parse(readProperty(driver_->display(), WIN_GetNatWin(win)));
   };
   std::map<std::string, Line> l = read();
-  EXPECT_EQ(l["0"].cls, "LBox");
-  EXPECT_EQ(l["0/1,0"].cls, "Cell");
-  EXPECT_EQ(l["0/1,0"].text, "Head 1");
-  EXPECT_EQ(l["0/3,1"].text, "r1c3");
-  EXPECT_EQ(l["0/3,1"].state, "V");
-  EXPECT_EQ(l["0/2,2"].state, "VS");
+  expectLine(l, "0", "LBox", nullptr);
+  expectLine(l, "0/1,0", "Cell", nullptr, "Head 1");
+  expectLine(l, "0/3,1", nullptr, "V", "r1c3");
+  expectLine(l, "0/2,2", nullptr, "VS");
   // Only what is in view: the box is too low for nine rows.
   EXPECT_EQ(l.count("0/1,9"), 0u);
   EXPECT_EQ(l.count("0/0,1"), 0u);  // the heading column is not shown
@@ -286,25 +267,18 @@ TEST_F(AutomationTest, AListBoxIsFollowedByItsCellsInView) {
   EXPECT_GE(l["0/1,1"].x, 10);
   // Its scroll bars are parts of it: the vertical one, needed for the
   // rows out of view, is shown along its right edge.
-  EXPECT_EQ(l["0/c0"].cls, "Sb");
-  EXPECT_EQ(l["0/c1"].cls, "Sb");
-  EXPECT_EQ(l["0/c1"].state, "VE");
+  expectLine(l, "0/c0", "Sb", nullptr);
+  expectLine(l, "0/c1", "Sb", "VE");
   EXPECT_GE(l["0/c1"].x + l["0/c1"].w, 300);
   EXPECT_LE(l["0/c1"].x + l["0/c1"].w, 310);
   EXPECT_GT(l["0/c1"].h, l["0/c1"].w);
 
   // A click on the middle of a cell read from the property selects it.
-  const Line& target = l["0/3,3"];
-  ASSERT_EQ(target.text, "r3c3");
-  int ax, ay;
-  Window unused;
-  Display* dpy = driver_->display();
-  XTranslateCoordinates(dpy, WIN_GetNatWin(win), DefaultRootWindow(dpy), target.x + target.w / 2,
-                        target.y + target.h / 2, &ax, &ay, &unused);
-  driver_->click(ax, ay);
+  ASSERT_EQ(l["0/3,3"].text, "r3c3");
+  clickCentre(l["0/3,3"], WIN_GetNatWin(win));
   l = read();
-  EXPECT_EQ(l["0/3,3"].state, "VS");
-  EXPECT_EQ(l["0/2,2"].state, "V");
+  expectLine(l, "0/3,3", nullptr, "VS");
+  expectLine(l, "0/2,2", nullptr, "V");
 }
 
 std::vector<std::string> gChosen;
@@ -346,13 +320,11 @@ TEST_F(AutomationTest, ABarMenuOpenedFromOutsideDescribesItsItemsAndOneIsClicked
   // The bar follows the window's line, before the children.
   std::map<std::string, Line> l = read(WIN_GetNatWin(win));
   ASSERT_EQ(l.count("-/bar"), 1u) << readProperty(dpy, WIN_GetNatWin(win));
-  EXPECT_EQ(l["-/bar"].cls, "MBar");
+  expectLine(l, "-/bar", "MBar", nullptr);
   EXPECT_EQ(std::vector<int>({l["-/bar"].x, l["-/bar"].y, l["-/bar"].w, l["-/bar"].h}),
             std::vector<int>({0, 0, 300, static_cast<int>(MBAR_GetHeight(bar))}));
-  EXPECT_EQ(l["-/bar/0"].cls, "MItem");
-  EXPECT_EQ(l["-/bar/0"].text, "File");
-  EXPECT_EQ(l["-/bar/0"].state, "VE");
-  EXPECT_EQ(l["-/bar/1"].state, "V");
+  expectLine(l, "-/bar/0", "MItem", "VE", "File");
+  expectLine(l, "-/bar/1", nullptr, "V");
   EXPECT_GE(l["-/bar/1"].x, l["-/bar/0"].x + l["-/bar/0"].w);
   EXPECT_EQ(shownWindowNamed(dpy, "File menu"), 0u);
 
@@ -362,15 +334,12 @@ TEST_F(AutomationTest, ABarMenuOpenedFromOutsideDescribesItsItemsAndOneIsClicked
   Window menuWin = 0;
   ASSERT_TRUE(tktest::runUntil([&] { return (menuWin = shownWindowNamed(dpy, "File menu")) != 0; }));
   std::map<std::string, Line> m = read(menuWin);
-  EXPECT_EQ(m["-"].text, "File menu");
-  EXPECT_EQ(m["0"].cls, "Menu");
-  EXPECT_EQ(m["0/0"].cls, "MItem");
-  EXPECT_EQ(m["0/0"].text, "Open");
-  EXPECT_EQ(m["0/0"].state, "VE");
-  EXPECT_EQ(m["0/1"].cls, "MSep");
-  EXPECT_EQ(m["0/2"].state, "V");  // disabled
-  EXPECT_EQ(m["0/3"].state, "VES");  // checked
-  EXPECT_EQ(m["0/3"].text, "Wrap\\ttext");
+  expectLine(m, "-", nullptr, nullptr, "File menu");
+  expectLine(m, "0", "Menu", nullptr);
+  expectLine(m, "0/0", "MItem", "VE", "Open");
+  expectLine(m, "0/1", "MSep", nullptr);
+  expectLine(m, "0/2", nullptr, "V");                   // disabled
+  expectLine(m, "0/3", nullptr, "VES", "Wrap\\ttext");  // checked
   EXPECT_EQ(m.size(), 7u);
   EXPECT_EQ(m["0/4"].y, m["0/3"].y + m["0/3"].h);
   EXPECT_EQ(m["0/4"].w, m["0"].w);
@@ -381,27 +350,6 @@ TEST_F(AutomationTest, ABarMenuOpenedFromOutsideDescribesItsItemsAndOneIsClicked
   ASSERT_TRUE(tktest::runUntil([&] { return shownWindowNamed(dpy, "File menu") == 0; }));
   EXPECT_EQ(gChosen, std::vector<std::string>({"&Quit"}));
   EXPECT_EQ(read(WIN_GetNatWin(win))["-/bar/0"].state, "VE");
-}
-
-TEST_F(AutomationTest, TheComboBoxListDescribesItsCells) {
-  WinPtr win = keep(tktest::newWin(500, 100, 300, 150, "combo"));
-  CBoxPtr box = CBOX_Create();
-  CBOX_Wgt(box)->ResBox = RECT16_Make(10, 10, 200, 26);
-  for (const char* label : {"red", "green", "blue"}) {
-    CBOX_GoIndex(box, CBOX_GetNumElts(box));
-    CBOX_CurAddElt(box, label, nullptr);
-  }
-  PANEL_AddWgt(WIN_Panel(win), CBOX_Wgt(box));
-  WIN_Init(win);
-  ASSERT_TRUE(tktest::showAndWait(win));
-  CBOX_OpenList(box);
-  ASSERT_TRUE(tktest::runUntil([&] { return WIN_IsOpen(CBOX_GetListWin(box)); }));
-  settle(50);
-  std::map<std::string, Line> l = parse(readProperty(driver_->display(), WIN_GetNatWin(CBOX_GetListWin(box))));
-  EXPECT_EQ(l["0"].cls, "LBox");
-  EXPECT_EQ(l["0/1,3"].cls, "Cell");
-  EXPECT_EQ(l["0/1,3"].text, "blue");
-  CBOX_CloseList(box);
 }
 
 TEST_F(AutomationTest, AWindowDestroyedByAnotherClientEndsNothing) {

@@ -131,10 +131,6 @@ class CBoxInput : public ToolkitTest {
     WIN_Init(win_);
     ASSERT_TRUE(tktest::showFocused(win_));
   }
-  void key(KeySym sym, KeySym mod = NoSymbol) {
-    driver_->key(sym, mod);
-    settle();
-  }
   bool isOpen() { return CBOX_IsListOpen(box_) && WIN_IsOpen(CBOX_GetListWin(box_)); }
   WinPtr win_ = nullptr;
   CBoxPtr box_ = nullptr;

@@ -27,22 +27,14 @@ class DisplayTest : public ::testing::Test {
     while (DSPLY_CheckEvent(&ev)) DSPLY_ClearEvent(&ev);
   }
 
+  // A window shown, mapped and exposed (the server sends the map first).
   NatWinId mapWindow(_Rect16Rec box) {
     NatWinId w = DSPLY_NewWin(box, "test", COLOR_Window());
     wins_.push_back(w);
     DSPLY_ShowWin(w);
-    bool mapped = false, exposed = false;
     _DsplyEventRec ev;
-    owbtest::pumpUntil(
-        [&] {
-          DSPLY_WaitForInput(50);
-          while (DSPLY_CheckEvent(&ev)) {
-            if (ev.Win == w && ev.Kind == DSPLY_EVMAP) mapped = true;
-            if (ev.Win == w && ev.Kind == DSPLY_EVEXPOSE) exposed = true;
-            DSPLY_ClearEvent(&ev);
-          }
-        },
-        [&] { return mapped && exposed; });
+    for (int kind : {DSPLY_EVMAP, DSPLY_EVEXPOSE})
+      if (nextEvent(w, kind, &ev)) DSPLY_ClearEvent(&ev);
     return w;
   }
 
@@ -106,19 +98,14 @@ TEST(RegionTest, ArithmeticBoundsAndPoints) {
 
 TEST(AttributeTest, StockObjectsAndLookups) {
   EXPECT_EQ(COLOR_LoadById(COLOR_IDBLACK), COLOR_Black());
-  EXPECT_EQ(COLOR_LoadById(-1), nullptr);
-  EXPECT_EQ(COLOR_LoadById(COLOR_IDCOUNT), nullptr);
+  for (int outside : {-1, static_cast<int>(COLOR_IDCOUNT)}) EXPECT_EQ(COLOR_LoadById(outside), nullptr);
   EXPECT_EQ(COLOR_LoadByName("accent"), COLOR_Accent());
   EXPECT_EQ(COLOR_LoadByName("no such colour"), nullptr);
-  EXPECT_EQ(COLOR_Transparent()->Kind, COLOR_KINDTRANSPARENT);
-  EXPECT_EQ(COLOR_Invert()->Kind, COLOR_KINDINVERT);
   ColorPtr mine = COLOR_NewRgb(0, 0, 0);
   EXPECT_TRUE(COLOR_Equal(mine, COLOR_Black()));
   COLOR_Dispose(mine);
   COLOR_Dispose(COLOR_Black());  // stock: ignored
   EXPECT_EQ(COLOR_Black()->R, 0);
-  EXPECT_EQ(PEN_Invisible()->Style, PEN_STYLEINVISIBLE);
-  EXPECT_EQ(PATT_Empty()->Kind, PATT_KINDEMPTY);
   FontPtr f = FONT_New("DejaVu Sans", 10, false);
   EXPECT_TRUE(FONT_Equal(f, FONT_Default()));
   EXPECT_FALSE(FONT_Equal(f, FONT_DefaultBold()));
@@ -170,9 +157,7 @@ TEST_F(DisplayTest, FillsFramesAndCapturesPixels) {
 }
 
 TEST_F(DisplayTest, TextIsMeasuredAndDrawnWithTheDefaultFamily) {
-  _Point16Rec empty = DRAW_QueryTextExt(FONT_Default(), "", 0);
-  EXPECT_EQ(empty.X, 0);
-  EXPECT_GT(empty.Y, 8);
+  EXPECT_EQ(DRAW_QueryTextExt(FONT_Default(), "", 0).X, 0);
   _Point16Rec one = DRAW_QueryTextExt(FONT_Default(), "Cancel", -1);
   _Point16Rec two = DRAW_QueryTextExt(FONT_Default(), "CancelCancel", -1);
   EXPECT_GT(one.X, 20);
@@ -206,10 +191,8 @@ TEST_F(DisplayTest, TextIsMeasuredAndDrawnWithTheDefaultFamily) {
   EXPECT_GT(grey, 5);
 }
 
-TEST_F(DisplayTest, PointerAndKeysAreTranslated) {
+TEST_F(DisplayTest, PointerEventsAreTranslated) {
   NatWinId w = mapWindow(RECT16_Make(300, 100, 200, 100));
-  DSPLY_FocusWin(w);
-  DSPLY_Sync();
   owbtest::XTestDriver drv(owbtest::sharedXvfb().display());
   ASSERT_TRUE(drv.ok());
 
@@ -218,9 +201,7 @@ TEST_F(DisplayTest, PointerAndKeysAreTranslated) {
   _DsplyEventRec ev;
   ASSERT_TRUE(nextEvent(w, DSPLY_EVBUTTONPRESS, &ev));
   EXPECT_EQ(ev.Button, EVENT_BUT1);
-  EXPECT_EQ(ev.WinLoc.X, 40);
-  EXPECT_EQ(ev.WinLoc.Y, 30);
-  EXPECT_EQ(ev.AbsLoc.X, 340);
+  EXPECT_EQ(std::vector<int>({ev.WinLoc.X, ev.WinLoc.Y, ev.AbsLoc.X}), std::vector<int>({40, 30, 340}));
   EXPECT_TRUE(ev.Modifiers & EVENT_MODBUT1);
   drv.release(1);
   ASSERT_TRUE(nextEvent(w, DSPLY_EVBUTTONRELEASE, &ev));
@@ -230,34 +211,12 @@ TEST_F(DisplayTest, PointerAndKeysAreTranslated) {
   ASSERT_TRUE(nextEvent(w, DSPLY_EVBUTTONPRESS, &ev));
   EXPECT_EQ(ev.Button, EVENT_BUTNONE);
 
-  drv.key(XK_a);
-  ASSERT_TRUE(nextEvent(w, DSPLY_EVKEYPRESS, &ev));
-  EXPECT_EQ(ev.Key, EVENT_KEYNORMAL);
-  EXPECT_STREQ(ev.KbStr, "a");
-  drv.key(XK_a, XK_Shift_L);
-  do {
-    ASSERT_TRUE(nextEvent(w, DSPLY_EVKEYPRESS, &ev));
-  } while (ev.Key == EVENT_KEYSHIFTL);
-  EXPECT_STREQ(ev.KbStr, "A");
-  EXPECT_TRUE(ev.Modifiers & EVENT_MODSHIFT);
-  drv.key(XK_Return);
-  ASSERT_TRUE(nextEvent(w, DSPLY_EVKEYPRESS, &ev));
-  EXPECT_EQ(ev.Key, EVENT_KEYRETURN);
-  EXPECT_STREQ(ev.KbStr, "");
-  drv.key(XK_F5);
-  ASSERT_TRUE(nextEvent(w, DSPLY_EVKEYPRESS, &ev));
-  EXPECT_EQ(ev.Key, EVENT_KEYF1 + 4);
-
-  drv.closeBox(w);
-  EXPECT_TRUE(nextEvent(w, DSPLY_EVDELETE, &ev));
-
   _Point16Rec abs, loc;
   NatWinId under = 0;
   drv.moveTo(310, 150);
   ASSERT_TRUE(DSPLY_QueryPointer(&abs, &under, &loc, nullptr));
   EXPECT_EQ(under, w);
-  EXPECT_EQ(loc.X, 10);
-  EXPECT_EQ(loc.Y, 50);
+  EXPECT_EQ(std::vector<int>({loc.X, loc.Y}), std::vector<int>({10, 50}));
 }
 
 TEST_F(DisplayTest, QueuedExposuresOfAWindowMergeIntoOneRegion) {
@@ -274,16 +233,6 @@ TEST_F(DisplayTest, QueuedExposuresOfAWindowMergeIntoOneRegion) {
   EXPECT_FALSE(RGN_ContainsPoint(ev.Rgn, 30, 30));
   DSPLY_ClearEvent(&ev);
   EXPECT_FALSE(nextEvent(w, DSPLY_EVEXPOSE, &ev, 200));
-
-  // Uncovering: a window laid over part of it and taken away again exposes
-  // just that part.
-  NatWinId cover = mapWindow(RECT16_Make(60, 420, 50, 40));
-  DSPLY_DisposeWin(cover);
-  wins_.pop_back();
-  ASSERT_TRUE(nextEvent(w, DSPLY_EVEXPOSE, &ev));
-  _Rect16Rec b = RGN_QueryBounds(ev.Rgn);
-  EXPECT_TRUE(RECT16_Equal(b, RECT16_Make(40, 20, 50, 40)));
-  DSPLY_ClearEvent(&ev);
 }
 
 TEST(DisplayClosedTest, EverythingIsHarmlessWithoutAServer) {

@@ -5,8 +5,6 @@
 #include <unistd.h>
 
 #include <cstdio>
-#include <fstream>
-#include <sstream>
 #include <string>
 #include <vector>
 
@@ -197,22 +195,14 @@ TEST_F(ToolkitTest, DisplayHooksLetAnotherLoopPlugInAndNullRestoresTheDefaults) 
   close(fds[1]);
 }
 
-std::string readFile(const std::string& path) {
-  std::ifstream in(path);
-  std::stringstream s;
-  s << in.rdbuf();
-  return s.str();
-}
-
 TEST_F(ToolkitTest, ClipboardTextGoesToOtherProgramsAndComesBackFromThem) {
   owbtest::TempDir dir;
   std::string display = "DISPLAY=" + owbtest::sharedXvfb().display() + " ";
-  std::string out = dir.path() + "/out";
   ASSERT_TRUE(EVENT_SetClipboardStr("fleet \xc3\xa9one"));
   // xclip waits for this program's answer: the loop runs while it asks.
-  ASSERT_EQ(std::system((display + "xclip -o -selection clipboard > " + out + " 2>/dev/null &").c_str()), 0);
-  EXPECT_TRUE(tktest::runUntil([&] { return readFile(out) == "fleet \xc3\xa9one"; }, 5000)) << readFile(out);
-
+  std::string fetch = display + "xclip -o -selection clipboard > " + dir.file("out") + " 2>/dev/null &";
+  ASSERT_EQ(std::system(fetch.c_str()), 0);
+  EXPECT_TRUE(tktest::runUntil([&] { return owbtest::readWholeFile(dir.file("out")) == "fleet \xc3\xa9one"; }, 5000));
   // Another program holds the clipboard (xclip answers one request).
   ASSERT_EQ(std::system(("printf 'from xclip' | " + display + "xclip -i -loops 1 -selection clipboard").c_str()), 0);
   std::string text;

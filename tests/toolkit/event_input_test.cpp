@@ -1,6 +1,6 @@
 // Input details of the loop: double clicks, the type-ahead buffer and its
 // accelerator match, user queues, non-blocking steps, repetition while a
-// button is held, requests that a listener refuses.
+// button is held, attributes set to what they are.
 #include <gtest/gtest.h>
 
 #include <string>
@@ -56,8 +56,7 @@ class InputTest : public ToolkitTest {
     PANEL_AddWgt(WIN_Panel(win_), w);
     WIN_Init(win_);
     RES_SetNfyProcDS(WGT_Res(w), recordingNfy, &seen_);
-    ASSERT_TRUE(tktest::showAndWait(win_));
-    ASSERT_TRUE(tktest::runUntil([&] { return WIN_HasFocus(win_); }));
+    ASSERT_TRUE(tktest::showFocused(win_));
     ASSERT_TRUE(WGT_GainFocus(w));
   }
   WgtPtr area() { return reinterpret_cast<WgtPtr>(area_); }
@@ -82,13 +81,10 @@ TEST_F(InputTest, ASecondClickSoonAndCloseIsDouble) {
 
 TEST_F(InputTest, TypedCharactersArriveOneByOneAndMatchWithinHalfASecond) {
   driver_->key(XK_a);
-  driver_->key(XK_b);
-  settle();
+  key(XK_b);
   usleep(600 * 1000);
-  driver_->key(XK_c);
-  settle();
-  driver_->key(XK_F2);  // a named key comes without text
-  settle();
+  key(XK_c);
+  key(XK_F2);  // a named key comes without text
   EXPECT_EQ(seen_.chars, (std::vector<std::string>{"a", "b", "c", ""}));
   ASSERT_EQ(seen_.matches.size(), 4u);
   EXPECT_EQ(seen_.matches[1], "ab");
@@ -143,21 +139,7 @@ TEST_F(InputTest, UserQueuesAndNonBlockingSteps) {
   gRan = nullptr;
 }
 
-long refuseShow(ResPtr, Int message, ClientPtr) {
-  if (message == WIN_NFYSHOW) WIN_RefuseRequest();
-  return 0;
-}
-
-TEST_F(InputTest, AListenerCanRefuseARequestAndEqualAttributesChangeNothing) {
-  WinPtr other = keep(tktest::newWin(10, 10, 100, 60, "refused"));
-  WIN_Init(other);
-  ResPtr listener = RES_Create(TAREA_Class());
-  RES_SetNfyProcDS(listener, refuseShow, nullptr);
-  WIN_RegisterForRequest(other, listener);
-  EXPECT_FALSE(WIN_Show(other));
-  EXPECT_EQ(WIN_GetState(other), WIN_STATEINIT);
-  EXPECT_FALSE(WIN_Minimize(other));  // not open: nothing to do
-
+TEST_F(InputTest, EqualAttributesChangeNothing) {
   WGT_SetFont(area(), FONT_Default());
   settle();
   ASSERT_TRUE(RGN_IsEmpty(win_->InvalRgn));
@@ -168,9 +150,6 @@ TEST_F(InputTest, AListenerCanRefuseARequestAndEqualAttributesChangeNothing) {
   FONT_Dispose(same);
   WGT_SetFgColor(area(), COLOR_Red());
   EXPECT_FALSE(RGN_IsEmpty(win_->InvalRgn));
-  WIN_TerminateGetStatus(other);
-  EVENT_Update();
-  RES_Release(listener);
 }
 
 }  // namespace

@@ -36,18 +36,21 @@ class TimerTest : public ToolkitTest {
   std::vector<std::string> order_;
 };
 
-TEST_F(TimerTest, AlarmsFireByDueTimeAndInStartOrderWhenDueTogether) {
-  static const char a[] = "a", b[] = "b", c[] = "c", d[] = "d";
-  EVENT_StartCBackAlarmDS(record, const_cast<char*>(c), 40);
-  EVENT_StartCBackAlarmDS(record, const_cast<char*>(a), 0);
-  EVENT_StartCBackAlarmDS(record, const_cast<char*>(b), 0);
-  EVENT_StartCBackAlarmDS(record, const_cast<char*>(d), 40);
-  EXPECT_EQ(TIMER_GetQueuedCount(), 4);
-  drainTimers();
-  EXPECT_EQ(order_, (std::vector<std::string>{"a", "b", "c", "d"}));
+void startAnother(ClientPtr) {
+  gOrder->push_back("outer");
+  EVENT_StartCBackAlarmDS(record, const_cast<char*>("inner"), 0);
 }
 
-TEST_F(TimerTest, StoppingByDataRemovesOnlyTheFirstMatch) {
+TEST_F(TimerTest, AnAlarmStartedInsideTimerProcessingWaitsForTheNextPass) {
+  EVENT_StartCBackAlarmDS(startAnother, nullptr, 0);
+  EVENT_ProcessTimeOut();
+  ASSERT_EQ(order_, std::vector<std::string>{"outer"});
+  EXPECT_EQ(TIMER_GetQueuedCount(), 1);
+  EVENT_ProcessTimeOut();
+  EXPECT_EQ(order_, (std::vector<std::string>{"outer", "inner"}));
+}
+
+TEST_F(TimerTest, StoppingByDataRemovesTheFirstMatchAndWidgetAlarmsArriveAsTimeouts) {
   static char tag[] = "x";
   EVENT_StartCBackAlarmDS(record, tag, 0);
   EVENT_StartCBackAlarmDS(record, tag, 0);
@@ -56,31 +59,7 @@ TEST_F(TimerTest, StoppingByDataRemovesOnlyTheFirstMatch) {
   drainTimers();
   EXPECT_EQ(order_.size(), 1u);
   EVENT_StopCBackAlarm(tag);  // nothing left: harmless
-}
 
-std::vector<int>* gPasses = nullptr;
-int gPass = 0;
-void countPass(ClientPtr) { gPasses->push_back(gPass); }
-void startAnother(ClientPtr) {
-  gPasses->push_back(gPass);
-  EVENT_StartCBackAlarmDS(countPass, nullptr, 0);
-}
-
-TEST_F(TimerTest, AnAlarmStartedInsideTimerProcessingWaitsForTheNextPass) {
-  std::vector<int> passes;
-  gPasses = &passes;
-  gPass = 1;
-  EVENT_StartCBackAlarmDS(startAnother, nullptr, 0);
-  EVENT_ProcessTimeOut();
-  ASSERT_EQ(passes, std::vector<int>{1});
-  EXPECT_EQ(TIMER_GetQueuedCount(), 1);
-  gPass = 2;
-  EVENT_ProcessTimeOut();
-  EXPECT_EQ(passes, (std::vector<int>{1, 2}));
-  gPasses = nullptr;
-}
-
-TEST_F(TimerTest, WidgetAlarmsArriveAsTimeoutsWithTheirData) {
   WinPtr win = keep(tktest::newWin(10, 10, 200, 100, "timers"));
   WIN_Init(win);
   tktest::NfyLog log;

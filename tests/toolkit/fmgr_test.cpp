@@ -23,13 +23,10 @@ TEST(FmgrTest, NodeTypesFollowLinksAndNameNothingWhenMissing) {
   symlink("nowhere", dir.file("dangling").c_str());
   mkfifo(dir.file("pipe").c_str(), 0644);
 
-  EXPECT_EQ(FMGR_NODEFILE, FMGR_GetNodeType(dir.file("plain").c_str()));
-  EXPECT_EQ(FMGR_NODEDIR, FMGR_GetNodeType(dir.file("sub").c_str()));
-  EXPECT_EQ(FMGR_NODEFILE, FMGR_GetNodeType(dir.file("tofile").c_str()));
-  EXPECT_EQ(FMGR_NODEDIR, FMGR_GetNodeType(dir.file("todir").c_str()));
-  EXPECT_EQ(FMGR_NODENONE, FMGR_GetNodeType(dir.file("dangling").c_str()));
-  EXPECT_EQ(FMGR_NODEOTHER, FMGR_GetNodeType(dir.file("pipe").c_str()));
-  EXPECT_EQ(FMGR_NODENONE, FMGR_GetNodeType(dir.file("missing").c_str()));
+  for (auto [name, type] : {std::pair<const char*, Int>{"plain", FMGR_NODEFILE}, {"sub", FMGR_NODEDIR},
+                             {"tofile", FMGR_NODEFILE}, {"todir", FMGR_NODEDIR}, {"dangling", FMGR_NODENONE},
+                             {"pipe", FMGR_NODEOTHER}, {"missing", FMGR_NODENONE}})
+    EXPECT_EQ(type, FMGR_GetNodeType(dir.file(name).c_str())) << name;
   EXPECT_EQ(FMGR_NODENONE, FMGR_GetNodeType(""));
   EXPECT_EQ(FMGR_NODENONE, FMGR_GetNodeType(nullptr));
   EXPECT_EQ(FMGR_NODEDIR, FMGR_GetNodeType("/"));

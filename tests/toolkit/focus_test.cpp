@@ -1,5 +1,5 @@
 // Keyboard focus driven by real keys: the focus order of the test window,
-// radio groups, refusals, the panel's own key lists, Return and space.
+// radio groups, refusals, the panel's own key lists.
 #include <gtest/gtest.h>
 
 #include <vector>
@@ -91,25 +91,6 @@ TEST_F(FocusTest, APanelsOwnKeyListsReplaceTheDefaultOnes) {
   EXPECT_EQ(walk(1, XK_n, XK_Control_L), (std::vector<WgtPtr>{child(2)}));
   EXPECT_EQ(walk(1, XK_Tab), (std::vector<WgtPtr>{child(2)}));  // no longer a focus key
   EXPECT_EQ(walk(1, XK_F6, XK_Shift_L), (std::vector<WgtPtr>{child(2)}));  // modifiers must match
-}
-
-TEST_F(FocusTest, ReturnPressesTheDefaultButtonAndSpaceTheFocusedOne) {
-  tktest::NfyLog log;
-  for (Int i : {1, 2, 4}) tktest::logTo(child(i), &log);
-  driver_->key(XK_Return);
-  settle();
-  EXPECT_EQ(log.count(child(4), TBUT_NFYHIT), 1);
-  walk(2, XK_Tab);
-  ASSERT_EQ(focus(), child(2));
-  driver_->key(XK_space);
-  settle();
-  EXPECT_EQ(log.count(child(2), TBUT_NFYHIT), 1);
-  EXPECT_TRUE(TBUT_GetSelected(TBUT_FromWgt(child(2))));
-  // Return still goes to the default button while another has the focus.
-  driver_->key(XK_Return);
-  settle();
-  EXPECT_EQ(log.count(child(4), TBUT_NFYHIT), 2);
-  EXPECT_EQ(log.count(child(1), TBUT_NFYHIT), 0);
 }
 
 }  // namespace

@@ -68,12 +68,8 @@ class IconTest : public tktest::ToolkitTest {
  protected:
   void SetUp() override {
     tktest::ToolkitTest::SetUp();
-    ASSERT_TRUE(tktest::loadTestLibrary());
-    ErrTrace frame("Test", __FILE__, __LINE__);
-    ASSERT_TRUE(ERR_TryRecoverFn(frame, [] {
-      if (!RLIB_Find("Genwin")) RLIB_LoadLibFile("Genwin", "ndgw.dat");
-      if (!RLIB_Find("shared")) RLIB_LoadLibFile("shared", "shared.dat");
-    }));
+    ASSERT_TRUE(tktest::loadTestLibrary("Genwin", "ndgw.dat"));
+    ASSERT_TRUE(tktest::loadTestLibrary("shared", "shared.dat"));
   }
 };
 

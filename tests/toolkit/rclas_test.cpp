@@ -6,7 +6,6 @@
 
 #include "tests/testsupport.h"
 #include "tests/toolkit/tktest.h"
-#include "toolkit/bknot.h"
 #include "toolkit/res.h"
 #include "toolkit/strres.h"
 
@@ -60,7 +59,6 @@ TEST(ResourceClasses, TextFormClonesPoolsInstancesAndEditing) {
   CountingPool pool;
   _RClasPoolRec poolRec{CountingPool::alloc, CountingPool::release, &pool};
   RCLAS_SetMemPool(copy, &poolRec);
-  EXPECT_EQ(RCLAS_GetMemPool(copy), &poolRec);
   ResPtr a = RES_Create(copy);
   ResPtr b = RES_Create(copy);
   EXPECT_EQ(pool.allocs, 2);
@@ -101,17 +99,9 @@ TEST(ResourceClasses, TextFormClonesPoolsInstancesAndEditing) {
   for (RClasPtr c = RCLAS_GetFirst(); c; c = RCLAS_GetNext(c)) EXPECT_STRNE(c->Name, "TstShape");
 }
 
-TEST(ResourceClasses, CreateVersionAndDisplayNames) {
+TEST(ResourceClasses, TheDisplayNameIsTheModulesStringOfTheClassOrItsName) {
   tktest::LibraryScope scope;
   RClasPtr cls = RCLAS_NewSetParentAndModule("TstGadget", nullptr, "TstGadgets");
-  _ResConstructRec fresh{RES_MODENEW, cls, nullptr, nullptr, 0, 0, 0};
-  EXPECT_EQ(RCLAS_GetCreateVersion(&fresh), 8);
-  BKnotPtr knot = BKNOT_New("g", cls);
-  knot->Version = 5;
-  _ResConstructRec loaded{RES_MODELOAD, cls, knot, nullptr, 0, 0, 0};
-  EXPECT_EQ(RCLAS_GetCreateVersion(&loaded), 5);
-  BKNOT_Dispose(knot);
-
   EXPECT_EQ(RCLAS_QueryDispName(cls, nullptr), "TstGadget");
   owbtest::TempDir dir;
   RLibPtr lib = RLIB_CreateDatFile("tstgadgets", dir.file("gadgets.dat").c_str());

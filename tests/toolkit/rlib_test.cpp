@@ -68,24 +68,22 @@ std::string storedText(const std::string& file) {
   return text;
 }
 
-TEST(ResourceLibraryFile, ASmallLibraryHasExactlyTheDocumentedBytes) {
-  tktest::LibraryScope scope;
-  owbtest::TempDir dir;
-  std::string path = dir.file("g.dat");
-  makeSmallLibrary(path);
-  Bytes b = fileBytes(path);
+// Every test works in a directory of its own and unloads the libraries it
+// loaded.
+class ResourceLibraryFile : public ::testing::Test {
+ protected:
+  tktest::LibraryScope scope_;
+  owbtest::TempDir dir_;
+  std::string path_ = dir_.file("g.dat");
+};
+
+TEST_F(ResourceLibraryFile, ASmallLibraryHasExactlyTheDocumentedBytes) {
+  makeSmallLibrary(path_);
+  Bytes b = fileBytes(path_);
   ASSERT_EQ(b.size(), 6063u);
   // Header: creator, type, chip, 1, 1, major, minor, end offset.
-  Bytes header = hex("51 4b 00 00") ;
-  const char* type = "Resource Database";
-  header.insert(header.end(), type, type + std::strlen(type));
-  header.resize(36, 0);
-  Bytes rest = hex("05 01 01 06 00");
-  header.insert(header.end(), rest.begin(), rest.end());
-  header.resize(60, 0);
-  Bytes end = hex("00 00 17 af");
-  header.insert(header.end(), end.begin(), end.end());
-  EXPECT_EQ(slice(b, 0, 64), header);
+  EXPECT_EQ(slice(b, 0, 64), hex("514b0000 5265736f75726365204461746162617365000000000000000000000000000000"
+                                 "0501010600 00000000000000000000000000000000000000 000017af"));
   // Identity at 64: long header (size 36), name "g", version 1.
   EXPECT_EQ(slice(b, 64, 14), hex("00 00000024 00000000 0002 67 0001"));
   // Modules at 100: one module "M", one child, root at 6038, fields at 6025.
@@ -110,7 +108,7 @@ TEST(ResourceLibraryFile, ASmallLibraryHasExactlyTheDocumentedBytes) {
   EXPECT_EQ(slice(b, 6038, 6), hex("06 01 73 08 20 01"));
   EXPECT_EQ(slice(b, 6044, 19), hex("13 0008 0002 0000 0003 0003 6869 0004 0000 ffff"));
 
-  RLibPtr lib = RLIB_LoadFile(path.c_str());
+  RLibPtr lib = RLIB_LoadFile(path_.c_str());
   ResPtr s = RES_Load("M", "s");
   EXPECT_STREQ(STRR_GetStr(s), "hi");
   EXPECT_EQ(RES_GetKnotOffset(s), 6038u);
@@ -119,12 +117,9 @@ TEST(ResourceLibraryFile, ASmallLibraryHasExactlyTheDocumentedBytes) {
   RLIB_Unload(lib);
 }
 
-TEST(ResourceLibraryFile, HeaderChecksRefuseOtherFilesWithTheirMessages) {
-  tktest::LibraryScope scope;
-  owbtest::TempDir dir;
-  std::string good = dir.file("g.dat");
-  makeSmallLibrary(good);
-  Bytes original = fileBytes(good);
+TEST_F(ResourceLibraryFile, HeaderChecksRefuseOtherFilesWithTheirMessages) {
+  makeSmallLibrary(path_);
+  Bytes original = fileBytes(path_);
   struct Case {
     size_t at;
     Bytes bytes;
@@ -140,25 +135,25 @@ TEST(ResourceLibraryFile, HeaderChecksRefuseOtherFilesWithTheirMessages) {
   for (const Case& c : cases) {
     Bytes bad = original;
     std::copy(c.bytes.begin(), c.bytes.end(), bad.begin() + static_cast<long>(c.at));
-    std::string path = dir.file("bad.dat");
-    writeBytes(path, bad);
-    EXPECT_EQ(tktest::failureOf([&] { RLIB_LoadFile(path.c_str()); }), std::string("Err -1: ") + c.message);
+    std::string badFile = dir_.file("bad.dat");
+    writeBytes(badFile, bad);
+    EXPECT_EQ(tktest::failureOf([&] { RLIB_LoadFile(badFile.c_str()); }), std::string("Err -1: ") + c.message);
     EXPECT_EQ(RLIB_Find("g"), nullptr);
   }
-  writeBytes(dir.file("short.dat"), slice(original, 0, 30));
-  EXPECT_EQ(tktest::failureOf([&] { RLIB_LoadFile(dir.file("short.dat").c_str()); }), "Err -1: Wrong file type");
+  writeBytes(dir_.file("short.dat"), slice(original, 0, 30));
+  EXPECT_EQ(tktest::failureOf([&] { RLIB_LoadFile(dir_.file("short.dat").c_str()); }), "Err -1: Wrong file type");
 
   // Only regular files are opened ("Cannot open file", BFile 0): a named
   // pipe with no writer would hold an opening read up for good.
-  std::string pipe = dir.file("pipe.dat");
+  std::string pipe = dir_.file("pipe.dat");
   ASSERT_EQ(mkfifo(pipe.c_str(), 0600), 0);
-  for (const std::string& path : {pipe, dir.path()})
-    EXPECT_EQ(tktest::failureOf([&] { RLIB_LoadFile(path.c_str()); }).rfind("BFile 0:", 0), 0u) << path;
+  for (const std::string& p : {pipe, dir_.path()})
+    EXPECT_EQ(tktest::failureOf([&] { RLIB_LoadFile(p.c_str()); }).rfind("BFile 0:", 0), 0u) << p;
 
   // A library left open is not inherited by the programs this one starts.
-  RLibPtr lib = RLIB_LoadFile(good.c_str());
+  RLibPtr lib = RLIB_LoadFile(path_.c_str());
   ASSERT_NE(lib, nullptr);
-  std::string listing = dir.file("fds");
+  std::string listing = dir_.file("fds");
   std::string command = "ls -l /proc/self/fd/ > " + listing;
   ASSERT_EQ(std::system(command.c_str()), 0);
   EXPECT_EQ(owbtest::readWholeFile(listing).find("g.dat"), std::string::npos);
@@ -175,14 +170,13 @@ RClasPtr allTypesClass() {
 }
 
 PFldPtr fld(const char* name) { return RCLAS_FindField(allTypesClass(), name); }
+const std::pair<const char*, long> kInts[] = {{"I16", -2}, {"U16", 65535}, {"I32", -100000}, {"U32", 4000000000L}};
 
-TEST(ResourceLibraryFile, EveryFieldTypeAndReferencesAcrossLibrariesComeBack) {
-  tktest::LibraryScope scope;
-  owbtest::TempDir dir;
-  owbtest::ScopedEnv path("ND_PATH", dir.path());
+TEST_F(ResourceLibraryFile, EveryFieldTypeAndReferencesAcrossLibrariesComeBack) {
+  owbtest::ScopedEnv libraryPath("ND_PATH", dir_.path());
   RClasPtr cls = allTypesClass();
   {
-    RLibPtr first = RLIB_CreateDatFile("first", dir.file("first.dat").c_str());
+    RLibPtr first = RLIB_CreateDatFile("first", dir_.file("first.dat").c_str());
     ResPtr module = RLIB_AddModuleKnot(first, "TstMod");
     ResPtr target = RES_NewSetNameClass("target", STRR_Class());
     RES_SetParent(target, module);
@@ -190,16 +184,13 @@ TEST(ResourceLibraryFile, EveryFieldTypeAndReferencesAcrossLibrariesComeBack) {
     RLIB_AddExportRes(first, target, RLIB_EXPORTLAZY);
     RLIB_Save(first);
 
-    RLibPtr second = RLIB_CreateDatFile("second", dir.file("second.dat").c_str());
+    RLibPtr second = RLIB_CreateDatFile("second", dir_.file("second.dat").c_str());
     ResPtr mod2 = RLIB_AddModuleKnot(second, "TstOther");
     ResPtr r = RES_NewSetNameClass("all", cls);
     RES_SetParent(r, mod2);
     ResPtr local = RES_NewSetNameClass("local", STRR_Class());
     RES_SetParent(local, mod2);
-    PFLD_SetInt(r, fld("I16"), -2);
-    PFLD_SetInt(r, fld("U16"), 65535);
-    PFLD_SetInt(r, fld("I32"), -100000);
-    PFLD_SetInt(r, fld("U32"), 4000000000L);
+    for (auto& [name, value] : kInts) PFLD_SetInt(r, fld(name), value);
     PFLD_SetStr(r, fld("S"), "");
     PFLD_SetStr(r, fld("V"), "text");
     PFLD_SetStrs(r, fld("VA"), {"a", nullptr, ""});
@@ -216,10 +207,7 @@ TEST(ResourceLibraryFile, EveryFieldTypeAndReferencesAcrossLibrariesComeBack) {
   RLibPtr second = RLIB_LoadFile("second.dat");  // loads "first" through its import table
   ASSERT_NE(RLIB_Find("first"), nullptr);
   ResPtr r = RES_Load("TstOther", "all");
-  EXPECT_EQ(PFLD_GetInt(r, fld("I16")), -2);
-  EXPECT_EQ(PFLD_GetInt(r, fld("U16")), 65535);
-  EXPECT_EQ(PFLD_GetInt(r, fld("I32")), -100000);
-  EXPECT_EQ(PFLD_GetInt(r, fld("U32")), 4000000000L);
+  for (auto& [name, value] : kInts) EXPECT_EQ(PFLD_GetInt(r, fld(name)), value) << name;
   EXPECT_STREQ(PFLD_GetStr(r, fld("S")), "");
   EXPECT_STREQ(PFLD_GetStr(r, fld("V")), "text");
   ASSERT_EQ(PFLD_GetStrCount(r, fld("VA")), 3);
@@ -243,12 +231,9 @@ TEST(ResourceLibraryFile, EveryFieldTypeAndReferencesAcrossLibrariesComeBack) {
   RLIB_Unload(second);
 }
 
-TEST(ResourceLibraryFile, ASectionBeyondItsRoomContinuesAtTheEndAndReadsBackWhole) {
-  tktest::LibraryScope scope;
-  owbtest::TempDir dir;
-  std::string path = dir.file("many.dat");
+TEST_F(ResourceLibraryFile, ASectionBeyondItsRoomContinuesAtTheEndAndReadsBackWhole) {
   {
-    RLibPtr lib = RLIB_CreateDatFile("many", path.c_str());
+    RLibPtr lib = RLIB_CreateDatFile("many", path_.c_str());
     for (int i = 0; i < 120; ++i) {
       char name[32];
       std::snprintf(name, sizeof name, "TstModule%03d", i);
@@ -260,10 +245,10 @@ TEST(ResourceLibraryFile, ASectionBeyondItsRoomContinuesAtTheEndAndReadsBackWhol
     RLIB_Save(lib);
     RLIB_Unload(lib);
   }
-  Bytes b = fileBytes(path);
+  Bytes b = fileBytes(path_);
   ASSERT_EQ(b[100], 0);
   EXPECT_NE(owbcoding::getU32(&b[105]), 0u) << "the module section has a continuation";
-  RLibPtr lib = RLIB_LoadFile(path.c_str());
+  RLibPtr lib = RLIB_LoadFile(path_.c_str());
   EXPECT_EQ(lib->Modules.size(), 120u);
   ResPtr last = RES_Load("TstModule119", "s");
   EXPECT_EQ(STRR_GetId(last), 119);
@@ -271,18 +256,15 @@ TEST(ResourceLibraryFile, ASectionBeyondItsRoomContinuesAtTheEndAndReadsBackWhol
   RLIB_Unload(lib);
 }
 
-TEST(ResourceLibraryFile, SavingAgainChangesOnlyTheVersionAndLoadsLazily) {
-  tktest::LibraryScope scope;
-  owbtest::TempDir dir;
-  std::string path = dir.file("g.dat");
-  makeSmallLibrary(path);
-  Bytes before = fileBytes(path);
-  RLibPtr lib = RLIB_LoadEdit("g", path.c_str());
+TEST_F(ResourceLibraryFile, SavingAgainChangesOnlyTheVersionAndLoadsLazily) {
+  makeSmallLibrary(path_);
+  Bytes before = fileBytes(path_);
+  RLibPtr lib = RLIB_LoadEdit("g", path_.c_str());
   BKnotPtr module = BKNOT_FindModule("M");
   ASSERT_NE(module, nullptr);
   EXPECT_FALSE(module->ChildrenLoaded) << "nothing below a module is read at opening";
   RLIB_Save(lib);
-  Bytes after = fileBytes(path);
+  Bytes after = fileBytes(path_);
   ASSERT_EQ(after.size(), before.size());
   for (size_t i = 0; i < before.size(); ++i) {
     if (i == 76 || i == 77) continue;
@@ -298,7 +280,7 @@ TEST(ResourceLibraryFile, SavingAgainChangesOnlyTheVersionAndLoadsLazily) {
   RLIB_Save(lib);
   RES_Release(s);
   RLIB_Unload(lib);
-  EXPECT_EQ(storedText(path), "a longer text than before, so that the record moves");
+  EXPECT_EQ(storedText(path_), "a longer text than before, so that the record moves");
 }
 
 // Loads every resource of every module of the library.
@@ -310,12 +292,9 @@ void loadEverything(RLibPtr lib) {
   for (size_t i = 0; i < lib->Exports.size(); ++i) RLIB_IndexToExportRes(lib, static_cast<Int>(i));
 }
 
-TEST(ResourceLibraryFile, DamagedFilesFailWithAMessageAndLeaveNothingLoaded) {
-  tktest::LibraryScope scope;
-  owbtest::TempDir dir;
-  std::string path = dir.file("g.dat");
+TEST_F(ResourceLibraryFile, DamagedFilesFailWithAMessageAndLeaveNothingLoaded) {
   {
-    RLibPtr lib = RLIB_CreateDatFile("g", path.c_str());
+    RLibPtr lib = RLIB_CreateDatFile("g", path_.c_str());
     ResPtr module = RLIB_AddModuleKnot(lib, "M");
     for (const char* name : {"a", "b", "c", "d"}) {
       ResPtr s = RES_NewSetNameClass(name, STRR_Class());
@@ -328,8 +307,8 @@ TEST(ResourceLibraryFile, DamagedFilesFailWithAMessageAndLeaveNothingLoaded) {
     RLIB_Save(lib);
     RLIB_Unload(lib);
   }
-  Bytes good = fileBytes(path);
-  std::string bad = dir.file("bad.dat");
+  Bytes good = fileBytes(path_);
+  std::string bad = dir_.file("bad.dat");
   std::vector<RLibPtr> before = RLIB_GetAll();
   auto attempt = [&](const Bytes& bytes) {
     writeBytes(bad, bytes);
@@ -375,12 +354,9 @@ TEST(ResourceLibraryFile, DamagedFilesFailWithAMessageAndLeaveNothingLoaded) {
 
 // A library backed up, one record saved by itself, its knots walked, and
 // the library disposed; the defaults notifier hears every save.
-TEST(ResourceLibraryFile, BackupOneRecordSavedAloneKnotsAndDisposal) {
-  tktest::LibraryScope scope;
-  owbtest::TempDir dir;
-  std::string path = dir.file("g.dat");
-  makeSmallLibrary(path);
-  RLibPtr lib = RLIB_LoadEdit("g", path.c_str());
+TEST_F(ResourceLibraryFile, BackupOneRecordSavedAloneKnotsAndDisposal) {
+  makeSmallLibrary(path_);
+  RLibPtr lib = RLIB_LoadEdit("g", path_.c_str());
   static int saves = 0;
   static RLibPtr savedLib = nullptr;
   NfierCBack heard = [](Int code, ClientPtr data, ClientPtr) {
@@ -393,11 +369,11 @@ TEST(ResourceLibraryFile, BackupOneRecordSavedAloneKnotsAndDisposal) {
   EXPECT_EQ(savedLib, lib);
 
   std::string backup = RLIB_Backup(lib);
-  EXPECT_EQ(backup, path + ".bak");
-  EXPECT_EQ(fileBytes(backup), fileBytes(path));
+  EXPECT_EQ(backup, path_ + ".bak");
+  EXPECT_EQ(fileBytes(backup), fileBytes(path_));
   ASSERT_EQ(mkdir((backup + ".part").c_str(), 0700), 0);
   EXPECT_EQ(tktest::failureOf([&] { RLIB_Backup(lib); }).rfind("RLib 15", 0), 0u);
-  EXPECT_EQ(fileBytes(backup), fileBytes(path)) << "a failed backup leaves the older one";
+  EXPECT_EQ(fileBytes(backup), fileBytes(path_)) << "a failed backup leaves the older one";
   rmdir((backup + ".part").c_str());
 
   BKnotPtr module = BKNOT_FindModule("M");
@@ -420,7 +396,7 @@ TEST(ResourceLibraryFile, BackupOneRecordSavedAloneKnotsAndDisposal) {
   RES_SaveRec(lib, s);
   EXPECT_EQ(RES_GetKnotOffset(s), offset);
   RLIB_Close(lib);
-  Bytes after = fileBytes(path);
+  Bytes after = fileBytes(path_);
   EXPECT_EQ(after.size(), fileBytes(backup).size());
   EXPECT_NE(after, fileBytes(backup));
   RLIB_ForceRWOpen(1);
@@ -434,7 +410,7 @@ TEST(ResourceLibraryFile, BackupOneRecordSavedAloneKnotsAndDisposal) {
   RLIB_Dispose(lib);
   EXPECT_EQ(RLIB_Find("g"), nullptr);
 
-  EXPECT_EQ(storedText(path), "a text long enough to need a new block");
+  EXPECT_EQ(storedText(path_), "a text long enough to need a new block");
   EXPECT_EQ(storedText(backup), "hi");
 }
 

@@ -9,9 +9,6 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
-#include <fstream>
-#include <sstream>
-
 #include "tests/toolkit/tk_fixture.h"
 #include "toolkit/dsplysel.h"
 #include "toolkit/ted.h"
@@ -40,15 +37,13 @@ class TEdClip : public ToolkitTest {
     }
     ToolkitTest::TearDown();
   }
-  // Starts xclip with its output (or input) in a file.
-  pid_t xclip(const std::vector<std::string>& args, const std::string& in, const std::string& out) {
+  // Starts xclip with its output in a file (its errors nowhere).
+  pid_t xclip(const std::vector<std::string>& args, const std::string& out) {
     pid_t p = fork();
     if (p == 0) {
-      int fin = open(in.empty() ? "/dev/null" : in.c_str(), O_RDONLY);
-      int fout = open(out.empty() ? "/dev/null" : out.c_str(), O_WRONLY | O_CREAT | O_TRUNC, 0644);
-      dup2(fin, 0);
-      dup2(fout, 1);
-      int devnull = open("/dev/null", O_WRONLY);
+      int devnull = open("/dev/null", O_RDWR);
+      dup2(devnull, 0);
+      dup2(out.empty() ? devnull : open(out.c_str(), O_WRONLY | O_CREAT | O_TRUNC, 0644), 1);
       dup2(devnull, 2);
       std::vector<char*> argv{const_cast<char*>("xclip")};
       for (const std::string& a : args) argv.push_back(const_cast<char*>(a.c_str()));
@@ -75,29 +70,24 @@ class TEdClip : public ToolkitTest {
     std::vector<std::string> args{"-quiet", "-i", "-selection", selection};
     if (target) args.insert(args.end(), {"-t", target});
     args.push_back(file);
-    xclip(args, "", "");
-    return owbtest::pumpUntil(
-        [] {
-          EVENT_ProcessPending();
-          usleep(10000);
+    xclip(args, "");
+    return tktest::runUntil(
+        [&] {
+          Window owner = XGetSelectionOwner(dpy, sel);
+          return owner != None && owner != before && !DSPLY_OwnsSelection(selection[0] == 'c' ? 1 : 0);
         },
-                              [&] {
-                                Window owner = XGetSelectionOwner(dpy, sel);
-                                return owner != None && owner != before &&
-                                       !DSPLY_OwnsSelection(selection[0] == 'c' ? 1 : 0);
-                              },
-                              5000);
+        5000);
   }
   std::string file(const char* name, const std::string& text) {
-    std::string path = dir_.path() + "/" + name;
-    std::ofstream(path, std::ios::binary) << text;
-    return path;
+    owbtest::writeWholeFile(dir_.file(name), text);
+    return dir_.file(name);
   }
-  static std::string read(const std::string& path) {
-    std::ifstream in(path, std::ios::binary);
-    std::stringstream s;
-    s << in.rdbuf();
-    return s.str();
+  // Runs xclip -o on a selection; what it printed, or "<failed>".
+  std::string fetch(const char* selection, const char* target = nullptr) {
+    std::vector<std::string> args{"-o", "-selection", selection};
+    if (target) args.insert(args.end(), {"-t", target});
+    std::string out = dir_.file("out");
+    return runUntilExit(xclip(args, out)) == 0 ? owbtest::readWholeFile(out) : "<failed>";
   }
   bool pasted() {
     return tktest::runUntil([&] { return !TED_IsPasting(ted_); }, 10000);
@@ -111,47 +101,36 @@ class TEdClip : public ToolkitTest {
 TEST_F(TEdClip, CopyAndCutGoToOtherProgramsEvenAMegabyte) {
   TED_SetStr(ted_, "fleet \xC3\xA9t\xC3\xA9");
   driver_->key(XK_a, XK_Control_L);  // the user's select-all offers the primary selection
-  driver_->key(XK_c, XK_Control_L);
-  settle();
-  std::string out = dir_.path() + "/out";
-  ASSERT_EQ(runUntilExit(xclip({"-o", "-selection", "clipboard"}, "", out)), 0);
-  EXPECT_EQ(read(out), "fleet \xC3\xA9t\xC3\xA9");
-  // Programs that ask for plain strings get Latin-1.
-  ASSERT_EQ(runUntilExit(xclip({"-o", "-selection", "clipboard", "-t", "STRING"}, "", out)), 0);
-  EXPECT_EQ(read(out), "fleet \xE9t\xE9");
-  // Selecting offered the primary selection too.
-  ASSERT_EQ(runUntilExit(xclip({"-o", "-selection", "primary"}, "", out)), 0);
-  EXPECT_EQ(read(out), "fleet \xC3\xA9t\xC3\xA9");
+  key(XK_c, XK_Control_L);
+  EXPECT_EQ(fetch("clipboard"), "fleet \xC3\xA9t\xC3\xA9");
+  EXPECT_EQ(fetch("clipboard", "STRING"), "fleet \xE9t\xE9");  // plain strings are Latin-1
+  EXPECT_EQ(fetch("primary"), "fleet \xC3\xA9t\xC3\xA9");    // selecting offered it too
   // Cut with Shift+Delete: the text leaves the field and stays on offer.
   TED_SelectRange(ted_, 0, 5);
-  driver_->key(XK_Delete, XK_Shift_L);
-  settle();
+  key(XK_Delete, XK_Shift_L);
   EXPECT_STREQ(TED_GetStr(ted_), " \xC3\xA9t\xC3\xA9");
-  ASSERT_EQ(runUntilExit(xclip({"-o", "-selection", "clipboard"}, "", out)), 0);
-  EXPECT_EQ(read(out), "fleet");
+  EXPECT_EQ(fetch("clipboard"), "fleet");
   // A megabyte goes in increments.
   std::string big(1 << 20, 'x');
   for (size_t i = 0; i < big.size(); i += 1000) big[i] = static_cast<char>('a' + i % 26);
   TED_SetStr(ted_, big.c_str());
   TED_SelectAll(ted_);
   TED_SelCopy(ted_);
-  ASSERT_EQ(runUntilExit(xclip({"-o", "-selection", "clipboard"}, "", out)), 0);
-  EXPECT_TRUE(read(out) == big) << read(out).size() << " bytes";
+  std::string got = fetch("clipboard");
+  EXPECT_TRUE(got == big) << got.size() << " bytes";
 }
 
 TEST_F(TEdClip, PasteTakesTextOfOtherProgramsEvenAMegabyte) {
   ASSERT_TRUE(serve(file("in", "engine \xE2\x82\xAC\nline two"), "clipboard"));
   TED_SetStr(ted_, "[]");
   TED_SetInsertPos(ted_, 1);
-  driver_->key(XK_v, XK_Control_L);
-  settle();
+  key(XK_v, XK_Control_L);
   ASSERT_TRUE(pasted());
   EXPECT_STREQ(TED_GetStr(ted_), "[engine \xE2\x82\xAC line two]");  // one line
   // An owner that only gives plain strings: Latin-1 comes in as UTF-8.
   ASSERT_TRUE(serve(file("latin1", "caf\xE9"), "clipboard", "STRING"));
   TED_SetStr(ted_, "");
-  driver_->key(XK_Insert, XK_Shift_L);
-  settle();
+  key(XK_Insert, XK_Shift_L);
   ASSERT_TRUE(pasted());
   EXPECT_STREQ(TED_GetStr(ted_), "caf\xC3\xA9");
   // A megabyte, in increments, arrives whole; bytes that are not UTF-8
@@ -182,8 +161,7 @@ TEST_F(TEdClip, TheMiddleButtonPastesThePrimarySelection) {
   ASSERT_TRUE(TED_IndexQueryLoc(ted_, 5, &loc));
   clickOn(TED_Wgt(ted_), loc.X, 14);  // where the caret goes
   _Point16Rec p = tktest::absOf(TED_Wgt(ted_), loc.X, 14);
-  driver_->click(p.X, p.Y, 2);
-  settle();
+  clickAt(p, 2);
   ASSERT_TRUE(pasted());
   EXPECT_STREQ(TED_GetStr(ted_), "cold warm boot");
 }

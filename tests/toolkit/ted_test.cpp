@@ -44,7 +44,7 @@ class TEdCalls : public ToolkitTest {
   tktest::NfyLog log_;
 };
 
-TEST_F(TEdCalls, SettingInsertingAndAppendingAtTheEnd) {
+TEST_F(TEdCalls, SettingInsertingAppendingAndTheMaskMode) {
   EXPECT_EQ(TED_GetStrLen(ted_), 0);
   EXPECT_STREQ(TED_GetStr(ted_), "");
   TED_SetStr(ted_, "fleet");
@@ -73,9 +73,7 @@ TEST_F(TEdCalls, SettingInsertingAndAppendingAtTheEnd) {
   TED_SetStr(ted_, "\xE2\x82\xAC" "5");
   TED_SetInsertPos(ted_, 2);
   EXPECT_EQ(TED_GetInsertPos(ted_), 0);
-}
-
-TEST_F(TEdCalls, MaskModeIgnoresSettingAndInsertingButSelectsAll) {
+  // In mask mode setting and inserting are ignored, selecting all is not.
   TED_SetStr(ted_, "12:30");
   TED_SetOptFlags(ted_, TED_OPTMASK);
   TED_SetStr(ted_, "other");
@@ -174,10 +172,6 @@ class TEdInput : public ToolkitTest {
     }
     settle();
   }
-  void key(KeySym sym, KeySym mod1 = NoSymbol, KeySym mod2 = NoSymbol) {
-    driver_->key(sym, mod1, mod2);
-    settle();
-  }
   // A double (or triple) click: presses closer together than the double
   // click time.
   void clicks(WgtPtr w, int x, int y, int n) {
@@ -198,7 +192,7 @@ class TEdInput : public ToolkitTest {
   tktest::NfyLog log_;
 };
 
-TEST_F(TEdInput, TypingEditingAndReturnValidating) {
+TEST_F(TEdInput, TypingEditingReturnValidatingAndTabSelectingAll) {
   clickOn(TED_Wgt(field_), 150, 14);
   ASSERT_TRUE(WGT_HasFocus(TED_Wgt(field_), 1));
   EXPECT_GE(log_.count(TED_Wgt(field_), TED_NFYSHOWCURSOR), 1);
@@ -221,14 +215,21 @@ TEST_F(TEdInput, TypingEditingAndReturnValidating) {
   key(XK_Return);
   EXPECT_EQ(log_.count(TED_Wgt(field_), TED_NFYVALIDATE), 1);
   EXPECT_EQ(log_.count(TBUT_Wgt(ok_), TBUT_NFYHIT), 1);
-  // Tab leaves; the field keeps its selection without showing it.
+  // Tab leaves; the field keeps its selection without showing it.  The
+  // next one selects all it holds when Tab brings the focus, not a click.
+  TED_SetStr(other_, "selected");
   key(XK_Tab);
   EXPECT_TRUE(WGT_HasFocus(TED_Wgt(other_), 0));
   EXPECT_GE(log_.count(TED_Wgt(field_), TED_NFYHIDECURSOR), 1);
   EXPECT_FALSE(field_->Highlit);
+  EXPECT_EQ(sel(other_), "selected");
+  clickOn(TED_Wgt(field_), 150, 14);
+  clickOn(TED_Wgt(other_), 5, 14);
+  EXPECT_EQ(sel(other_), "");
+  EXPECT_EQ(TED_GetInsertPos(other_), 0);
 }
 
-TEST_F(TEdInput, HomeAndEndWithAndWithoutShift) {
+TEST_F(TEdInput, HomeAndEndWithAndWithoutShiftAndReadOnly) {
   clickOn(TED_Wgt(field_), 150, 14);
   type("alpha beta");
   key(XK_Home);
@@ -250,6 +251,14 @@ TEST_F(TEdInput, HomeAndEndWithAndWithoutShift) {
   EXPECT_EQ(sel(field_), "");
   key(XK_Left, XK_Shift_L, XK_Control_L);
   EXPECT_EQ(sel(field_), "beta");
+  // Read only: the keys select but take no text.
+  TED_SetStr(field_, "fixed");
+  TED_SetOptFlags(field_, TED_OPTREADONLY);
+  type("xy");
+  key(XK_BackSpace);
+  key(XK_Home, XK_Shift_L);
+  EXPECT_STREQ(TED_GetStr(field_), "fixed");
+  EXPECT_EQ(sel(field_), "fixed");
 }
 
 TEST_F(TEdInput, MouseSelectsCharactersWordsAndTheLine) {
@@ -286,18 +295,6 @@ TEST_F(TEdInput, MouseSelectsCharactersWordsAndTheLine) {
   EXPECT_EQ(sel(field_), "cold");
 }
 
-TEST_F(TEdInput, SelectAllOnFocusExceptByAClick) {
-  TED_SetStr(other_, "selected");
-  clickOn(TED_Wgt(field_), 150, 14);
-  key(XK_Tab);
-  ASSERT_TRUE(WGT_HasFocus(TED_Wgt(other_), 0));
-  EXPECT_EQ(sel(other_), "selected");
-  clickOn(TED_Wgt(field_), 150, 14);
-  clickOn(TED_Wgt(other_), 5, 14);
-  EXPECT_EQ(sel(other_), "");
-  EXPECT_EQ(TED_GetInsertPos(other_), 0);
-}
-
 TEST_F(TEdInput, NonLatinAndComposedCharactersArriveWhole) {
   clickOn(TED_Wgt(field_), 150, 14);
   // Keys the server's map lacks are put on spare key codes, as a user's
@@ -309,8 +306,7 @@ TEST_F(TEdInput, NonLatinAndComposedCharactersArriveWhole) {
   for (int i = 0; i < 3; i++) XChangeKeyboardMapping(dpy, maxCode - 1 - i, 1, &syms[i], 1);
   XSync(dpy, False);
   settle(200);
-  for (KeySym s : syms) driver_->key(s);
-  settle();
+  for (KeySym s : syms) key(s);
   EXPECT_STREQ(TED_GetStr(field_), "\xC3\xA9\xD0\xB4\xE2\x82\xAC");
   // The caret steps over whole characters.
   key(XK_Left);
@@ -359,8 +355,8 @@ TEST_F(TEdInput, MultiLineBreaksWrapsAndMovesByLines) {
 
 // A text taller than the field shows the bar; the wheel, the bar's track
 // and thumb scroll it, and typing at the end keeps the caret in view with
-// the thumb following.
-TEST_F(TEdInput, ALongTextScrollsByTheWheelTheBarAndTyping) {
+// the thumb following.  A wide line scrolls sideways.
+TEST_F(TEdInput, ALongTextScrollsByTheWheelTheBarAndTypingAndAWideLineSideways) {
   SAreaPtr area = TED_SArea(multi_);
   SbPtr vsb = SAREA_GetVSb(area);
   TED_SetStr(multi_, "short");
@@ -376,14 +372,10 @@ TEST_F(TEdInput, ALongTextScrollsByTheWheelTheBarAndTyping) {
   // The wheel, down and back up.
   _Point16Rec mid = tktest::absOf(TED_Wgt(multi_), 100, 60);
   driver_->moveTo(mid.X, mid.Y);
-  driver_->press(5);
-  driver_->release(5);
-  settle();
+  tap(5);
   Int32 wheeled = SAREA_GetScrollY(area);
   EXPECT_GT(wheeled, 0);
-  driver_->press(4);
-  driver_->release(4);
-  settle();
+  tap(4);
   EXPECT_EQ(SAREA_GetScrollY(area), 0);
   // A click on the track below the thumb pages down.
   _Rect16Rec below = SB_QueryPartRect(vsb, SB_PARTBODY2);
@@ -411,34 +403,17 @@ TEST_F(TEdInput, ALongTextScrollsByTheWheelTheBarAndTyping) {
   EXPECT_GE(caret.Y, tb.Origin.Y);
   EXPECT_EQ(SB_GetThumbPos(vsb), SAREA_GetScrollY(area));
   EXPECT_GT(SAREA_GetScrollY(area), 0);
-}
 
-// Without wrapping, a line wider than the field brings the horizontal bar,
-// and the sideways wheel moves along it.
-TEST_F(TEdInput, AWideLineScrollsSideways) {
+  // Without wrapping, a line wider than the field brings the horizontal
+  // bar, and the sideways wheel moves along it.
   TED_SetOptFlags(multi_, TED_OPTMULTILINE);
   TED_SetStr(multi_, (std::string(300, 'w') + "\nend").c_str());
   settle();
-  SAreaPtr area = TED_SArea(multi_);
   ASSERT_FALSE(SB_Wgt(SAREA_GetHSb(area))->Invisible);
-  _Point16Rec mid = tktest::absOf(TED_Wgt(multi_), 100, 40);
   driver_->moveTo(mid.X, mid.Y);
-  driver_->press(7);
-  driver_->release(7);
-  settle();
+  tap(7);
   EXPECT_GT(SAREA_GetScrollX(area), 0);
   EXPECT_EQ(SB_GetThumbPos(SAREA_GetHSb(area)), SAREA_GetScrollX(area));
-}
-
-TEST_F(TEdInput, ReadOnlySelectsButTakesNoText) {
-  TED_SetStr(field_, "fixed");
-  TED_SetOptFlags(field_, TED_OPTREADONLY);
-  clickOn(TED_Wgt(field_), 150, 14);
-  type("xy");
-  key(XK_BackSpace);
-  key(XK_Home, XK_Shift_L);
-  EXPECT_STREQ(TED_GetStr(field_), "fixed");
-  EXPECT_EQ(sel(field_), "fixed");
 }
 
 }  // namespace

@@ -43,18 +43,13 @@ inline bool startToolkit() {
 // Every notification a widget got, by message number.
 struct NfyLog {
   std::vector<std::pair<WgtPtr, Int>> entries;
+  // How often w (any widget when null) got the message.
   Int count(WgtPtr w, Int message) const {
     Int n = 0;
-    for (auto& e : entries)
-      if (e.first == w && e.second == message) n++;
+    for (auto& e : entries) n += (!w || e.first == w) && e.second == message;
     return n;
   }
-  Int count(Int message) const {
-    Int n = 0;
-    for (auto& e : entries)
-      if (e.second == message) n++;
-    return n;
-  }
+  Int count(Int message) const { return count(nullptr, message); }
 };
 
 // A notification procedure that logs and then does what the class does.
@@ -135,20 +130,19 @@ inline void settle(int quietMs = 60, int limitMs = 3000) {
   }
 }
 
-// A real click at a point of a widget, then the loop until quiet.
-inline void clickAt(owbtest::XTestDriver* driver, WgtPtr w, int x, int y) {
-  _Point16Rec p{static_cast<int16_t>(x), static_cast<int16_t>(y)};
-  WGT_ConvertWgtToAbs(w, &p);
-  driver->click(p.X, p.Y);
-  DSPLY_Sync();
-  settle();
-}
-
 // The screen location of a point of a widget.
 inline _Point16Rec absOf(WgtPtr w, int x, int y) {
   _Point16Rec p{static_cast<int16_t>(x), static_cast<int16_t>(y)};
   WGT_ConvertWgtToAbs(w, &p);
   return p;
+}
+
+// A real click at a point of a widget, then the loop until quiet.
+inline void clickAt(owbtest::XTestDriver* driver, WgtPtr w, int x, int y) {
+  _Point16Rec p = absOf(w, x, y);
+  driver->click(p.X, p.Y);
+  DSPLY_Sync();
+  settle();
 }
 
 class ToolkitTest : public ::testing::Test {
@@ -188,7 +182,23 @@ class ToolkitTest : public ::testing::Test {
   }
   // Clicks a widget at a point of its own and runs the loop until the
   // release has been processed.
-  void clickOn(WgtPtr w, int x, int y) { clickAt(driver_.get(), w, x, y); }
+  void clickOn(WgtPtr w, int x, int y) { tktest::clickAt(driver_.get(), w, x, y); }
+  // A click at a screen point, a key with its modifiers, or a press and
+  // release at the pointer (buttons 4 to 7 are the wheel's steps); then the
+  // loop until quiet.
+  void clickAt(_Point16Rec p, int button = 1) {
+    driver_->click(p.X, p.Y, button);
+    settle();
+  }
+  void key(KeySym sym, KeySym mod1 = NoSymbol, KeySym mod2 = NoSymbol) {
+    driver_->key(sym, mod1, mod2);
+    settle();
+  }
+  void tap(int button) {
+    driver_->press(button);
+    driver_->release(button);
+    settle();
+  }
   // Presses button 1 at from, moves to to and releases there.  A drag is a
   // loop of its own: the move and the release are scripted by alarms, which
   // run inside it.  False when the drag did not end.
@@ -213,16 +223,13 @@ class ToolkitTest : public ::testing::Test {
   _Point16Rec dragTo_{0, 0};
 };
 
-// Loads the resource library of the test window once (from the build's
-// installation tree); false when it is not there.
-inline bool loadTestLibrary() {
-  static bool loaded = false;
-  if (loaded) return true;
-  std::string dir = owbtest::installTree() + "/bin/resource";
-  setenv("ND_PATH", dir.c_str(), 1);
+// Loads a library of the build's installation tree unless it is loaded
+// (by default the one of the test windows); false when it is not there.
+inline bool loadTestLibrary(const char* name = "wgtdemo", const char* file = "wgtdemo.dat") {
+  if (RLIB_Find(name)) return true;
+  setenv("ND_PATH", (owbtest::installTree() + "/bin/resource").c_str(), 1);
   ErrTrace frame("Test", __FILE__, __LINE__);
-  loaded = ERR_TryRecoverFn(frame, [] { RLIB_LoadLibFile("wgtdemo", "wgtdemo.dat"); });
-  return loaded;
+  return ERR_TryRecoverFn(frame, [&] { RLIB_LoadLibFile(name, file); });
 }
 
 }  // namespace tktest

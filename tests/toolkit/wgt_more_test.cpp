@@ -107,15 +107,9 @@ TEST_F(ToolkitTest, WidgetScalingResizeVisibleRegionCopiesAndValidation) {
 }
 
 TEST_F(ToolkitTest, TextButtonLabelCalls) {
-  ASSERT_TRUE(tktest::loadTestLibrary());
-  ErrTrace frame("Test", __FILE__, __LINE__);
-  ASSERT_TRUE(ERR_TryRecoverFn(frame, [] {
-    if (!RLIB_Find("Genwin")) RLIB_LoadLibFile("Genwin", "ndgw.dat");
-  }));
+  ASSERT_TRUE(tktest::loadTestLibrary("Genwin", "ndgw.dat"));
   TButPtr but = TBUT_Create();
-  EXPECT_EQ(TBUT_GetLabelVStr(but), nullptr);
   TBUT_SetLabel(but, "Run fleet");
-  EXPECT_STREQ(VSTR_Get(TBUT_GetLabelVStr(but)), "Run fleet");
   char small[5];
   EXPECT_EQ(TBUT_QueryLabel(but, small, sizeof small), 4);
   EXPECT_STREQ(small, "Run ");

@@ -31,11 +31,7 @@ void clickChild(owbtest::XTestDriver* driver, WgtPtr w) {
 }
 
 TEST_F(ToolkitTest, AFailureIsShownInTheErrorWindowUntilTheUserContinues) {
-  ASSERT_TRUE(tktest::loadTestLibrary());
-  {
-    ErrTrace frame("Test", __FILE__, __LINE__);
-    ASSERT_TRUE(ERR_TryRecoverFn(frame, [] { RLIB_LoadLibFile("Genwin", "ndgw.dat"); }));
-  }
+  ASSERT_TRUE(tktest::loadTestLibrary("Genwin", "ndgw.dat"));
   ERRW_Init();
   ASSERT_NE(ERRW_GetWin(), nullptr);
   EXPECT_EQ(EVENT_QueryErrHandler(), ERRW_Report);

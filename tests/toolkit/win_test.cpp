@@ -1,6 +1,6 @@
 // Windows, panels and the widget base on a real X server: routing of
 // clicks through panels, redrawing after an uncovering, the life of a
-// window, focus order, enabling and visibility, geometry.
+// window, enabling, geometry.
 #include <gtest/gtest.h>
 
 #include "tests/toolkit/tk_fixture.h"
@@ -114,7 +114,6 @@ TEST_F(ToolkitTest, TerminationHappensAfterTheHandlerAndCloseBoxesAsk) {
   TButPtr quit = tktest::addButton(WIN_Panel(win), "Quit", 20, 20, 100, 30);
   BoolEnum status = 0;
   RES_SetNfyProcDS(WGT_Res(TBUT_Wgt(quit)), terminateOnHit, &status);
-  tktest::NfyLog winLog;
   ASSERT_TRUE(tktest::showAndWait(win));
   EXPECT_EQ(WIN_GetState(win), WIN_STATEOPEN);
   Int open = WIN_GetNumOpen();
@@ -162,32 +161,6 @@ TEST_F(ToolkitTest, GeometryClampsAndFollowsTheServer) {
   }));
 }
 
-TEST_F(ToolkitTest, TabFollowsTheFocusOrderAndInvisibleWidgetsLoseTheFocus) {
-  WinPtr win = keep(tktest::newWin(100, 100, 400, 120, "focus"));
-  TButPtr a = tktest::addButton(WIN_Panel(win), "A", 10, 10, 80, 30);
-  TButPtr b = tktest::addButton(WIN_Panel(win), "B", 100, 10, 80, 30);
-  TButPtr c = tktest::addButton(WIN_Panel(win), "C", 190, 10, 80, 30);
-  WIN_Init(win);
-  Int16 order[] = {2, 0};  // C then A; B takes no part
-  PANEL_SetFocusOrder(WIN_Panel(win), order, 2);
-  ASSERT_TRUE(tktest::showAndWait(win));
-  ASSERT_TRUE(tktest::runUntil([&] { return WIN_HasFocus(win); }));
-  std::vector<WgtPtr> seen;
-  for (int i = 0; i < 5; i++) {
-    driver_->key(XK_Tab);
-    settle(20);
-    seen.push_back(WIN_Panel(win)->FocusWgt);
-  }
-  EXPECT_EQ(seen, (std::vector<WgtPtr>{TBUT_Wgt(c), TBUT_Wgt(a), nullptr, TBUT_Wgt(c), TBUT_Wgt(a)}));
-  EXPECT_TRUE(WGT_HasFocus(TBUT_Wgt(a), 1));
-  tktest::NfyLog log;
-  tktest::logTo(TBUT_Wgt(a), &log);
-  WGT_SetInvisible(TBUT_Wgt(a));
-  EXPECT_EQ(log.count(WGT_NFYFOCUSLOST), 1);
-  EXPECT_EQ(WIN_Panel(win)->FocusWgt, nullptr);
-  (void)b;
-}
-
 TEST_F(ToolkitTest, BoxesComeFromCharacterCellsAndScaleWithTheResolution) {
   WinPtr win = keep(tktest::newWin(0, 0, 200, 100, "boxes"));
   TButPtr cells = tktest::addButton(WIN_Panel(win), "cells", 0, 0, 0, 0);
@@ -200,49 +173,25 @@ TEST_F(ToolkitTest, BoxesComeFromCharacterCellsAndScaleWithTheResolution) {
   EXPECT_TRUE(RECT16_Equal(WIN_Wgt(win)->Box, RECT16_Make(0, 0, 400, 200)));
 }
 
-}  // namespace
-
-namespace {
-
 TEST_F(ToolkitTest, TheTestWindowLoadsFromItsTemplateWithChildrenByIndex) {
   ASSERT_TRUE(tktest::loadTestLibrary());
   WinPtr win = keep(WIN_Load("wgtdemo", "TestWindow"));
-  WinPtr second = keep(WIN_Load("wgtdemo", "TestWindow"));
-  EXPECT_NE(win, second);  // every load is a live copy of its own
-  EXPECT_EQ(WIN_GetState(win), WIN_STATELOADED);
+  EXPECT_NE(keep(WIN_Load("wgtdemo", "TestWindow")), win);  // every load is a live copy of its own
   ResPtr res = WGT_Res(WIN_Wgt(win));
   ASSERT_EQ(RES_GetNumChildren(res), 7);
   const char* names[] = {"title", "push", "toggle", "choice", "ok", "cancel", "disabled"};
-  for (Int i = 0; i < 7; i++) {
-    EXPECT_STREQ(RES_GetName(RES_GetNthChild(res, i)), names[i]);
-    EXPECT_EQ(WGT_FromRes(RES_GetNthChild(res, i))->Win, win);
-  }
-  EXPECT_EQ(RES_GetNthChild(res, 7), nullptr);
+  for (Int i = 0; i < 7; i++) EXPECT_STREQ(RES_GetName(RES_GetNthChild(res, i)), names[i]);
   PanelPtr choice = reinterpret_cast<PanelPtr>(RES_GetNthChild(res, 3));
   EXPECT_EQ(PANEL_GetNamedWgt(WIN_Panel(win), "choice.warm"), PANEL_GetNthWgt(choice, 1));
   EXPECT_EQ(PANEL_GetNamedWgt(WIN_Panel(win), "WARM"), PANEL_GetNthWgt(choice, 1));
 
   WIN_Init(win);
-  EXPECT_EQ(WIN_GetState(win), WIN_STATEINIT);
-  EXPECT_STREQ(WIN_GetLabel(win), "Widget test");
-  TButPtr ok = TBUT_FromWgt(WGT_FromRes(RES_GetNthChild(res, 4)));
-  EXPECT_EQ(WIN_GetDefWgt(win), TBUT_Wgt(ok));
-  EXPECT_EQ(TBUT_PanelGetSelectedRadio(choice), TBUT_FromWgt(PANEL_GetNthWgt(choice, 0)));
   EXPECT_EQ(TBUT_GetMode(TBUT_FromWgt(WGT_FromRes(RES_GetNthChild(res, 2)))), TBUT_MODETOGGLE);
-
-  tktest::NfyLog log;
-  tktest::logTo(TBUT_Wgt(ok), &log);
-  ASSERT_TRUE(tktest::showAndWait(win));
-  owbtest::TempDir dir;
-  EXPECT_TRUE(WIN_SaveAsPng(win, dir.file("testwindow.png").c_str())) << DSPLY_GetLastError();
-  clickOn(TBUT_Wgt(ok), 20, 10);
-  EXPECT_EQ(log.count(TBUT_NFYHIT), 1);
+  ASSERT_TRUE(tktest::showFocused(win));
   // Cancel's accelerator is Escape.
   tktest::NfyLog cancelLog;
   tktest::logTo(WGT_FromRes(RES_GetNthChild(res, 5)), &cancelLog);
-  ASSERT_TRUE(tktest::runUntil([&] { return WIN_HasFocus(win); }));
-  driver_->key(XK_Escape);
-  settle();
+  key(XK_Escape);
   EXPECT_EQ(cancelLog.count(TBUT_NFYHIT), 1);
 }
 

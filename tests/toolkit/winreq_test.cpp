@@ -42,6 +42,7 @@ class WinRequestTest : public ToolkitTest {
 };
 
 TEST_F(WinRequestTest, WithoutAWindowManagerTheWindowDoesItItself) {
+  ASSERT_FALSE(DSPLY_HasWinMgr());
   WinPtr a = openWin(40, 40, "a", &log_);
   WinPtr b = openWin(80, 80, "b", &log_);
   _Rect16Rec before = WIN_Wgt(a)->Box;
@@ -61,17 +62,23 @@ TEST_F(WinRequestTest, WithoutAWindowManagerTheWindowDoesItItself) {
   EXPECT_EQ(log_.count(WIN_Wgt(a), WIN_NFYRESTORED), 1);
   EXPECT_FALSE(WIN_Restore(a));  // nothing to restore
 
-  // Iconify: the state follows the server's report, once.
+  // Iconify: the state follows the server's report, once.  Minimising
+  // iconifies too, and showing brings the window back.
   ASSERT_TRUE(WIN_Iconify(a));
   ASSERT_TRUE(tktest::runUntil([&] { return WIN_GetState(a) == WIN_STATEICONIFIED; }));
   settle(30);
   EXPECT_EQ(log_.count(WIN_Wgt(a), WIN_NFYICONIFIED), 1);
   EXPECT_EQ(WIN_GetTopWin(), b);
   EXPECT_EQ(WIN_GetNumOpen(), 1);
+  EXPECT_FALSE(WIN_Minimize(a));  // not open
   ASSERT_TRUE(WIN_Restore(a));
   ASSERT_TRUE(tktest::runUntil([&] { return WIN_GetState(a) == WIN_STATEOPEN; }));
   settle(30);
   EXPECT_EQ(log_.count(WIN_Wgt(a), WIN_NFYRESTORED), 2);
+  ASSERT_TRUE(WIN_Minimize(a));
+  ASSERT_TRUE(tktest::runUntil([&] { return WIN_GetState(a) == WIN_STATEICONIFIED; }));
+  EXPECT_TRUE(WIN_Show(a));
+  ASSERT_TRUE(tktest::runUntil([&] { return WIN_GetState(a) == WIN_STATEOPEN; }));
 
   // Push behind and pop to front, in our list and on the server.
   ASSERT_TRUE(WIN_PopToFront(b));
