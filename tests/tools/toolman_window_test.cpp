@@ -3,31 +3,16 @@
 // drives it with real pointer and key events.
 #include <gtest/gtest.h>
 
-#include <arpa/inet.h>
-#include <fcntl.h>
 #include <poll.h>
-#include <netinet/in.h>
-#include <sys/prctl.h>
-#include <sys/socket.h>
-#include <sys/wait.h>
-#include <unistd.h>
 
-#include <chrono>
-#include <cstdlib>
-#include <map>
-#include <sstream>
-#include <string>
-#include <thread>
-#include <vector>
+#include <functional>
 
+#include "fleet/ops_support.h"
 #include "shared/globals.h"
 #include "shared/log.h"
 #include "shared/messages.h"
 #include "shared/utils.h"
-#include "tests/testsupport.h"
 #include "tests/xvfb_support.h"
-
-#include <X11/Xutil.h>
 
 namespace {
 
@@ -35,86 +20,15 @@ using owbtest::readWholeFile;
 
 std::string toolmanPath() { return owbtest::buildDir() + "/tools/toolman"; }
 
-template <class Done>
-bool waitFor(Done done, int timeoutMs = 15000) {
-  auto deadline = std::chrono::steady_clock::now() + std::chrono::milliseconds(timeoutMs);
-  while (!done()) {
-    if (std::chrono::steady_clock::now() > deadline) return false;
-    std::this_thread::sleep_for(std::chrono::milliseconds(50));
-  }
-  return true;
-}
+bool waitFor(const std::function<bool()>& done) { return opstest::eventually(done, 15); }
 
-// One line of a window's widget description.
-struct WidgetLine {
-  std::string path, cls, state, text;
-  int x = 0, y = 0, w = 0, h = 0;
-};
+using owbtest::WidgetLine;
 
 std::vector<WidgetLine> describe(Display* dpy, Window win) {
-  Atom prop = XInternAtom(dpy, "_OWB_WIDGETS", False);
-  std::vector<WidgetLine> lines;
-  Atom type;
-  int format;
-  unsigned long count = 0, after = 0;
-  unsigned char* data = nullptr;
-  if (XGetWindowProperty(dpy, win, prop, 0, 1 << 24, False, AnyPropertyType, &type, &format, &count, &after, &data) !=
-          Success ||
-      !data)
-    return lines;
-  std::istringstream in(std::string(reinterpret_cast<char*>(data), count));
-  XFree(data);
-  for (std::string row; std::getline(in, row);) {
-    std::vector<std::string> f;
-    size_t start = 0;
-    for (size_t tab; (tab = row.find('\t', start)) != std::string::npos; start = tab + 1)
-      f.push_back(row.substr(start, tab - start));
-    f.push_back(row.substr(start));
-    if (f.size() < 8) continue;
-    WidgetLine line{f[0], f[1], f[6], f[7]};
-    line.x = std::atoi(f[2].c_str());
-    line.y = std::atoi(f[3].c_str());
-    line.w = std::atoi(f[4].c_str());
-    line.h = std::atoi(f[5].c_str());
-    lines.push_back(line);
-  }
-  return lines;
+  return owbtest::parseWidgetLines(owbtest::readWidgetsProperty(dpy, win));
 }
 
-// Top-level windows (children of the root, or of a frame) by their names.
-Window findWindow(Display* dpy, const std::string& name) {
-  Window root = DefaultRootWindow(dpy), parent, *children = nullptr;
-  unsigned count = 0;
-  Window found = 0;
-  if (!XQueryTree(dpy, root, &root, &parent, &children, &count)) return 0;
-  for (unsigned i = 0; i < count && !found; ++i) {
-    char* title = nullptr;
-    if (XFetchName(dpy, children[i], &title) && title) {
-      if (name == title) found = children[i];
-      XFree(title);
-    }
-  }
-  if (children) XFree(children);
-  return found;
-}
-
-std::vector<std::string> windowNames(Display* dpy) {
-  Window root = DefaultRootWindow(dpy), parent, *children = nullptr;
-  unsigned count = 0;
-  std::vector<std::string> names;
-  if (!XQueryTree(dpy, root, &root, &parent, &children, &count)) return names;
-  for (unsigned i = 0; i < count; ++i) {
-    XWindowAttributes attributes;
-    char* title = nullptr;
-    if (XGetWindowAttributes(dpy, children[i], &attributes) && attributes.map_state == IsViewable &&
-        XFetchName(dpy, children[i], &title) && title) {
-      names.push_back(title);
-      XFree(title);
-    }
-  }
-  if (children) XFree(children);
-  return names;
-}
+Window findWindow(Display* dpy, const std::string& name) { return owbtest::shownWindowNamed(dpy, name); }
 
 // The cell of the files list (child 0) whose text is text; null for none.
 const WidgetLine* fileCell(const std::vector<WidgetLine>& lines, const std::string& text) {
@@ -170,13 +84,19 @@ class ToolmanWindowTest : public ::testing::Test {
   }
 
   // Sends the toolman's window a click at a point of its client area.
-  void clickAt(Window win, int x, int y, bool twice = false) {
+  void clickAt(Window win, int x, int y) {
     owbtest::XTestDriver driver(DisplayString(dpy));
     Window child;
     int rootX = 0, rootY = 0;
     XTranslateCoordinates(dpy, win, DefaultRootWindow(dpy), x, y, &rootX, &rootY, &child);
     driver.click(rootX, rootY);
-    if (twice) driver.click(rootX, rootY);
+  }
+
+  // The line of the widget at path in win (empty when there is none).
+  WidgetLine widgetAt(Window win, const std::string& path) {
+    for (const WidgetLine& line : describe(dpy, win))
+      if (line.path == path) return line;
+    return WidgetLine{};
   }
 
   void keys(std::initializer_list<KeySym> syms) {
@@ -202,48 +122,32 @@ TEST_F(ToolmanWindowTest, FleetStatusFromTheFileListAndQuitFromTheToolsMenu) {
   std::vector<WidgetLine> lines = describe(dpy, win);
   ASSERT_TRUE(waitFor([&] { return fileCell(lines = describe(dpy, win), "demo/demo.flt") != nullptr; }))
       << readWholeFile(home.file("toolman.out"));
-  ASSERT_NE(fileCell(lines, "notes.txt"), nullptr);
 
   pid_t fleetmgr = start({owbtest::installTree() + "/bin/fleetmgr"}, "fleetmgr.out");
   // Registered, its commands installed, and the definition typed by its IDFL answer.
   ASSERT_TRUE(waitFor([&] {
-    lines = describe(dpy, win);
-    const WidgetLine* name = fileCell(lines, "demo/demo.flt");
-    if (!name) return false;
-    std::string typeCell = name->path.substr(0, name->path.find('/')) + "/2" +
-                           name->path.substr(name->path.find(','));
-    for (const WidgetLine& line : lines)
-      if (line.path == typeCell) return line.text == "fleet";
-    return false;
+    const WidgetLine* name = fileCell(lines = describe(dpy, win), "demo/demo.flt");
+    return name && widgetAt(win, "0/2" + name->path.substr(name->path.find(','))).text == "fleet";
   })) << readWholeFile(home.file("toolman.out"));
-  const WidgetLine* notes = fileCell(lines, "notes.txt");
-  ASSERT_NE(notes, nullptr);
+  ASSERT_NE(fileCell(lines, "notes.txt"), nullptr);
 
   const WidgetLine* fleet = fileCell(lines, "demo/demo.flt");
   clickAt(win, fleet->x + 10, fleet->y + fleet->h / 2);
-  ASSERT_TRUE(waitFor([&] {
-    auto now = describe(dpy, win);
-    const WidgetLine* cell = fileCell(now, "demo/demo.flt");
-    return cell && cell->state.find('S') != std::string::npos;
-  }));
+  ASSERT_TRUE(waitFor([&] { return widgetAt(win, fleet->path).has('S'); }));
 
   // F10 opens Tools on its first item, the Fleet Manager's; Right opens
   // that item's sub-menu, Right again the next menu of the bar, the Fleet
   // Manager's, whose fourth command is chosen.
-  std::vector<std::string> before = windowNames(dpy);
+  const std::string statusTitle = "Fleet Status: " + project + "/demo";
   keys({XK_F10, XK_Right, XK_Right, XK_Down, XK_Down, XK_Down, XK_Return});
-  ASSERT_TRUE(waitFor([&] {
-    return readWholeFile(home.file("toolman.out")).find("sent CMDS \"Fleet Status\"") != std::string::npos ||
-           windowNames(dpy).size() > before.size();
-  })) << readWholeFile(home.file("toolman.out"));
   // The Fleet Manager answers the choice with a window of its own.
-  ASSERT_TRUE(waitFor([&] { return windowNames(dpy).size() > before.size(); }))
-      << readWholeFile(home.file("fleetmgr.out"));
+  ASSERT_TRUE(waitFor([&] { return findWindow(dpy, statusTitle) != 0; }))
+      << readWholeFile(home.file("toolman.out")) << readWholeFile(home.file("fleetmgr.out"));
 
   // The status window closes on Escape; back in the Tool Manager's
   // window, Tools > Fleet Manager (port N) > Quit.
   keys({XK_Escape});
-  ASSERT_TRUE(waitFor([&] { return windowNames(dpy).size() == before.size(); }))
+  ASSERT_TRUE(waitFor([&] { return findWindow(dpy, statusTitle) == 0; }))
       << readWholeFile(home.file("fleetmgr.out"));
   clickAt(win, fleet->x + 10, fleet->y + fleet->h / 2);
   keys({XK_F10, XK_Right, XK_q});
@@ -256,10 +160,6 @@ TEST_F(ToolmanWindowTest, FleetStatusFromTheFileListAndQuitFromTheToolsMenu) {
     return readWholeFile(home.file("toolman.out")).find("Fleet Manager does not answer") != std::string::npos;
   })) << readWholeFile(home.file("toolman.out"));
 }
-
-}  // namespace
-
-namespace {
 
 // A listener that takes connections into its backlog and never reads them:
 // a tool that hangs.
@@ -295,8 +195,6 @@ void registerTool(int toolmanPort, int port, const char* name) {
   center.sendMessage(regt);
 }
 
-}  // namespace
-
 // A tool that never answers IDFL, and a project of odd names: the window
 // lists every file, stays usable while the question times out, and asks
 // the silent tool nothing more once it has let one question go unanswered.
@@ -310,9 +208,8 @@ TEST_F(ToolmanWindowTest, ASilentToolAndOddNamesLeaveTheWindowUsable) {
   int port = 31000 + static_cast<int>(getpid() % 3000) * 3 + 1;
   Window win = openToolman(port);
   ASSERT_NE(win, 0u) << readWholeFile(home.file("toolman.out"));
-  std::vector<WidgetLine> lines;
   for (const char* shown : {"tab\\tname.txt", "caf\\xE9.txt", "quote\"back\\\\slash.txt"})
-    EXPECT_TRUE(waitFor([&] { return fileCell(lines = describe(dpy, win), shown) != nullptr; })) << shown;
+    EXPECT_TRUE(waitFor([&] { return fileCell(describe(dpy, win), shown) != nullptr; })) << shown;
 
   owbtest::ScopedEnv homeEnv("HOME", home.path());
   int silentPort = 0;
@@ -320,17 +217,11 @@ TEST_F(ToolmanWindowTest, ASilentToolAndOddNamesLeaveTheWindowUsable) {
   ASSERT_GE(silent, 0);
   registerTool(toolmanPort, silentPort, "Hanger");
   // While the question waits for its answer, a click still selects.
-  const WidgetLine* first = nullptr;
-  for (const WidgetLine& line : lines)
-    if (line.path == "0/1,1") first = &line;
-  ASSERT_NE(first, nullptr);
+  const WidgetLine first = widgetAt(win, "0/1,1");
+  ASSERT_EQ(first.cls, "Cell");
   auto clickTime = std::chrono::steady_clock::now();
-  clickAt(win, first->x + 10, first->y + first->h / 2);
-  ASSERT_TRUE(waitFor([&] {
-    for (const WidgetLine& line : describe(dpy, win))
-      if (line.path == first->path) return line.state.find('S') != std::string::npos;
-    return false;
-  }));
+  clickAt(win, first.x + 10, first.y + first.h / 2);
+  ASSERT_TRUE(waitFor([&] { return widgetAt(win, first.path).has('S'); }));
   EXPECT_LT(std::chrono::steady_clock::now() - clickTime, std::chrono::seconds(2));
   // One question went unanswered; no more are asked of the silent tool.
   // The question may come late on a busy machine: its connection waiting
@@ -354,8 +245,6 @@ TEST_F(ToolmanWindowTest, ASilentToolAndOddNamesLeaveTheWindowUsable) {
   EXPECT_LE(pending, 4);  // the question, and the probes of a tool that is still there
 }
 
-namespace {
-
 // The path field: a directory typed there and Return make it the project;
 // a directory that does not exist is refused with an alert and a line in
 // the message pane, and the project stays.
@@ -367,12 +256,8 @@ TEST_F(ToolmanWindowTest, TypingADirectoryInThePathFieldChangesTheProject) {
   Window win = openToolman(port);
   ASSERT_NE(win, 0u) << readWholeFile(home.file("toolman.out"));
   std::vector<WidgetLine> lines;
-  ASSERT_TRUE(waitFor([&] { return fileCell(lines = describe(dpy, win), "alpha.txt") != nullptr; }));
-  auto field = [&]() -> WidgetLine {
-    for (const WidgetLine& line : describe(dpy, win))
-      if (line.path == "3") return line;
-    return WidgetLine{};
-  };
+  ASSERT_TRUE(waitFor([&] { return fileCell(describe(dpy, win), "alpha.txt") != nullptr; }));
+  auto field = [&] { return widgetAt(win, "3"); };
   WidgetLine path = field();
   ASSERT_EQ("TEd", path.cls);
   ASSERT_NE(std::string::npos, path.text.find("/fleets"));
