@@ -30,8 +30,8 @@ class Screen {
   Window find(const std::string& title, const std::string& text = "") {
     return owbtest::shownWindowNamed(dpy_, title, [&](Window w) { return text.empty() || shows(w, text); });
   }
-  Window waitFor(const std::string& title, const std::string& text = "", double seconds = 10) {
-    return opstest::eventually([&] { return find(title, text) != 0; }, seconds) ? find(title, text) : 0;
+  Window waitFor(const std::string& title, const std::string& text = "") {
+    return opstest::eventually([&] { return find(title, text) != 0; }, 10) ? find(title, text) : 0;
   }
   bool shows(Window win, const std::string& text) {
     for (const WidgetLine& w : widgets(win))
@@ -42,18 +42,14 @@ class Screen {
     return owbtest::parseWidgetLines(owbtest::readWidgetsProperty(dpy_, win));
   }
 
-  // A real click in the middle of the widget at path (or of the cell), or
-  // of the button labelled label when path is empty.
-  bool click(Window win, const std::string& path, const std::string& label = "") {
-    for (const WidgetLine& w : widgets(win))
-      if (path.empty() ? w.cls == "TBut" && w.text == label : w.path == path) {
-        int x = 0, y = 0;
-        Window child;
-        XTranslateCoordinates(dpy_, win, DefaultRootWindow(dpy_), w.x + w.w / 2, w.y + w.h / 2, &x, &y, &child);
-        input_.click(x, y);
-        return true;
-      }
-    return false;
+  // A real click in the middle of the widget at path (or of the cell).
+  bool click(Window win, const std::string& path) {
+    WidgetLine w = at(win, path);
+    int x = 0, y = 0;
+    Window child;
+    XTranslateCoordinates(dpy_, win, DefaultRootWindow(dpy_), w.x + w.w / 2, w.y + w.h / 2, &x, &y, &child);
+    if (w.fields) input_.click(x, y);
+    return w.fields != 0;
   }
   // Clicks the text field at path, selects its text and types text over
   // it (letters, digits and the characters of a path).

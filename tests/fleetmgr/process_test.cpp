@@ -3,6 +3,7 @@
 // identification, commands, QUIT, the end when the Tool Manager vanishes,
 // a start without an installation or without a display.
 
+#include "fleet/ops_support.h"
 #include "fleetmgr/fleetmgr_support.h"
 #include "alert_answerer.h"
 #include "xvfb_support.h"
@@ -15,21 +16,8 @@ using fmtest::TestToolManager;
 using fmtest::WireMessage;
 using fmtest::WireParams;
 
-// The exit status of pid, or nullopt if it has not ended within seconds.
-std::optional<int> exitStatus(pid_t pid, double seconds) {
-  auto deadline = std::chrono::steady_clock::now() + std::chrono::duration<double>(seconds);
-  int status = 0;
-  for (;;) {
-    if (waitpid(pid, &status, WNOHANG) == pid) return WIFEXITED(status) ? WEXITSTATUS(status) : 128 + WTERMSIG(status);
-    if (std::chrono::steady_clock::now() >= deadline) return std::nullopt;
-    std::this_thread::sleep_for(std::chrono::milliseconds(20));
-  }
-}
-
 class FleetMgrProcess : public ::testing::Test {
  protected:
-  static void SetUpTestSuite() { prctl(PR_SET_CHILD_SUBREAPER, 1); }
-
   void SetUp() override {
     ASSERT_TRUE(owbtest::sharedXvfb().ok()) << "the tool needs an X server (Xvfb)";
     home = root.file("home");
@@ -37,9 +25,9 @@ class FleetMgrProcess : public ::testing::Test {
     toolman = std::make_unique<TestToolManager>(home);
   }
   void TearDown() override {
-    if (tool > 0 && !exitStatus(tool, 0)) {
+    if (tool > 0 && exitStatus(tool, 0.1) == -1) {
       kill(tool, SIGKILL);
-      waitpid(tool, nullptr, 0);
+      reaper.waitFor(tool, 10);
     }
     toolman.reset();
   }
@@ -60,6 +48,11 @@ class FleetMgrProcess : public ::testing::Test {
     toolPort = toolman->messagesOf(OWB_TYPE("REGT")).at(0).header.senderInfo.listenerPort;
   }
   static std::string program() { return installTree() + "/bin/fleetmgr"; }
+  // The exit status of pid, or -1 if it has not ended within seconds.
+  int exitStatus(pid_t pid, double seconds) {
+    int status = reaper.waitFor(pid, seconds);
+    return status == -1 ? -1 : WIFEXITED(status) ? WEXITSTATUS(status) : 128 + WTERMSIG(status);
+  }
 
   std::optional<WireMessage> identify(const std::string& path) {
     Message question(OWB_TYPE("IDFL"), nullptr);
@@ -71,6 +64,7 @@ class FleetMgrProcess : public ::testing::Test {
     return toolman->ask(toolPort, selected);
   }
 
+  opstest::ChildReaper reaper;
   owbtest::TempDir root;
   std::string home;
   std::unique_ptr<TestToolManager> toolman;
@@ -124,7 +118,7 @@ TEST_F(FleetMgrProcess, RegistersItselfAndItsCommandsThenEndsOnQuit) {
 
   Message quit(OWB_TYPE("QUIT"), nullptr);
   ASSERT_TRUE(toolman->sendTo(toolPort, quit));
-  EXPECT_EQ(exitStatus(tool, 10), std::optional<int>(0));
+  EXPECT_EQ(exitStatus(tool, 10), 0);
   EXPECT_NE(owbtest::readWholeFile(home + "/.owb/owblog").find("Leaving Fleetmgr Tool"), std::string::npos);
 }
 
@@ -182,14 +176,14 @@ TEST_F(FleetMgrProcess, IdentifiesFleetFilesAndRegistersValidFleets) {
     EXPECT_EQ(ignored->params.size(), 1u);
     EXPECT_EQ(ignored->number(0), 0);
   }
-  EXPECT_FALSE(exitStatus(tool, 0));  // still serving
+  EXPECT_EQ(exitStatus(tool, 0.2), -1);  // still serving
 }
 
 TEST_F(FleetMgrProcess, EndsWhenTheToolManagerVanishes) {
   startTool();
   toolman->stop();
   // The keep-alive runs every 200 ms here (60 s by default).
-  EXPECT_EQ(exitStatus(tool, 10), std::optional<int>(0)) << owbtest::readWholeFile(home + "/.owb/owblog");
+  EXPECT_EQ(exitStatus(tool, 10), 0) << owbtest::readWholeFile(home + "/.owb/owblog");
 }
 
 TEST_F(FleetMgrProcess, StartsOnlyWithAnInstallationAndADisplay) {
@@ -198,7 +192,7 @@ TEST_F(FleetMgrProcess, StartsOnlyWithAnInstallationAndADisplay) {
   auto env = toolEnvironment();
   env.erase("OWB");
   tool = owbtest::startProgram({program()}, root.file("noowb.out"), &env);
-  EXPECT_EQ(exitStatus(tool, 10), std::optional<int>(1));
+  EXPECT_EQ(exitStatus(tool, 10), 1);
 
   // No display: the toolkit reports its failure and the process ends with
   // the toolkit's status, unregistered.
@@ -208,7 +202,7 @@ TEST_F(FleetMgrProcess, StartsOnlyWithAnInstallationAndADisplay) {
     if (display) env["DISPLAY"] = display;
     else env.erase("DISPLAY");
     tool = owbtest::startProgram({program()}, root.file("nodisplay.out"), &env);
-    EXPECT_EQ(exitStatus(tool, 10), std::optional<int>(2));
+    EXPECT_EQ(exitStatus(tool, 10), 2);
     EXPECT_NE(owbtest::readWholeFile(root.file("nodisplay.out")).find("The Fleet Manager needs a display: "),
               std::string::npos)
         << owbtest::readWholeFile(root.file("nodisplay.out"));
@@ -218,7 +212,7 @@ TEST_F(FleetMgrProcess, StartsOnlyWithAnInstallationAndADisplay) {
   env = toolEnvironment();
   env["OWB"] = root.path();
   tool = owbtest::startProgram({program()}, root.file("nolibraries.out"), &env);
-  EXPECT_EQ(exitStatus(tool, 10), std::optional<int>(2));
+  EXPECT_EQ(exitStatus(tool, 10), 2);
   EXPECT_NE(owbtest::readWholeFile(root.file("nolibraries.out")).find("Cannot load \"Core\" resource file"),
             std::string::npos)
       << owbtest::readWholeFile(root.file("nolibraries.out"));

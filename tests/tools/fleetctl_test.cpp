@@ -176,13 +176,11 @@ TEST_F(Fleetctl, LogsFollowPrintsWhatIsAppendedUntilInterrupted) {
   fcntl(pipeEnds[0], F_SETFL, O_NONBLOCK);
   std::string seen;
   auto seenEventually = [&](const std::string& text) {
-    for (int i = 0; i < 500 && seen.find(text) == std::string::npos; ++i) {
+    return eventually([&] {
       char buffer[256];
-      ssize_t n = read(pipeEnds[0], buffer, sizeof buffer);
-      if (n > 0) seen.append(buffer, static_cast<size_t>(n));
-      else usleep(10000);
-    }
-    return seen.find(text) != std::string::npos;
+      for (ssize_t n; (n = read(pipeEnds[0], buffer, sizeof buffer)) > 0;) seen.append(buffer, static_cast<size_t>(n));
+      return seen.find(text) != std::string::npos;
+    }, 5);
   };
   EXPECT_TRUE(seenEventually("old 2\n"));
   {
