@@ -12,7 +12,7 @@
 #include "shared/log.h"
 #include "shared/messages.h"
 #include "shared/utils.h"
-#include "tests/xvfb_support.h"
+#include "tests/fleetmgr/screen.h"
 
 namespace {
 
@@ -23,12 +23,6 @@ std::string toolmanPath() { return owbtest::buildDir() + "/tools/toolman"; }
 bool waitFor(const std::function<bool()>& done) { return opstest::eventually(done, 15); }
 
 using owbtest::WidgetLine;
-
-std::vector<WidgetLine> describe(Display* dpy, Window win) {
-  return owbtest::parseWidgetLines(owbtest::readWidgetsProperty(dpy, win));
-}
-
-Window findWindow(Display* dpy, const std::string& name) { return owbtest::shownWindowNamed(dpy, name); }
 
 // The cell of the files list (child 0) whose text is text; null for none.
 const WidgetLine* fileCell(const std::vector<WidgetLine>& lines, const std::string& text) {
@@ -43,14 +37,13 @@ class ToolmanWindowTest : public ::testing::Test {
   std::string project = home.path() + "/fleets";
   std::map<std::string, std::string> env;
   std::vector<pid_t> started;
-  Display* dpy = nullptr;
+  fmtest::Screen screen;
 
   void SetUp() override {
     prctl(PR_SET_CHILD_SUBREAPER, 1);
     auto& xvfb = owbtest::sharedXvfb();
     if (!xvfb.ok()) GTEST_SKIP() << "no Xvfb";
-    dpy = XOpenDisplay(xvfb.display().c_str());
-    ASSERT_NE(dpy, nullptr);
+    ASSERT_TRUE(screen.ok());
     env = {{"HOME", home.path()},
            {"DISPLAY", xvfb.display()},
            {"OWB", owbtest::installTree()},
@@ -62,7 +55,6 @@ class ToolmanWindowTest : public ::testing::Test {
   void TearDown() override {
     for (pid_t pid : started) kill(pid, SIGTERM);
     for (pid_t pid : started) waitpid(pid, nullptr, 0);
-    if (dpy) XCloseDisplay(dpy);
   }
 
   pid_t start(const std::vector<std::string>& args, const std::string& output) {
@@ -78,31 +70,14 @@ class ToolmanWindowTest : public ::testing::Test {
   Window openToolman(int wantedPort) {
     start({toolmanPath(), "--window", "--port", std::to_string(wantedPort), "--project", project}, "toolman.out");
     Window win = 0;
-    waitFor([&] { return (win = findWindow(dpy, "Tool Manager")) != 0 && !describe(dpy, win).empty(); });
+    waitFor([&] { return (win = screen.find("Tool Manager")) != 0 && !screen.widgets(win).empty(); });
     toolmanPort = std::atoi(readWholeFile(home.path() + "/.owb/owbport").c_str());
     return toolmanPort > 0 ? win : 0;
   }
 
-  // Sends the toolman's window a click at a point of its client area.
-  void clickAt(Window win, int x, int y) {
-    owbtest::XTestDriver driver(DisplayString(dpy));
-    Window child;
-    int rootX = 0, rootY = 0;
-    XTranslateCoordinates(dpy, win, DefaultRootWindow(dpy), x, y, &rootX, &rootY, &child);
-    driver.click(rootX, rootY);
-  }
-
-  // The line of the widget at path in win (empty when there is none).
-  WidgetLine widgetAt(Window win, const std::string& path) {
-    for (const WidgetLine& line : describe(dpy, win))
-      if (line.path == path) return line;
-    return WidgetLine{};
-  }
-
   void keys(std::initializer_list<KeySym> syms) {
-    owbtest::XTestDriver driver(DisplayString(dpy));
     for (KeySym sym : syms) {
-      driver.key(sym);
+      screen.key(sym);
       std::this_thread::sleep_for(std::chrono::milliseconds(120));
     }
   }
@@ -119,21 +94,21 @@ TEST_F(ToolmanWindowTest, FleetStatusFromTheFileListAndQuitFromTheToolsMenu) {
   int port = 31000 + static_cast<int>(getpid() % 3000) * 3;
   Window win = openToolman(port);
   ASSERT_NE(win, 0u) << readWholeFile(home.file("toolman.out"));
-  std::vector<WidgetLine> lines = describe(dpy, win);
-  ASSERT_TRUE(waitFor([&] { return fileCell(lines = describe(dpy, win), "demo/demo.flt") != nullptr; }))
+  std::vector<WidgetLine> lines = screen.widgets(win);
+  ASSERT_TRUE(waitFor([&] { return fileCell(lines = screen.widgets(win), "demo/demo.flt") != nullptr; }))
       << readWholeFile(home.file("toolman.out"));
 
   pid_t fleetmgr = start({owbtest::installTree() + "/bin/fleetmgr"}, "fleetmgr.out");
   // Registered, its commands installed, and the definition typed by its IDFL answer.
   ASSERT_TRUE(waitFor([&] {
-    const WidgetLine* name = fileCell(lines = describe(dpy, win), "demo/demo.flt");
-    return name && widgetAt(win, "0/2" + name->path.substr(name->path.find(','))).text == "fleet";
+    const WidgetLine* name = fileCell(lines = screen.widgets(win), "demo/demo.flt");
+    return name && screen.at(win, "0/2" + name->path.substr(name->path.find(','))).text == "fleet";
   })) << readWholeFile(home.file("toolman.out"));
   ASSERT_NE(fileCell(lines, "notes.txt"), nullptr);
 
   const WidgetLine* fleet = fileCell(lines, "demo/demo.flt");
-  clickAt(win, fleet->x + 10, fleet->y + fleet->h / 2);
-  ASSERT_TRUE(waitFor([&] { return widgetAt(win, fleet->path).has('S'); }));
+  ASSERT_TRUE(screen.click(win, fleet->path));
+  ASSERT_TRUE(waitFor([&] { return screen.at(win, fleet->path).has('S'); }));
 
   // F10 opens Tools on its first item, the Fleet Manager's; Right opens
   // that item's sub-menu, Right again the next menu of the bar, the Fleet
@@ -141,15 +116,15 @@ TEST_F(ToolmanWindowTest, FleetStatusFromTheFileListAndQuitFromTheToolsMenu) {
   const std::string statusTitle = "Fleet Status: " + project + "/demo";
   keys({XK_F10, XK_Right, XK_Right, XK_Down, XK_Down, XK_Down, XK_Return});
   // The Fleet Manager answers the choice with a window of its own.
-  ASSERT_TRUE(waitFor([&] { return findWindow(dpy, statusTitle) != 0; }))
+  ASSERT_TRUE(waitFor([&] { return screen.find(statusTitle) != 0; }))
       << readWholeFile(home.file("toolman.out")) << readWholeFile(home.file("fleetmgr.out"));
 
   // The status window closes on Escape; back in the Tool Manager's
   // window, Tools > Fleet Manager (port N) > Quit.
   keys({XK_Escape});
-  ASSERT_TRUE(waitFor([&] { return findWindow(dpy, statusTitle) == 0; }))
+  ASSERT_TRUE(waitFor([&] { return screen.find(statusTitle) == 0; }))
       << readWholeFile(home.file("fleetmgr.out"));
-  clickAt(win, fleet->x + 10, fleet->y + fleet->h / 2);
+  ASSERT_TRUE(screen.click(win, fleet->path));
   keys({XK_F10, XK_Right, XK_q});
   int status = -1;
   ASSERT_TRUE(waitFor([&] { return waitpid(fleetmgr, &status, WNOHANG) == fleetmgr; }))
@@ -209,7 +184,7 @@ TEST_F(ToolmanWindowTest, ASilentToolAndOddNamesLeaveTheWindowUsable) {
   Window win = openToolman(port);
   ASSERT_NE(win, 0u) << readWholeFile(home.file("toolman.out"));
   for (const char* shown : {"tab\\tname.txt", "caf\\xE9.txt", "quote\"back\\\\slash.txt"})
-    EXPECT_TRUE(waitFor([&] { return fileCell(describe(dpy, win), shown) != nullptr; })) << shown;
+    EXPECT_TRUE(waitFor([&] { return fileCell(screen.widgets(win), shown) != nullptr; })) << shown;
 
   owbtest::ScopedEnv homeEnv("HOME", home.path());
   int silentPort = 0;
@@ -217,11 +192,11 @@ TEST_F(ToolmanWindowTest, ASilentToolAndOddNamesLeaveTheWindowUsable) {
   ASSERT_GE(silent, 0);
   registerTool(toolmanPort, silentPort, "Hanger");
   // While the question waits for its answer, a click still selects.
-  const WidgetLine first = widgetAt(win, "0/1,1");
+  const WidgetLine first = screen.at(win, "0/1,1");
   ASSERT_EQ(first.cls, "Cell");
   auto clickTime = std::chrono::steady_clock::now();
-  clickAt(win, first.x + 10, first.y + first.h / 2);
-  ASSERT_TRUE(waitFor([&] { return widgetAt(win, first.path).has('S'); }));
+  screen.click(win, first.path);
+  ASSERT_TRUE(waitFor([&] { return screen.at(win, first.path).has('S'); }));
   EXPECT_LT(std::chrono::steady_clock::now() - clickTime, std::chrono::seconds(2));
   // One question went unanswered; no more are asked of the silent tool.
   // The question may come late on a busy machine: its connection waiting
@@ -255,43 +230,36 @@ TEST_F(ToolmanWindowTest, TypingADirectoryInThePathFieldChangesTheProject) {
   int port = 31000 + static_cast<int>(getpid() % 3000) * 3 + 2;
   Window win = openToolman(port);
   ASSERT_NE(win, 0u) << readWholeFile(home.file("toolman.out"));
-  std::vector<WidgetLine> lines;
-  ASSERT_TRUE(waitFor([&] { return fileCell(describe(dpy, win), "alpha.txt") != nullptr; }));
-  auto field = [&] { return widgetAt(win, "3"); };
+  ASSERT_TRUE(waitFor([&] { return fileCell(screen.widgets(win), "alpha.txt") != nullptr; }));
+  auto field = [&] { return screen.at(win, "3"); };
   WidgetLine path = field();
   ASSERT_EQ("TEd", path.cls);
   ASSERT_NE(std::string::npos, path.text.find("/fleets"));
 
   // Types text into the field in place of what it holds, then Return.
   auto typeInField = [&](const std::string& text) {
-    clickAt(win, path.x + 20, path.y + path.h / 2);
-    owbtest::XTestDriver driver(DisplayString(dpy));
-    driver.key(XK_a, XK_Control_L);
-    for (char c : text) {
-      if (c == '~') driver.key(XK_asciitilde, XK_Shift_L);
-      else driver.key(static_cast<KeySym>(static_cast<unsigned char>(c)));
-    }
-    driver.key(XK_Return);
+    ASSERT_TRUE(screen.typeInto(win, "3", text));
+    screen.key(XK_Return);
   };
 
   typeInField("~/nothere");
-  ASSERT_TRUE(waitFor([&] { return findWindow(dpy, "Change Project") != 0; }))
+  ASSERT_TRUE(waitFor([&] { return screen.find("Change Project") != 0; }))
       << readWholeFile(home.file("toolman.out"));
   keys({XK_Return});
-  ASSERT_TRUE(waitFor([&] { return findWindow(dpy, "Change Project") == 0; }));
+  ASSERT_TRUE(waitFor([&] { return screen.find("Change Project") == 0; }));
   ASSERT_TRUE(waitFor([&] {
-    for (const WidgetLine& line : describe(dpy, win))
+    for (const WidgetLine& line : screen.widgets(win))
       if (line.cls == "Cell" && line.path.compare(0, 2, "2/") == 0 &&
           line.text.find("no project directory " + home.path() + "/nothere") != std::string::npos)
         return true;
     return false;
   }));
-  EXPECT_NE(fileCell(describe(dpy, win), "alpha.txt"), nullptr);
+  EXPECT_NE(fileCell(screen.widgets(win), "alpha.txt"), nullptr);
   EXPECT_EQ(project, field().text);
 
   typeInField("~/other");
   EXPECT_TRUE(waitFor([&] {
-    lines = describe(dpy, win);
+    auto lines = screen.widgets(win);
     return fileCell(lines, "beta.txt") != nullptr && fileCell(lines, "alpha.txt") == nullptr;
   })) << readWholeFile(home.file("toolman.out"));
   EXPECT_EQ(home.path() + "/other", field().text);
