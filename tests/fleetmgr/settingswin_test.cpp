@@ -336,8 +336,10 @@ TEST_F(SettingsWindowTest, PicturesOfEachWindow) {
   gFleetMgr->configFile = new EngConfigFile(root.file("place.cfg").c_str());
   addBootScriptFile("/home/user/lib/preboot.s");
   std::snprintf(gFleetMgr->configFile->engPlaceBootScript, sizeof(Str255), "%s", "/home/user/lib/boot.s");
-  const char *integer[] = {"Integer", "RegionPort", "7000", nullptr}, *boolean[] = {"Boolean", "Verbose", "true", nullptr};
-  for (const char** option : {integer, boolean}) gFleetMgr->configFile->configOptions.include(new StringTupleItem(option));
+  const char* integer[] = {"Integer", "RegionPort", "7000", nullptr};
+  const char* boolean[] = {"Boolean", "Verbose", "true", nullptr};
+  for (const char** option : {integer, boolean})
+    gFleetMgr->configFile->configOptions.include(new StringTupleItem(option));
   gFleetMgr->currentFleet = fleet;
   WinPtr dlg = fleet->engConfigDlg = createNewEnginePlaceConfigDialog();
   ASSERT_TRUE(shown(dlg));

@@ -122,8 +122,7 @@ TEST_F(ToolmanWindowTest, FleetStatusFromTheFileListAndQuitFromTheToolsMenu) {
   // The status window closes on Escape; back in the Tool Manager's
   // window, Tools > Fleet Manager (port N) > Quit.
   keys({XK_Escape});
-  ASSERT_TRUE(waitFor([&] { return screen.find(statusTitle) == 0; }))
-      << readWholeFile(home.file("fleetmgr.out"));
+  ASSERT_TRUE(waitFor([&] { return screen.find(statusTitle) == 0; })) << readWholeFile(home.file("fleetmgr.out"));
   ASSERT_TRUE(screen.click(win, fleet->path));
   keys({XK_F10, XK_Right, XK_q});
   int status = -1;
@@ -243,8 +242,7 @@ TEST_F(ToolmanWindowTest, TypingADirectoryInThePathFieldChangesTheProject) {
   };
 
   typeInField("~/nothere");
-  ASSERT_TRUE(waitFor([&] { return screen.find("Change Project") != 0; }))
-      << readWholeFile(home.file("toolman.out"));
+  ASSERT_TRUE(waitFor([&] { return screen.find("Change Project") != 0; })) << readWholeFile(home.file("toolman.out"));
   keys({XK_Return});
   ASSERT_TRUE(waitFor([&] { return screen.find("Change Project") == 0; }));
   ASSERT_TRUE(waitFor([&] {
