@@ -1,19 +1,12 @@
 // The fleet commands: the make, run, kill, status and remove operations as
 // the tool calls them, what they tell the Tool Manager, their reports, and
 // the command handlers' look-ups.
-#include <gtest/gtest.h>
-#include <unistd.h>
 
 #include <algorithm>
-#include <string>
-#include <utility>
-#include <vector>
 
 #include "fleetmgr/fleetcmds.h"
-#include "fleetmgr/fleetmgr_support.h"
 #include "fleetmgr/fleetwin_support.h"
 #include "shared/ui/filepick.h"
-#include "fleetmgr/fleetops.h"
 #include "fleetmgr/fleetreports.h"
 #include "fleetmgr/fleetwindows.h"
 #include "fleetmgr/toolmsgs.h"
@@ -60,13 +53,11 @@ TEST_F(ToolTest, MakeAnnouncesEveryEngineAndTheNewFileOnce) {
   EXPECT_TRUE(asked[0].params.empty());
   auto engines = toolman->messagesOf(kAddEngineMessage);
   ASSERT_EQ(engines.size(), 2u);
-  EXPECT_EQ(engines[0].params[0].bytes, host256());
   EXPECT_EQ(engines[0].number(1), port1);
   EXPECT_EQ(engines[1].number(1), port2);
   auto files = toolman->messagesOf(kAddFileMessage);
   ASSERT_EQ(files.size(), 1u);
-  EXPECT_EQ(files[0].params[0].type, kParamStr255);
-  EXPECT_EQ(files[0].params[0].bytes, dir + "/yard.flt" + std::string(1, '\0'));
+  EXPECT_EQ(files[0].params, (fmtest::WireParams{{kParamStr255, fmtest::nul(dir + "/yard.flt")}}));
 
   // The make's report, in order.
   Notes expected = {{"----------------------------------------", "<null>"},
@@ -176,20 +167,14 @@ TEST_F(ToolTest, RunAndKillReportTheirRequestAndFailWithoutTheirPrerequisites) {
                                  {"Clean-up policy", "do not delete any files"},
                                  {"Processes to kill", "all Wandercode engines and all external processes"}}));
 
-  auto killedProcesses = [&](KillFleetArgs& args) {
-    output.clear();
-    printKillFleetArgs(&args);
-    return output.notes.at(2).second;
-  };
+  // A chosen process is named over the groups (the dialog's test covers them).
   KillFleetArgs kill;
-  kill.cleanup = OWB_TRUE;
-  kill.enginesOnly = OWB_TRUE;
-  EXPECT_EQ(killedProcesses(kill), "all Wandercode engines");
-  EXPECT_EQ(output.notes.at(1).second, "delete runtime output files");
-  kill.externalOnly = OWB_TRUE;
-  EXPECT_EQ(killedProcesses(kill), "all external processes");
+  kill.cleanup = kill.enginesOnly = kill.externalOnly = OWB_TRUE;
   std::snprintf(kill.chosenProcess, sizeof kill.chosenProcess, "placemon");
-  EXPECT_EQ(killedProcesses(kill), "placemon");
+  output.clear();
+  printKillFleetArgs(&kill);
+  EXPECT_EQ(output.notes.at(1).second, "delete runtime output files");
+  EXPECT_EQ(output.notes.at(2).second, "placemon");
 }
 
 // The handlers open their windows: these tests run on the X server.
@@ -272,13 +257,12 @@ TEST_F(ToolTest, DeleteFleetDirectoryAsksThenWithdrawsEnginesAndFile) {
   markAndWait();
   auto withdrawn = toolman->messagesOf(kRemoveEngineMessage);
   ASSERT_EQ(withdrawn.size(), 2u);
-  EXPECT_EQ(withdrawn[0].params[0].bytes, std::string(fmtest::kTestHost) + std::string(1, '\0'));
+  EXPECT_EQ(withdrawn[0].params[0].bytes, fmtest::nul(fmtest::kTestHost));
   EXPECT_EQ(withdrawn[0].number(1), 7006);  // last engine first
   EXPECT_EQ(withdrawn[1].number(1), 7002);
   auto files = toolman->messagesOf(kRemoveFileMessage);
   ASSERT_EQ(files.size(), 1u);
-  EXPECT_EQ(files[0].params[0].type, kParamIdent);
-  EXPECT_EQ(files[0].params[0].bytes, "FLTF");
+  EXPECT_EQ(files[0].params[0], (fmtest::WireParam{kParamIdent, "FLTF"}));
   EXPECT_EQ(files[0].text(1), name);
   auto order = toolman->messages();
   EXPECT_EQ(order[2].type(), kRemoveFileMessage);  // after the engines

@@ -1,14 +1,8 @@
 // Composing an engine place configuration: the checks and normalisation of
 // an added option, and the generated file, byte for byte.
-#include <gtest/gtest.h>
-
-#include <cstring>
-#include <string>
-#include <vector>
 
 #include "fleetmgr/fleetdlg_add.h"
 #include "fleetmgr/fleetmgr_support.h"
-#include "fleetmgr/registry.h"
 #include "fleetmgr/settingsfile.h"
 
 namespace {
@@ -77,17 +71,21 @@ class EngPlaceFileTest : public ::testing::Test {
   std::string refusal, printedLine;
 };
 
-TEST_F(EngPlaceFileTest, IntegersAndOctetStringsAreNormalisedWhereTheyStand) {
-  EXPECT_EQ(option("Integer", "+12"), "12");
-  EXPECT_EQ(option("Integer", " - 7"), "-7");
-  EXPECT_EQ(option("Integer", "-12"), "-12");
-  EXPECT_EQ(option("Integer", "  42"), "42");
-  EXPECT_EQ(option("Integer", "+"), "");  // a lone sign passes with nothing left
-  EXPECT_EQ(option("Integer", "-"), "-");
-  EXPECT_EQ(option("OctetString", "0xAB"), "AB");
-  EXPECT_EQ(option("OctetString", "0x"), "");
-  EXPECT_EQ(option("OctetString", "c0fE"), "c0fE");
-  EXPECT_EQ(gFleetMgr->configFile->configOptions.totalElements, 9);
+// Integers and octet strings are normalised where they stand; the other
+// types stay as typed.
+TEST_F(EngPlaceFileTest, AcceptedValuesAreNormalisedOrKeptAsTyped) {
+  const char* cases[][3] = {
+      {"Integer", "+12", "12"},      {"Integer", " - 7", "-7"},     {"Integer", "  42", "42"},
+      {"Integer", "+", ""},  // a lone sign passes with nothing left
+      {"Integer", "-", "-"},         {"OctetString", "0xAB", "AB"}, {"OctetString", "0x", ""},
+      {"OctetString", "c0fE", "c0fE"}, {"Boolean", "TrUe", "TrUe"}, {"Boolean", "FALSE", "FALSE"},
+      {"Character", "'", "'"},       {"Identifier", "'abc", "'abc"}, {"Identifier", "'", "'"},
+      {"Nil", "", ""},               {"Nil", "nIL", "nIL"},         {"String", "", ""},
+      {"String", " \"a\\b' ", " \"a\\b' "},
+      {"String", "two\nlines\r", "two lines "},  // a pasted line break cannot start a new line of the file
+  };
+  for (const auto& c : cases) EXPECT_EQ(option(c[0], c[1]), c[2]) << c[0] << " '" << c[1] << "'";
+  EXPECT_EQ(gFleetMgr->configFile->configOptions.totalElements, 18);
 }
 
 TEST_F(EngPlaceFileTest, EachTypeRefusesWhatItCannotHoldWithItsOwnAlert) {
@@ -123,20 +121,6 @@ TEST_F(EngPlaceFileTest, EachTypeRefusesWhatItCannotHoldWithItsOwnAlert) {
   EXPECT_EQ(gFleetMgr->configFile->configOptions.totalElements, 0);
 }
 
-TEST_F(EngPlaceFileTest, AcceptedValuesOfTheOtherTypesStayAsTyped) {
-  EXPECT_EQ(option("Boolean", "TrUe"), "TrUe");
-  EXPECT_EQ(option("Boolean", "FALSE"), "FALSE");
-  EXPECT_EQ(option("Character", "'"), "'");
-  EXPECT_EQ(option("Identifier", "'abc"), "'abc");
-  EXPECT_EQ(option("Identifier", "'"), "'");
-  EXPECT_EQ(option("Nil", ""), "");
-  EXPECT_EQ(option("Nil", "nIL"), "nIL");
-  EXPECT_EQ(option("String", ""), "");
-  EXPECT_EQ(option("String", " \"a\\b' "), " \"a\\b' ");
-  // A pasted line break cannot start a new line of the file.
-  EXPECT_EQ(option("String", "two\nlines\r"), "two lines ");
-}
-
 TEST_F(EngPlaceFileTest, NothingIsAddedWithoutAConfigurationBeingComposed) {
   delete gFleetMgr->configFile;
   gFleetMgr->configFile = nullptr;
@@ -148,8 +132,6 @@ TEST_F(EngPlaceFileTest, NothingIsAddedWithoutAConfigurationBeingComposed) {
   writeConfigFile();  // nothing to write, nothing happens
   EXPECT_TRUE(seenAlerts().empty());
 }
-
-TEST_F(EngPlaceFileTest, EmptyConfigurationIsTheHeadingAlone) { EXPECT_EQ(writtenBody(), ""); }
 
 TEST_F(EngPlaceFileTest, EverySectionIsWrittenNewestFirstInItsGrammar) {
   EngConfigFile* config = gFleetMgr->configFile;
@@ -221,7 +203,8 @@ TEST_F(EngPlaceFileTest, EverySectionIsWrittenNewestFirstInItsGrammar) {
   EXPECT_EQ(body.find("k15"), std::string::npos) << body;
 }
 
-TEST_F(EngPlaceFileTest, UnwritableFileIsReportedAndNothingElseHappens) {
+TEST_F(EngPlaceFileTest, EmptyConfigurationIsTheHeadingAloneAndAnUnwritableFileIsReported) {
+  EXPECT_EQ(writtenBody(), "");
   std::snprintf(gFleetMgr->configFile->filename, sizeof(Str255), "%s", root.file("no/such/dir.cfg").c_str());
   writeConfigFile();
   ASSERT_EQ(seenAlerts().size(), 1u);

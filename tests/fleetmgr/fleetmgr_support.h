@@ -133,12 +133,6 @@ class ToolTest : public ::testing::Test {
     ASSERT_TRUE(toolman->waitForCount(OWB_TYPE("MARK"), before + 1));
   }
 
-  static std::string host256() {
-    std::string host(256, '\0');
-    host.replace(0, std::strlen(kTestHost), kTestHost);
-    return host;
-  }
-
   owbtest::TempDir root;
   std::unique_ptr<TestToolManager> toolman;
   owbtest::RecordingOutput output;

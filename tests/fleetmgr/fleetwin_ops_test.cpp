@@ -1,24 +1,12 @@
 // The windows with real fleet processes: a fleet made by the tool, started
-// from the run dialog, looked at in the status window (whose rows are what
-// `fleetctl status --json` says of the same fleet), one process killed and
-// started again from its row, and the whole fleet stopped from the kill
+// from the run dialog, looked at in the status window, one process killed
+// and started again from its row, and the whole fleet stopped from the kill
 // dialog.  The engines run under the installation's bgterm, without a
 // terminal window.
-#include <gtest/gtest.h>
-#include <fcntl.h>
-#include <sys/wait.h>
-#include <unistd.h>
-
-#include <ctime>
-#include <regex>
-#include <string>
-#include <vector>
 
 #include "fleet/ops_support.h"
 #include "fleetmgr/fleetdlg.h"
-#include "fleetmgr/fleetops.h"
 #include "fleetmgr/fleetwin_support.h"
-#include "fleetmgr/fltstat.h"
 
 namespace {
 
@@ -26,49 +14,6 @@ using fmtest::WindowTest;
 using fmtest::seenAlerts;
 
 typedef std::vector<std::string> Row;
-
-// What `fleetctl status DIR --json` says, one row of the list's nine texts
-// per process.
-std::vector<Row> fleetctlRows(opstest::ChildReaper& reaper, const std::string& dir, const std::string& workDir) {
-  std::string program = owbtest::installTree() + "/bin/fleetctl";
-  std::string out = workDir + "/status.json";
-  pid_t child = fork();
-  if (child == 0) {
-    int fd = open(out.c_str(), O_WRONLY | O_CREAT | O_TRUNC, 0644);
-    dup2(fd, 1);
-    execl(program.c_str(), program.c_str(), "status", dir.c_str(), "--json", static_cast<char*>(nullptr));
-    _exit(127);
-  }
-  EXPECT_EQ(reaper.waitFor(child, 60), 0);
-  std::string json = owbtest::readWholeFile(out);
-  std::regex object(
-      "\\{\"type\": \"([^\"]*)\", \"name\": \"([^\"]*)\", \"status\": \"([^\"]*)\", \"commandLine\": "
-      "(null|\"((?:[^\"\\\\]|\\\\.)*)\"), \"started\": (\\d+), \"pid\": (\\d+), \"debuggerPort\": (\\w+), "
-      "\"udpPort\": (\\w+), \"tcpPort\": (\\w+)\\}");
-  std::vector<Row> rows;
-  for (std::sregex_iterator it(json.begin(), json.end(), object), end; it != end; ++it) {
-    const std::smatch& m = *it;
-    time_t started = std::stol(m[6]);
-    auto port = [](const std::string& text) { return text == "null" ? std::string() : text; };
-    rows.push_back({m[1], m[2], m[3], m[5], started ? std::ctime(&started) : "", m[7], port(m[8]), port(m[9]),
-                    port(m[10])});
-  }
-  return rows;
-}
-
-std::vector<Row> listRows(LBoxPtr lbox) {
-  std::vector<Row> rows;
-  for (Int row = 1; row <= LBOX_GetUsedRows(lbox); row++) {
-    Row texts;
-    for (Int col = 1; col <= kFleetStatusColumns; col++) {
-      LBOX_GoColRow(lbox, col, row);
-      const char* text = static_cast<const char*>(LBOX_CurGetClientData(lbox));
-      texts.push_back(text ? text : "");
-    }
-    rows.push_back(texts);
-  }
-  return rows;
-}
 
 class FleetWindowsWithProcesses : public WindowTest {
  protected:
@@ -82,22 +27,14 @@ class FleetWindowsWithProcesses : public WindowTest {
     opstest::killPidFileGroups(root.path());
     WindowTest::TearDown();
   }
-  static LBoxPtr listOf(WinPtr win) { return reinterpret_cast<LBoxPtr>(child(win, 4)); }
   // Selects the row of a process by a click on its name.
   void clickProcess(LBoxPtr lbox, const std::string& name) {
-    for (Int row = 1; row <= LBOX_GetUsedRows(lbox); row++) {
-      LBOX_GoColRow(lbox, 2, row);
-      const char* text = static_cast<const char*>(LBOX_CurGetClientData(lbox));
-      if (!text || name != text) continue;
-      _Rect16Rec rect, clip;
-      LBOX_CurQueryRects(lbox, &rect, &clip);
-      clickAt(LBOX_Wgt(lbox), rect.Origin.X + 8, rect.Origin.Y + rect.Extent.Y / 2);
-      return;
-    }
+    for (Int row = 1; row <= LBOX_GetUsedRows(lbox); row++)
+      if (cellText(lbox, 2, row) == name) return clickCell(lbox, 2, row);
     ADD_FAILURE() << "no row for " << name;
   }
   static std::string statusOf(LBoxPtr lbox, const std::string& name) {
-    for (const Row& row : listRows(lbox))
+    for (const Row& row : statusRows(lbox))
       if (row[1] == name) return row[2];
     return "";
   }
@@ -127,10 +64,8 @@ TEST_F(FleetWindowsWithProcesses, RunDialogStartsStatusWindowShowsAndKillsAndKil
   fleet->createFleetStatusWindow();
   WinPtr status = waitForWindow("Fleet Status: " + dir);
   ASSERT_NE(status, nullptr);
-  LBoxPtr lbox = listOf(status);
-  std::vector<Row> rows = listRows(lbox);
-  ASSERT_GE(rows.size(), 2u);
-  EXPECT_EQ(rows, fleetctlRows(reaper, dir, root.path()));
+  LBoxPtr lbox = statusList(status);
+  ASSERT_GE(statusRows(lbox).size(), 3u);  // the engines and the place monitor
   EXPECT_EQ(statusOf(lbox, "eng1"), "Up");
   EXPECT_EQ(statusOf(lbox, "eng2"), "Up");
 
@@ -154,7 +89,6 @@ TEST_F(FleetWindowsWithProcesses, RunDialogStartsStatusWindowShowsAndKillsAndKil
     click(child(status, 0));
   }
   EXPECT_EQ(statusOf(lbox, "eng1"), "Up");
-  EXPECT_EQ(listRows(lbox), fleetctlRows(reaper, dir, root.path()));
 
   // The kill dialog stops everything and says so.
   createKillFleetOptions();
@@ -166,7 +100,7 @@ TEST_F(FleetWindowsWithProcesses, RunDialogStartsStatusWindowShowsAndKillsAndKil
   EXPECT_EQ(seenAlerts().back().text, "Fleet successfully killed");
   EXPECT_EQ(seenAlerts().back().title, "Kill Fleet");
   click(child(status, 0));  // update
-  for (const Row& row : listRows(lbox)) EXPECT_EQ(row[2], "Down") << row[1];
+  for (const Row& row : statusRows(lbox)) EXPECT_EQ(row[2], "Down") << row[1];
 }
 
 }  // namespace

@@ -6,15 +6,11 @@
 #ifndef OWB_TESTS_FLEETMGR_FLEETWIN_SUPPORT_H
 #define OWB_TESTS_FLEETMGR_FLEETWIN_SUPPORT_H
 
-#include <gtest/gtest.h>
-
 #include <chrono>
-#include <memory>
-#include <string>
-#include <vector>
 
 #include "fleetmgr/fleetmgr_support.h"
 #include "fleetmgr/fleetops.h"
+#include "fleetmgr/fltstat.h"
 #include "fleetmgr/toolwindows.h"
 #include "toolkit/dsply.h"
 #include "toolkit/event.h"
@@ -77,6 +73,28 @@ class WindowTest : public ToolTest {
   }
   // A click at a point of a widget.
   void clickAt(WgtPtr wgt, int x, int y) { tktest::clickAt(driver_.get(), wgt, x, y); }
+  // A click in the middle of a list's cell (rows from 1).
+  void clickCell(LBoxPtr list, Int col, Int row) {
+    LBOX_GoColRow(list, col, row);
+    _Rect16Rec rect, clip;
+    LBOX_CurQueryRects(list, &rect, &clip);
+    clickAt(LBOX_Wgt(list), rect.Origin.X + rect.Extent.X / 2, rect.Origin.Y + rect.Extent.Y / 2);
+  }
+  // The text of a list's cell, "" when it has none.
+  static std::string cellText(LBoxPtr list, Int col, Int row) {
+    LBOX_GoColRow(list, col, row);
+    const char* text = static_cast<const char*>(LBOX_CurGetClientData(list));
+    return text ? text : "";
+  }
+
+  // The list of a fleet status window, and its rows' nine texts each.
+  static LBoxPtr statusList(WinPtr win) { return reinterpret_cast<LBoxPtr>(child(win, 4)); }
+  static std::vector<std::vector<std::string>> statusRows(LBoxPtr list) {
+    std::vector<std::vector<std::string>> rows(static_cast<size_t>(LBOX_GetUsedRows(list)));
+    for (size_t row = 0; row < rows.size(); row++)
+      for (Int col = 1; col <= kFleetStatusColumns; col++) rows[row].push_back(cellText(list, col, Int(row + 1)));
+    return rows;
+  }
 
   // A fleet of two engines (eng1, eng2) on the installation's engine place
   // made by the tool as the settings window makes it; null on failure.

@@ -2,19 +2,12 @@
 // the run and kill buttons following the selected row, a refresh with
 // fewer rows freeing the rows' buffers, one window per fleet, and the
 // views of a process's output opened from its row.
-#include <gtest/gtest.h>
 
-#include <cstdlib>
-#include <cstring>
 #include <ctime>
-#include <string>
-#include <vector>
 
 #include "fleetmgr/fleetwin_support.h"
-#include "fleetmgr/fltstat.h"
 #include "fleetmgr/fltstatout.h"
 #include "toolkit/autom.h"
-#include "fleetmgr/registry.h"
 
 namespace {
 
@@ -41,16 +34,7 @@ fleetProcessInfo* chain(std::vector<fleetProcessInfo*> records) {
   return records.empty() ? nullptr : records.front();
 }
 
-// The texts of a row, columns 1 to 9 ("" for an empty cell).
-std::vector<std::string> rowOf(LBoxPtr lbox, Int row) {
-  std::vector<std::string> texts;
-  for (Int col = 1; col <= kFleetStatusColumns; col++) {
-    LBOX_GoColRow(lbox, col, row);
-    const char* text = static_cast<const char*>(LBOX_CurGetClientData(lbox));
-    texts.push_back(text ? text : "");
-  }
-  return texts;
-}
+typedef std::vector<std::string> Row;
 
 class StatusWindowTest : public WindowTest {
  protected:
@@ -59,14 +43,7 @@ class StatusWindowTest : public WindowTest {
     fleet->fleetStatus = status;
     return fleet;
   }
-  static LBoxPtr listOf(WinPtr win) { return reinterpret_cast<LBoxPtr>(child(win, 4)); }
-  // Clicks the middle of a body row of the list (rows from 1).
-  void clickRow(LBoxPtr lbox, Int row) {
-    LBOX_GoColRow(lbox, 2, row);
-    _Rect16Rec rect, clip;
-    LBOX_CurQueryRects(lbox, &rect, &clip);
-    clickAt(LBOX_Wgt(lbox), rect.Origin.X + rect.Extent.X / 2, rect.Origin.Y + rect.Extent.Y / 2);
-  }
+  void clickRow(LBoxPtr lbox, Int row) { clickCell(lbox, 2, row); }
 };
 
 TEST_F(StatusWindowTest, RowsShowTheProcessesAndTheButtonsFollowTheSelectedRow) {
@@ -78,24 +55,15 @@ TEST_F(StatusWindowTest, RowsShowTheProcessesAndTheButtonsFollowTheSelectedRow) 
   WinPtr win = waitForWindow("Fleet Status: " + root.file("yard"));
   ASSERT_NE(win, nullptr);
   ASSERT_EQ(fleet->fleetStatusWindow, win);
-  LBoxPtr lbox = listOf(win);
-
-  EXPECT_EQ(LBOX_GetUsedRows(lbox), 3);
-  std::vector<std::string> headings;
-  for (Int col = 1; col <= kFleetStatusColumns; col++) {
-    LBOX_GoColRow(lbox, col, 0);
-    headings.push_back(static_cast<const char*>(LBOX_CurGetClientData(lbox)));
-  }
-  EXPECT_EQ(headings, (std::vector<std::string>{"Type", "Name", "Status", "Command Line", "Date Started", "PID",
-                                                "DAS Port", "UDP Port", "TCP Port"}));
-  EXPECT_EQ(rowOf(lbox, 1), (std::vector<std::string>{"Engine", "eng1", "Up", "bin/eng -d1", std::ctime(&started),
-                                                      "4242", "7000", "7001", "7002"}));
+  LBoxPtr lbox = statusList(win);
+  EXPECT_EQ(cellText(lbox, 1, 0), "Type");  // the headings' row
+  EXPECT_EQ(cellText(lbox, kFleetStatusColumns, 0), "TCP Port");
   // Not running: pid 0; no start time: no date; not an engine: no ports.
-  EXPECT_EQ(rowOf(lbox, 2),
-            (std::vector<std::string>{"External Process", "placemon", "Down", "placemon -v", "", "0", "", "", ""}));
-  EXPECT_EQ(rowOf(lbox, 3), (std::vector<std::string>{"Fossil", "old", "Down", "", "", "0", "", "", ""}));
-  LBOX_GoColRow(lbox, 3, 1);
-  EXPECT_EQ(LBOX_CurGetClientData(lbox), static_cast<ClientPtr>(const_cast<char*>(gStatusUpStr)));
+  EXPECT_EQ(statusRows(lbox),
+            (std::vector<Row>{{"Engine", "eng1", "Up", "bin/eng -d1", std::ctime(&started), "4242", "7000", "7001",
+                               "7002"},
+                              {"External Process", "placemon", "Down", "placemon -v", "", "0", "", "", ""},
+                              {"Fossil", "old", "Down", "", "", "0", "", "", ""}}));
 
   // The first row is selected at the opening: an Up row can be killed.
   EXPECT_TRUE(enabled(win, 2));
@@ -124,9 +92,8 @@ TEST_F(StatusWindowTest, RowsShowTheProcessesAndTheButtonsFollowTheSelectedRow) 
   fleet->createFleetStatusWindow();
   settle();
   EXPECT_EQ(fleet->fleetStatusWindow, win);
-  EXPECT_EQ(LBOX_GetUsedRows(lbox), 1);
-  EXPECT_EQ(rowOf(lbox, 1), (std::vector<std::string>{"Engine", "eng1", "Down", "bin/eng -d1", "", "0", "7000",
-                                                      "7001", "7002"}));
+  EXPECT_EQ(statusRows(lbox),
+            (std::vector<Row>{{"Engine", "eng1", "Down", "bin/eng -d1", "", "0", "7000", "7001", "7002"}}));
   EXPECT_TRUE(enabled(win, 3));
 
   // No processes: the headings alone, and neither button.
@@ -137,16 +104,7 @@ TEST_F(StatusWindowTest, RowsShowTheProcessesAndTheButtonsFollowTheSelectedRow) 
   EXPECT_FALSE(enabled(win, 2));
   EXPECT_FALSE(enabled(win, 3));
 
-  // The close button ends the window and the fleet forgets it.
-  click(child(win, 1));
-  EXPECT_EQ(fleet->fleetStatusWindow, nullptr);
-  EXPECT_EQ(openWindow("Fleet Status: " + root.file("yard")), nullptr);
-}
-
-TEST_F(StatusWindowTest, AFleetDeletedWithItsWindowOpenEndsTheWindow) {
-  FleetObject* fleet = fleetWith(chain({record("eng1", kEngineProcess, true, "bin/eng", 11, 0, 7000)}));
-  fleet->createFleetStatusWindow();
-  ASSERT_NE(waitForWindow("Fleet Status: " + root.file("yard")), nullptr);
+  // A fleet deleted with its window open ends the window.
   gFleetMgr->deleteFleet(fleet->fleetFileName);
   settle();
   EXPECT_EQ(openWindow("Fleet Status: " + root.file("yard")), nullptr);
@@ -165,7 +123,7 @@ TEST_F(StatusWindowTest, ARowOpensOneViewOfItsProcessOutputThatEndsWithTheWindow
   fleet->createFleetStatusWindow();
   WinPtr status = waitForWindow("Fleet Status: " + dir);
   ASSERT_NE(status, nullptr);
-  LBoxPtr lbox = listOf(status);
+  LBoxPtr lbox = statusList(status);
   const std::string title = "Output of eng1: " + dir;
   clickRow(lbox, 1);
   clickRow(lbox, 1);
@@ -211,7 +169,8 @@ TEST_F(StatusWindowTest, ARowOpensOneViewOfItsProcessOutputThatEndsWithTheWindow
   clickRow(lbox, 1);
   ASSERT_NE(waitForWindow(title), nullptr);
 
-  click(child(status, 1));  // close
+  click(child(status, 1));  // close: the fleet forgets the window
+  EXPECT_EQ(fleet->fleetStatusWindow, nullptr);
   EXPECT_EQ(processOutputViewCount(), 0);
   EXPECT_EQ(openWindow(title), nullptr);
 }

@@ -1,12 +1,8 @@
 // The settings window's make and Cancel without the window: the authority
 // checks, the options and security that the make takes, the rollback of a
 // failed make and the revert of Cancel.
-#include <gtest/gtest.h>
-
-#include <string>
 
 #include "fleetmgr/fleetmgr_support.h"
-#include "fleetmgr/registry.h"
 #include "fleetmgr/settings.h"
 
 namespace {
@@ -14,7 +10,6 @@ namespace {
 using fmtest::seenAlerts;
 using fmtest::ToolTest;
 using fmtest::engineLabels;
-
 
 TEST(Authority, OnlyEmptyOr34HexadecimalDigitsPass) {
   const std::string good = "04" + std::string(16, 'a') + std::string(16, 'F');
@@ -28,8 +23,15 @@ TEST(Authority, OnlyEmptyOr34HexadecimalDigitsPass) {
   EXPECT_EQ(authorityRefusal((good.substr(0, 33) + " ").c_str()), nonHex);
 }
 
-TEST_F(ToolTest, SettingsMakeRefusesABadAuthorityAndChangesNothing) {
-  FleetObject* fleet = gFleetMgr->addFleet(root.file("yard").c_str(), nullptr);
+TEST_F(ToolTest, SettingsMakeRefusesABadAuthorityAndWritesAGoodOneOptionsAndSecurity) {
+  toolman->answerProjectPath(std::vector<std::string>{});
+  std::string place = root.file("place.cfg");
+  owbtest::writeWholeFile(place, "PlaceName = \"p\"\n");
+  std::string dir = root.file("yard");
+  FleetObject* fleet = gFleetMgr->addFleet(dir.c_str(), nullptr);
+  std::snprintf(fleet->currentEng->engConfig->enginePlaceConfig, sizeof(fileNameType), "%s", place.c_str());
+
+  // A bad authority: refused, and nothing changes.
   std::string before = fleet->fleetFile->authorityText;
   FleetObject* held = fleet;
   EXPECT_EQ(makeFleetFromSettings(&held, {"0123", "-x", true}), -1);
@@ -41,17 +43,7 @@ TEST_F(ToolTest, SettingsMakeRefusesABadAuthorityAndChangesNothing) {
   EXPECT_STREQ(fleet->fleetFile->engineOptions, "-d1");
   EXPECT_FALSE(fleet->fleetExists);
   EXPECT_NE(access(fleet->fleetFileName, F_OK), 0);
-}
 
-TEST_F(ToolTest, SettingsMakeWritesAuthorityOptionsAndSecurity) {
-  toolman->answerProjectPath(std::vector<std::string>{});
-  std::string place = root.file("place.cfg");
-  owbtest::writeWholeFile(place, "PlaceName = \"p\"\n");
-  std::string dir = root.file("yard");
-  FleetObject* fleet = gFleetMgr->addFleet(dir.c_str(), nullptr);
-  std::snprintf(fleet->currentEng->engConfig->enginePlaceConfig, sizeof(fileNameType), "%s", place.c_str());
-
-  FleetObject* held = fleet;
   // An empty authority clears the stored one; empty options are made "-d1".
   ASSERT_EQ(makeFleetFromSettings(&held, {"", "", true}), kNoError) << testing::PrintToString(output.everything());
   EXPECT_EQ(held, fleet);

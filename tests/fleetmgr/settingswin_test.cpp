@@ -6,27 +6,19 @@
 // saves each window there as a PNG (with "-200" at OWB_DPI=192; give the
 // server room with OWB_XVFB_SCREEN=2560x1600).
 #include <dirent.h>
-#include <sys/stat.h>
 
-#include <cstdlib>
 #include <deque>
 #include <functional>
-#include <map>
-#include <string>
 
 #include "fleetmgr/fieldtext.h"
 #include "fleetmgr/fleetdlg_add.h"
 #include "fleetmgr/settings.h"
-#include "fleetmgr/fleetmgr_support.h"
-#include "fleetmgr/registry.h"
 #include "fleetmgr/settingsfile.h"
 #include "fleetmgr/settingsui.h"
 #include "shared/ui/resources.h"
 #include "shared/ui/uiglobals.h"
 #include "fleetmgr/fleetwin_support.h"
-#include "tests/toolkit/tk_fixture.h"
 #include "toolkit/cbox.h"
-#include "toolkit/lbox.h"
 
 namespace {
 
@@ -75,18 +67,6 @@ class SettingsWindowTest : public fmtest::WindowTest {
   void clickUntil(WgtPtr w, const std::function<bool()>& done) {
     click(w);
     EXPECT_TRUE(tktest::runUntil(done));
-  }
-  // Clicks the cell (col, row) of a list.
-  void clickCell(LBoxPtr list, Int col, Int row) {
-    LBOX_GoColRow(list, col, row);
-    _Rect16Rec rect, clip;
-    LBOX_CurQueryRects(list, &rect, &clip);
-    clickAt(LBOX_Wgt(list), rect.Origin.X + rect.Extent.X / 2, rect.Origin.Y + rect.Extent.Y / 2);
-  }
-  static std::string cell(LBoxPtr list, Int col, Int row) {
-    LBOX_GoColRow(list, col, row);
-    auto* text = static_cast<const char*>(LBOX_CurGetClientData(list));
-    return text ? text : "<none>";
   }
   static void shot(WinPtr win, const std::string& name) {
     const char* dir = std::getenv("FLEETMGR_SHOTS");
@@ -234,33 +214,33 @@ TEST_F(SettingsWindowTest, EnginePlaceConfigurationComposedWithOneEntryOfEachKin
   ASSERT_TRUE(shown(dlg));
   EXPECT_EQ(std::string(WIN_GetLabel(dlg)), "Engine Configuration file " + cfg);
   LBoxPtr list = listAt(winRes(dlg), {2, 0});
-  EXPECT_EQ(cell(list, 1, 0), "Filename");
+  EXPECT_EQ(cellText(list, 1, 0), "Filename");
 
   chosenFiles() = {"/lib/boot.s"};
   click(at(dlg, {0, 1}));
   chosenFiles() = {"pre1.s", "pre2.wcp"};
   click(at(dlg, {2, 1}));
   click(at(dlg, {2, 1}));
-  EXPECT_EQ(cell(list, 1, 1), "pre2.wcp");
+  EXPECT_EQ(cellText(list, 1, 1), "pre2.wcp");
 
-  clickUntil(at(dlg, {1, 1}), [&] { return cell(list, 1, 1) == "<none>"; });
+  clickUntil(at(dlg, {1, 1}), [&] { return cellText(list, 1, 1).empty(); });
   chosenFiles() = {"auto.s"};
   click(at(dlg, {2, 1}));
-  EXPECT_EQ(cell(list, 1, 1), "auto.s");
+  EXPECT_EQ(cellText(list, 1, 1), "auto.s");
 
   // An environment variable through its dialog.
-  clickUntil(at(dlg, {1, 2}), [&] { return cell(list, 2, 0) == "Variable Value"; });
+  clickUntil(at(dlg, {1, 2}), [&] { return cellText(list, 2, 0) == "Variable Value"; });
   click(at(dlg, {2, 1}));
   WinPtr env = keep(waitForWindow("Environment Variable"));
   ASSERT_TRUE(shown(env));
   fieldSetText(childAt(winRes(env), {1}), "PLACE_HOME");
   fieldSetText(childAt(winRes(env), {2}), "/srv/place");
   clickUntil(at(env, {3}), [&] { return WIN_GetState(env) == WIN_STATETERMINATED; });
-  EXPECT_EQ(cell(list, 1, 1), "PLACE_HOME");
-  EXPECT_EQ(cell(list, 2, 1), "/srv/place");
+  EXPECT_EQ(cellText(list, 1, 1), "PLACE_HOME");
+  EXPECT_EQ(cellText(list, 2, 1), "/srv/place");
 
   // A configuration option: refused while its value is wrong, then added.
-  clickUntil(at(dlg, {1, 3}), [&] { return cell(list, 3, 0) == "Value"; });
+  clickUntil(at(dlg, {1, 3}), [&] { return cellText(list, 3, 0) == "Value"; });
   click(at(dlg, {2, 1}));
   WinPtr opt = keep(waitForWindow("Configuration Option"));
   ASSERT_TRUE(shown(opt));
@@ -282,12 +262,12 @@ TEST_F(SettingsWindowTest, EnginePlaceConfigurationComposedWithOneEntryOfEachKin
   EXPECT_NE(WIN_GetState(opt), WIN_STATETERMINATED);
   fieldSetText(childAt(winRes(opt), {2}), " - 7");
   clickUntil(at(opt, {3}), [&] { return WIN_GetState(opt) == WIN_STATETERMINATED; });
-  EXPECT_EQ(cell(list, 1, 1), "Integer");
-  EXPECT_EQ(cell(list, 2, 1), "RegionPort");
-  EXPECT_EQ(cell(list, 3, 1), "-7");
+  EXPECT_EQ(cellText(list, 1, 1), "Integer");
+  EXPECT_EQ(cellText(list, 2, 1), "RegionPort");
+  EXPECT_EQ(cellText(list, 3, 1), "-7");
 
   // An external process, and one removed again.
-  clickUntil(at(dlg, {1, 4}), [&] { return cell(list, 1, 0) == "Symbolic Name"; });
+  clickUntil(at(dlg, {1, 4}), [&] { return cellText(list, 1, 0) == "Symbolic Name"; });
   for (const char* name : {"monitor", "spare"}) {
     click(at(dlg, {2, 1}));
     WinPtr ext = keep(waitForWindow("External Process"));
@@ -299,7 +279,7 @@ TEST_F(SettingsWindowTest, EnginePlaceConfigurationComposedWithOneEntryOfEachKin
   EXPECT_EQ(gFleetMgr->configFile->extProcsList.totalElements, 2);
   clickCell(list, 1, 1);  // "spare", the newest
   clickUntil(at(dlg, {2, 2}), [&] { return gFleetMgr->configFile->extProcsList.totalElements == 1; });
-  EXPECT_EQ(cell(list, 1, 1), "monitor");
+  EXPECT_EQ(cellText(list, 1, 1), "monitor");
 
   clickUntil(at(dlg, {3}), [&] { return fleet->engConfigDlg == nullptr; });
   std::string text = owbtest::readWholeFile(cfg);
@@ -356,12 +336,10 @@ TEST_F(SettingsWindowTest, PicturesOfEachWindow) {
   gFleetMgr->configFile = new EngConfigFile(root.file("place.cfg").c_str());
   addBootScriptFile("/home/user/lib/preboot.s");
   std::snprintf(gFleetMgr->configFile->engPlaceBootScript, sizeof(Str255), "%s", "/home/user/lib/boot.s");
-  char type[] = "Integer", keyword[] = "RegionPort", value[] = "7000";
-  char* option[] = {type, keyword, value, nullptr};
-  addConfigOption(option);
-  char type2[] = "Boolean", keyword2[] = "Verbose", value2[] = "true";
-  char* option2[] = {type2, keyword2, value2, nullptr};
-  addConfigOption(option2);
+  const char* integer[] = {"Integer", "RegionPort", "7000", nullptr};
+  const char* boolean[] = {"Boolean", "Verbose", "true", nullptr};
+  for (const char** option : {integer, boolean})
+    gFleetMgr->configFile->configOptions.include(new StringTupleItem(option));
   gFleetMgr->currentFleet = fleet;
   WinPtr dlg = fleet->engConfigDlg = createNewEnginePlaceConfigDialog();
   ASSERT_TRUE(shown(dlg));

@@ -1,5 +1,5 @@
-// A test Tool Manager: a loopback listener that records every message and
-// tickle sent to it, byte for byte, answers GCPP when told to and GSAT
+// A test Tool Manager: a loopback listener that records every message
+// sent to it, byte for byte, answers GCPP when told to and GSAT
 // with no tools, and sends messages to a tool.  It runs on its own thread
 // and uses only the wire codec of the message library, so it never shares
 // the tool's globals (message center, log) with the code under test.
@@ -16,9 +16,9 @@
 #include <atomic>
 #include <chrono>
 #include <cstring>
-#include <functional>
 #include <mutex>
 #include <optional>
+#include <ostream>
 #include <string>
 #include <thread>
 #include <vector>
@@ -32,7 +32,9 @@ namespace fmtest {
 struct WireParam {
   TypeIdent type;
   std::string bytes;  // exactly the parameter's bytes on the wire
+  bool operator==(const WireParam& other) const { return type == other.type && bytes == other.bytes; }
 };
+typedef std::vector<WireParam> WireParams;
 
 struct WireMessage {
   MessageHeader header;
@@ -42,12 +44,10 @@ struct WireMessage {
   // The text of a parameter up to its first NUL.
   std::string text(size_t i) const { return std::string(params.at(i).bytes.c_str()); }
   int32_t number(size_t i) const {
-    const std::string& b = params.at(i).bytes;
-    if (b.size() != 4) return INT32_MIN;
-    return static_cast<int32_t>((static_cast<uint32_t>(static_cast<uint8_t>(b[0])) << 24) |
-                                (static_cast<uint32_t>(static_cast<uint8_t>(b[1])) << 16) |
-                                (static_cast<uint32_t>(static_cast<uint8_t>(b[2])) << 8) |
-                                static_cast<uint32_t>(static_cast<uint8_t>(b[3])));
+    uint32_t n = 0;
+    if (params.at(i).bytes.size() != 4) return INT32_MIN;
+    std::memcpy(&n, params.at(i).bytes.data(), 4);
+    return static_cast<int32_t>(ntohl(n));
   }
 };
 
@@ -55,6 +55,14 @@ inline std::string typeText(TypeIdent type) {
   char text[5] = {static_cast<char>(type >> 24), static_cast<char>(type >> 16), static_cast<char>(type >> 8),
                   static_cast<char>(type), 0};
   return text;
+}
+inline void PrintTo(const WireParam& param, std::ostream* out) {
+  *out << typeText(param.type) << " (" << param.bytes.size() << " bytes) \"" << param.bytes << "\"";
+}
+// Text with its terminating NUL, and a number in the wire's four bytes.
+inline std::string nul(const std::string& text) { return text + std::string(1, '\0'); }
+inline std::string wireLong(uint32_t n) {
+  return {static_cast<char>(n >> 24), static_cast<char>(n >> 16), static_cast<char>(n >> 8), static_cast<char>(n)};
 }
 
 // A CMDS message as the Tool Manager sends it: the command's text (null
@@ -122,23 +130,19 @@ class TestToolManager {
       if (message.type() == type) found.push_back(message);
     return found;
   }
-  int tickles() const { return tickles_; }
   void clear() {
     std::lock_guard<std::mutex> lock(mutex_);
     messages_.clear();
   }
 
-  // Waits until condition holds of the recorded messages.
-  bool waitFor(const std::function<bool(const std::vector<WireMessage>&)>& condition, double seconds = 10) {
+  // Waits until count messages of type have come.
+  bool waitForCount(TypeIdent type, size_t count, double seconds = 10) {
     auto deadline = std::chrono::steady_clock::now() + std::chrono::duration<double>(seconds);
-    while (std::chrono::steady_clock::now() < deadline) {
-      if (condition(messages())) return true;
+    while (messagesOf(type).size() < count) {
+      if (std::chrono::steady_clock::now() > deadline) return false;
       std::this_thread::sleep_for(std::chrono::milliseconds(10));
     }
-    return condition(messages());
-  }
-  bool waitForCount(TypeIdent type, size_t count, double seconds = 10) {
-    return waitFor([&](const std::vector<WireMessage>&) { return messagesOf(type).size() >= count; }, seconds);
+    return true;
   }
 
   // Sends message to a tool's listener, as coming from this Tool Manager.
@@ -199,11 +203,7 @@ class TestToolManager {
   }
 
   void record(const std::string& bytes) {
-    if (bytes == "TIKL") {
-      ++tickles_;
-      return;
-    }
-    if (bytes.size() < kMessageHeaderWireSize) return;
+    if (bytes.size() < kMessageHeaderWireSize) return;  // a tickle
     WireMessage message;
     decodeMessageHeader(reinterpret_cast<const uint8_t*>(bytes.data()), &message.header);
     size_t offset = kMessageHeaderWireSize;
@@ -237,7 +237,6 @@ class TestToolManager {
   int listener_ = -1;
   int port_ = 0;
   std::atomic<bool> stopping_{false};
-  std::atomic<int> tickles_{0};
   mutable std::mutex mutex_;
   std::vector<WireMessage> messages_;
   std::optional<std::vector<std::string>> projectAnswer_;

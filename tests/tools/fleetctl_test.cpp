@@ -1,21 +1,15 @@
-// fleetctl as a real process: exit statuses, output and alerts.
+// fleetctl as a real process: exit statuses, output and alerts of each
+// command, and a demo fleet made, run, looked at, killed, backed up,
+// restored and removed from the shell.
 #include <gtest/gtest.h>
-#include <fcntl.h>
-#include <signal.h>
-#include <sys/stat.h>
-#include <sys/wait.h>
-#include <unistd.h>
 
-#include <cstdlib>
-#include <string>
-#include <vector>
-
-#include "testsupport.h"
+#include "fleet/ops_support.h"
 
 namespace {
 
+using opstest::eventually;
+using opstest::fileExistsNow;
 using owbtest::readWholeFile;
-using owbtest::TempDir;
 using owbtest::writeWholeFile;
 
 struct Outcome {
@@ -26,42 +20,37 @@ struct Outcome {
 
 std::string fleetctlPath() { return owbtest::installTree() + "/bin/fleetctl"; }
 
-// Runs fleetctl with args in directory, capturing both streams in files.
-Outcome runFleetctl(const std::vector<std::string>& args, const std::string& directory) {
-  std::string outFile = directory + "/.stdout";
-  std::string errFile = directory + "/.stderr";
+// Runs the installation's fleetctl with args in directory, both streams
+// into files; the reaper collects its status (and adopts what it leaves
+// running).
+Outcome fleetctl(opstest::ChildReaper& reaper, const std::string& directory, std::vector<std::string> args) {
+  std::string outFile = directory + "/.stdout", errFile = directory + "/.stderr";
+  std::string program = fleetctlPath();
+  std::vector<char*> argv{program.data()};
+  for (std::string& arg : args) argv.push_back(arg.data());
+  argv.push_back(nullptr);
   pid_t child = fork();
   if (child == 0) {
     if (chdir(directory.c_str()) != 0) _exit(126);
-    int out = open(outFile.c_str(), O_WRONLY | O_CREAT | O_TRUNC, 0644);
-    int err = open(errFile.c_str(), O_WRONLY | O_CREAT | O_TRUNC, 0644);
-    dup2(out, 1);
-    dup2(err, 2);
-    std::vector<char*> argv;
-    std::string program = fleetctlPath();
-    argv.push_back(program.data());
-    for (const std::string& arg : args) argv.push_back(const_cast<char*>(arg.c_str()));
-    argv.push_back(nullptr);
+    dup2(open(outFile.c_str(), O_WRONLY | O_CREAT | O_TRUNC, 0644), 1);
+    dup2(open(errFile.c_str(), O_WRONLY | O_CREAT | O_TRUNC, 0644), 2);
     execv(program.c_str(), argv.data());
     _exit(127);
   }
-  int status = 0;
-  waitpid(child, &status, 0);
+  int status = reaper.waitFor(child, 120);
   return {WIFEXITED(status) ? WEXITSTATUS(status) : -1, readWholeFile(outFile), readWholeFile(errFile)};
 }
 
 class Fleetctl : public testing::Test {
  protected:
   void SetUp() override {
-    struct stat info;
-    ASSERT_TRUE(stat(fleetctlPath().c_str(), &info) == 0 && S_ISREG(info.st_mode) && access(fleetctlPath().c_str(), X_OK) == 0)
-        << "build the fleetctl target first: " << fleetctlPath();
     mkdir(tmp_.file("demo").c_str(), 0777);
     mkdir(tmp_.file("demo/eng1").c_str(), 0777);
   }
-  Outcome run(const std::vector<std::string>& args) { return runFleetctl(args, tmp_.path()); }
+  Outcome run(const std::vector<std::string>& args) { return fleetctl(reaper_, tmp_.path(), args); }
 
-  TempDir tmp_;
+  opstest::ChildReaper reaper_;
+  owbtest::TempDir tmp_;
   owbtest::ScopedEnv owb_{"OWB", std::string("/opt/owb")};
 };
 
@@ -119,11 +108,14 @@ TEST_F(Fleetctl, UsageErrorsGiveStatusTwo) {
   for (const std::vector<std::string>& args : std::vector<std::vector<std::string>>{
            {}, {"frobnicate", "demo"}, {"check"}, {"check", "a", "b"}, {"check", "demo", "--json"},
            {"config", "demo"}, {"config", "demo", "eng1", "--json=yes"}, {"run"}, {"make", "a", "b"},
-           {"status", "demo", "--tree"}, {"remove", "demo", "--force"}}) {
+           {"status", "demo", "--tree"}, {"remove", "demo", "--force"}, {"new", "f", "--engine", "9lives"},
+           {"new", "f", "--engine", "a", "--engine", "A"}, {"new", "f", "--base-port", "80"},
+           {"new", "f", "--authority", "xyz"}, {"new", "f", "--security", "maybe"}, {"run", "f", "--cold=yes"}}) {
     Outcome r = run(args);
-    EXPECT_EQ(r.status, 2) << (args.empty() ? "" : args[0]);
+    EXPECT_EQ(r.status, 2) << testing::PrintToString(args);
     EXPECT_NE(r.err, "");
   }
+  EXPECT_FALSE(fileExistsNow(tmp_.file("f")));
   Outcome help = run({"--help"});
   EXPECT_EQ(help.status, 0);
   for (const char* command : {"new", "make", "run", "kill", "status", "backup", "restore", "remove", "check", "config", "logs"})
@@ -184,13 +176,11 @@ TEST_F(Fleetctl, LogsFollowPrintsWhatIsAppendedUntilInterrupted) {
   fcntl(pipeEnds[0], F_SETFL, O_NONBLOCK);
   std::string seen;
   auto seenEventually = [&](const std::string& text) {
-    for (int i = 0; i < 500 && seen.find(text) == std::string::npos; ++i) {
+    return eventually([&] {
       char buffer[256];
-      ssize_t n = read(pipeEnds[0], buffer, sizeof buffer);
-      if (n > 0) seen.append(buffer, static_cast<size_t>(n));
-      else usleep(10000);
-    }
-    return seen.find(text) != std::string::npos;
+      for (ssize_t n; (n = read(pipeEnds[0], buffer, sizeof buffer)) > 0;) seen.append(buffer, static_cast<size_t>(n));
+      return seen.find(text) != std::string::npos;
+    }, 5);
   };
   EXPECT_TRUE(seenEventually("old 2\n"));
   {
@@ -202,10 +192,88 @@ TEST_F(Fleetctl, LogsFollowPrintsWhatIsAppendedUntilInterrupted) {
   writeWholeFile(out, "restarted\n");  // cut short: printed from its start
   EXPECT_TRUE(seenEventually("new 3\nrestarted\n"));
   kill(child, SIGINT);
-  int status = 0;
-  waitpid(child, &status, 0);
-  EXPECT_TRUE(WIFSIGNALED(status));
+  EXPECT_TRUE(WIFSIGNALED(reaper_.waitFor(child, 20)));
   close(pipeEnds[0]);
+}
+
+TEST(FleetctlOps, DemoFleetFromTheShell) {
+  opstest::ChildReaper reaper;
+  opstest::FleetSandbox sandbox;
+  auto run = [&](std::vector<std::string> args) { return fleetctl(reaper, sandbox.root(), args); };
+  const long base = opstest::freeBasePort(8);
+  ASSERT_NE(base, 0);
+  const std::string port = std::to_string(base);
+  const std::string fleet = sandbox.fleetDir("demo");
+
+  Outcome made = run({"new", "demo", "--engine", "alpha", "--engine", "beta", "--base-port", port, "--no-authority"});
+  ASSERT_EQ(made.status, 0) << made.err;
+  EXPECT_EQ(made.out, "alpha " + std::to_string(base + 6) + "\nbeta " + std::to_string(base + 14) + "\n");
+  EXPECT_EQ(run({"new", "demo"}).status, 1);  // exists already
+  EXPECT_EQ(run({"make", "demo"}).out, made.out);
+
+  Outcome ran = run({"run", "demo"});
+  ASSERT_EQ(ran.status, 0) << ran.err;
+  ASSERT_TRUE(eventually([&] {
+    return fileExistsNow(fleet + "/alpha.pid") && fileExistsNow(fleet + "/beta.pid") &&
+           fileExistsNow(fleet + "/placemon.pid");
+  }));
+
+  Outcome json = run({"status", "demo", "--json"});
+  ASSERT_EQ(json.status, 0);
+  EXPECT_NE(json.out.find("{\"type\": \"Engine\", \"name\": \"alpha\", \"status\": \"Up\""), std::string::npos);
+  EXPECT_NE(json.out.find("\"debuggerPort\": " + std::to_string(base + 6) + ", \"udpPort\": " + port +
+                          ", \"tcpPort\": " + std::to_string(base + 2) + "}"),
+            std::string::npos);
+  EXPECT_NE(json.out.find("\"type\": \"External Process\", \"name\": \"placemon\", \"status\": \"Up\""),
+            std::string::npos);
+  EXPECT_NE(json.out.find("\"debuggerPort\": null, \"udpPort\": null, \"tcpPort\": null}"), std::string::npos);
+  Outcome table = run({"status", "demo", "--engines-only"});
+  EXPECT_EQ(table.out.substr(0, table.out.find('\n')).find("Type"), 0u);
+  EXPECT_NE(table.out.find("DAS Port  UDP Port  TCP Port"), std::string::npos);
+  EXPECT_EQ(table.out.find("placemon"), std::string::npos);
+
+  Outcome busyBackup = run({"backup", "demo"});
+  EXPECT_EQ(busyBackup.status, 1);
+  EXPECT_EQ(busyBackup.err,
+            "Cannot Backup the Fleet: One or more fleet processes are running.  You must stop the fleet first.\n");
+
+  Outcome killed = run({"kill", "demo", "--cleanup"});
+  ASSERT_EQ(killed.status, 0) << killed.err;
+  EXPECT_FALSE(fileExistsNow(fleet + "/alpha.pid"));
+  EXPECT_FALSE(fileExistsNow(fleet + "/placemon.out"));
+  Outcome down = run({"status", "demo", "--json", "--process", "beta"});
+  EXPECT_EQ(down.out,
+            "[\n  {\"type\": \"Engine\", \"name\": \"beta\", \"status\": \"Down\", \"commandLine\": null, "
+            "\"started\": 0, \"pid\": 0, \"debuggerPort\": 0, \"udpPort\": 0, \"tcpPort\": 0}\n]\n");
+
+  EXPECT_EQ(run({"backup", "demo", "--tag", "first"}).status, 0);
+  EXPECT_TRUE(fileExistsNow(fleet + "/first/beta/db/state"));
+  EXPECT_EQ(run({"backup", "demo", "--tag", "../outside"}).status, 2);
+  EXPECT_EQ(run({"restore", "demo"}).status, 1);  // no backup of the default tag
+  EXPECT_EQ(run({"restore", "demo", "--tag", "first"}).status, 0);
+
+  EXPECT_EQ(run({"remove", "demo"}).status, 0);
+  EXPECT_FALSE(fileExistsNow(fleet));
+  EXPECT_TRUE(eventually([] { return opstest::childProcesses().empty(); }));
+}
+
+TEST(FleetctlOps, MissingPrerequisites) {
+  opstest::ChildReaper reaper;
+  opstest::FleetSandbox sandbox;
+  auto run = [&](std::vector<std::string> args) { return fleetctl(reaper, sandbox.root(), args); };
+  Outcome noFleet = run({"run", "nothing"});
+  EXPECT_EQ(noFleet.status, 1);
+  EXPECT_EQ(noFleet.err, "ERROR: Unable to read the fleet's definition\n");
+  {
+    owbtest::ScopedEnv noDisplay("DISPLAY", std::nullopt);
+    Outcome blind = run({"run", "nothing"});
+    EXPECT_EQ(blind.status, 1);
+    EXPECT_EQ(blind.err.substr(0, blind.err.find(':')), "Cannot Run the Fleet");
+  }
+  EXPECT_EQ(run({"kill", "nothing"}).status, 1);
+  Outcome gone = run({"remove", "nothing"});
+  EXPECT_EQ(gone.status, 0);
+  EXPECT_EQ(gone.err, "Heads Up: The fleet does not exist\n");
 }
 
 }  // namespace

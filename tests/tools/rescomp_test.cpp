@@ -4,7 +4,6 @@
 
 #include <sstream>
 
-#include "tests/testsupport.h"
 #include "tests/toolkit/tktest.h"
 
 namespace {

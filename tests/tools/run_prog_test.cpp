@@ -1,12 +1,8 @@
 // run_prog under a terminal: the command gets a terminal of its own that
 // run_prog relays to the window and into the fleet's .out file, and the
 // pid file names the command.
-#include <fcntl.h>
 #include <gtest/gtest.h>
 #include <poll.h>
-#include <termios.h>
-
-#include <string>
 
 #include "fleet/ops_support.h"
 

@@ -1,30 +1,15 @@
 // toolman as a real process: a tool in this test process registers with it,
 // asks it questions, and is driven by it through `toolman --send`.
-#include <fcntl.h>
-#include <signal.h>
-#include <sys/prctl.h>
-#include <sys/wait.h>
-#include <unistd.h>
 
 #include <gtest/gtest.h>
 
-#include <chrono>
-#include <cstdio>
-#include <cstring>
-#include <fstream>
-#include <functional>
-#include <memory>
-#include <string>
-#include <thread>
-#include <vector>
-
+#include "fleet/ops_support.h"
 #include "shared/globals.h"
 #include "shared/log.h"
 #include "shared/messages.h"
 #include "shared/tcpxport.h"
 #include "shared/toolrequests.h"
 #include "shared/utils.h"
-#include "testsupport.h"
 
 namespace {
 
@@ -42,19 +27,20 @@ struct Seen {
   int quits = 0;
 } gSeen;
 
-ErrorCode commandSelected(Message* message, Message*) {
+std::string stringParam(const Message* message, short n) {
   char text[1024];
-  message->getStringParam(0, text, sizeof text);
-  gSeen.commandLabel = text;
-  message->getStringParam(3, text, sizeof text);
-  gSeen.commandFile = text;
+  message->getStringParam(n, text, sizeof text);
+  return text;
+}
+
+ErrorCode commandSelected(Message* message, Message*) {
+  gSeen.commandLabel = stringParam(message, 0);
+  gSeen.commandFile = stringParam(message, 3);
   return kNoError;
 }
 
 ErrorCode identifyFile(Message* message, Message* reply) {
-  char path[1024];
-  message->getStringParam(0, path, sizeof path);
-  bool isFleet = std::strstr(path, ".flt") != nullptr;
+  bool isFleet = stringParam(message, 0).find(".flt") != std::string::npos;
   reply->addBooleanParam(isFleet);
   if (isFleet) {
     reply->addStringParam(kParamStr31, "fleet");
@@ -70,18 +56,13 @@ ErrorCode quitCommand(Message*, Message*) {
 }
 
 ErrorCode helpViewer(Message* message, Message*) {
-  char text[256];
-  message->getStringParam(0, text, sizeof text);
-  gSeen.helpViewer = text;
+  gSeen.helpViewer = stringParam(message, 0);
   return kNoError;
 }
 
 ErrorCode helpItem(Message* message, Message*) {
-  char text[256];
-  message->getStringParam(0, text, sizeof text);
-  gSeen.helpLabel = text;
-  message->getStringParam(1, text, sizeof text);
-  gSeen.helpDocument = text;
+  gSeen.helpLabel = stringParam(message, 0);
+  gSeen.helpDocument = stringParam(message, 1);
   gSeen.helpItems++;
   return kNoError;
 }
@@ -97,9 +78,7 @@ class ToolmanTest : public ::testing::Test {
   void SetUp() override {
     prctl(PR_SET_CHILD_SUBREAPER, 1);
     gSeen = Seen();
-    ASSERT_EQ(system(("mkdir -p " + project + "/sub && touch " + project + "/a.flt " + project +
-                      "/sub/x.txt")
-                         .c_str()),
+    ASSERT_EQ(system(("mkdir -p " + project + "/sub && touch " + project + "/a.flt " + project + "/sub/x.txt").c_str()),
               0);
     startToolman();
     forgetToolManagerPort();
@@ -125,11 +104,9 @@ class ToolmanTest : public ::testing::Test {
     toolman = startProgram({toolmanPath(), "--port", std::to_string(wanted), "--project", project,
                             "--help-viewer", "myviewer", "--help-item", "Guide=/doc/guide.html"},
                            home.file("toolman.out"));
-    for (int waited = 0; waited < 5000 && port == 0; waited += 10) {
-      port = std::atoi(owbtest::readWholeFile(home.path() + "/.owb/owbport").c_str());
-      if (port == 0) std::this_thread::sleep_for(std::chrono::milliseconds(10));
-    }
-    ASSERT_GT(port, 0) << owbtest::readWholeFile(home.file("toolman.out"));
+    ASSERT_TRUE(opstest::eventually(
+        [&] { return (port = std::atoi(owbtest::readWholeFile(home.path() + "/.owb/owbport").c_str())) > 0; }, 5))
+        << owbtest::readWholeFile(home.file("toolman.out"));
   }
 
   void TearDown() override {
@@ -145,20 +122,14 @@ class ToolmanTest : public ::testing::Test {
         EXPECT_EQ(send({"exit"}).first, 0);
       }
       int status = 0;
-      for (int waited = 0; waited < 5000; waited += 10) {
-        if (waitpid(toolman, &status, WNOHANG) == toolman) {
-          EXPECT_TRUE(WIFEXITED(status) && WEXITSTATUS(status) == 0);
-          toolman = -1;
-          break;
-        }
-        std::this_thread::sleep_for(std::chrono::milliseconds(10));
-      }
-      if (toolman > 0) {
+      if (opstest::eventually([&] { return waitpid(toolman, &status, WNOHANG) == toolman; }, 5)) {
+        EXPECT_TRUE(WIFEXITED(status) && WEXITSTATUS(status) == 0);
+      } else {
         ADD_FAILURE() << "toolman did not end on exit";
         kill(toolman, SIGKILL);
         waitpid(toolman, nullptr, 0);
-        toolman = -1;
       }
+      toolman = -1;
     }
   }
 
@@ -217,13 +188,28 @@ class ToolmanTest : public ::testing::Test {
   }
 
   std::string toolmanOutput() const { return owbtest::readWholeFile(home.file("toolman.out")); }
-};
 
-std::string stringParam(const Message* message, short n) {
-  char text[1024];
-  message->getStringParam(n, text, sizeof text);
-  return text;
-}
+  // What GWIN answers for a window type: whether a place is kept, its id
+  // and its eight bytes.
+  struct PlaceAnswer {
+    bool found = false;
+    int32_t id = 0;
+    std::string rect;
+  };
+  PlaceAnswer askPlace(TypeIdent type) {
+    Message* getPlace = new Message(OWB_TYPE("GWIN"), nullptr);
+    getPlace->addIdentParam(type);
+    auto reply = ask(getPlace);
+    PlaceAnswer answer;
+    EXPECT_NE(reply, nullptr);
+    if (!reply) return answer;
+    EXPECT_EQ(reply->getParamCount(), 4);
+    reply->getBooleanParam(1, &answer.found);
+    reply->getLongParam(3, &answer.id);
+    answer.rect.assign(reply->getParam(2), static_cast<size_t>(reply->getParamLength(2)));
+    return answer;
+  }
+};
 
 TEST_F(ToolmanTest, RegistryAndListsComeFromWhatToolsSent) {
   registerTestTool();
@@ -253,13 +239,11 @@ TEST_F(ToolmanTest, RegistryAndListsComeFromWhatToolsSent) {
 
   auto tools = send({"tools"});
   EXPECT_EQ(tools.first, 0);
-  EXPECT_NE(tools.second.find("testtool  type TSTT  shows source yes"), std::string::npos)
-      << tools.second;
+  EXPECT_NE(tools.second.find("testtool  type TSTT  shows source yes"), std::string::npos) << tools.second;
   EXPECT_NE(tools.second.find("program /bin/testtool"), std::string::npos);
   auto lists = send({"commands testtool", "engines", "files"});
   EXPECT_EQ(lists.first, 0);
-  EXPECT_NE(lists.second.find("testtool: \"Run Fleet\"  acts on a file  file type FLTF"),
-            std::string::npos)
+  EXPECT_NE(lists.second.find("testtool: \"Run Fleet\"  acts on a file  file type FLTF"), std::string::npos)
       << lists.second;
   EXPECT_NE(lists.second.find("myhost:7002\n"), std::string::npos);
   EXPECT_EQ(lists.second.find("myhost:7001"), std::string::npos);
@@ -284,36 +268,23 @@ bool chooseElsewhere(const char*, char* result) {
   return true;
 }
 
-struct PlaceAnswer {
-  bool found = false;
-  int32_t id = 0;
-  std::string rect;
-};
-
-// Window places given back outlive the Tool Manager: a restarted one hands
-// them out again, skipping lines of its file that do not read as places.
-TEST_F(ToolmanTest, WindowPlacesOutliveARestart) {
-  auto askPlace = [&](TypeIdent type) {
-    Message* getPlace = new Message(OWB_TYPE("GWIN"), nullptr);
-    getPlace->addIdentParam(type);
-    auto reply = ask(getPlace);
-    PlaceAnswer answer;
-    if (!reply) return answer;
-    reply->getBooleanParam(1, &answer.found);
-    reply->getLongParam(3, &answer.id);
-    answer.rect.assign(reply->getParam(2), static_cast<size_t>(reply->getParamLength(2)));
-    return answer;
-  };
+// A window type without a place gets an id; the place given back with it
+// is kept in a file, from which a restarted Tool Manager hands it out
+// again, skipping lines that do not read as places.
+TEST_F(ToolmanTest, WindowPlacesAreKeptAndOutliveARestart) {
+  PlaceAnswer none = askPlace(OWB_TYPE("WIN1"));
+  EXPECT_FALSE(none.found);
+  ASSERT_GT(none.id, 0);
   const char rect[8] = {0, 10, 0, 20, 1, 0, 2, 0};
   Message* givePlace = new Message(OWB_TYPE("UWIN"), nullptr);
   givePlace->addIdentParam(OWB_TYPE("WIN1"));
   givePlace->addParam(kParamData, rect, 8);
-  givePlace->addLongParam(7);
+  givePlace->addLongParam(none.id);
   tell(givePlace);
   std::string placesFile = home.path() + "/.owb/owbplaces";
-  for (int waited = 0; waited < 3000 && owbtest::readWholeFile(placesFile).empty(); waited += 10)
-    std::this_thread::sleep_for(std::chrono::milliseconds(10));
-  EXPECT_EQ(owbtest::readWholeFile(placesFile), "57494e31 7 10,20,256,512\n");
+  const std::string line = "57494e31 " + std::to_string(none.id) + " 10,20,256,512\n";
+  EXPECT_TRUE(opstest::eventually([&] { return owbtest::readWholeFile(placesFile) == line; }, 3))
+      << owbtest::readWholeFile(placesFile);
 
   endToolman();
   std::ofstream(placesFile, std::ios::app) << "zzzz\n57494e32 0 1,2,3,4\n57494e32 5 1,2,3,70000\n"
@@ -324,7 +295,7 @@ TEST_F(ToolmanTest, WindowPlacesOutliveARestart) {
   gToolManToolInfo.listenerPort = getToolManagerPort();
   PlaceAnswer kept = askPlace(OWB_TYPE("WIN1"));
   EXPECT_TRUE(kept.found);
-  EXPECT_EQ(kept.id, 7);
+  EXPECT_EQ(kept.id, none.id);
   EXPECT_EQ(kept.rect, std::string(rect, 8));
   EXPECT_FALSE(askPlace(OWB_TYPE("WIN2")).found);
   PlaceAnswer last = askPlace(OWB_TYPE("WIN3"));  // the last line, without its newline
@@ -335,7 +306,7 @@ TEST_F(ToolmanTest, WindowPlacesOutliveARestart) {
   EXPECT_GT(fresh.id, 12);
 }
 
-TEST_F(ToolmanTest, PathsWindowPlacesAndPicker) {
+TEST_F(ToolmanTest, PathsPickerAndProjectPlace) {
   std::unique_ptr<char[]> resolved(makeFullPath("sub/x.txt", &gToolManToolInfo, FALSE));
   ASSERT_NE(resolved, nullptr);
   EXPECT_EQ(std::string(resolved.get()), project + "/sub/x.txt");
@@ -356,38 +327,7 @@ TEST_F(ToolmanTest, PathsWindowPlacesAndPicker) {
   ASSERT_NE(resolved, nullptr);
   EXPECT_STREQ(resolved.get(), "/elsewhere/z.txt");
   auto status = send({"status"});
-  EXPECT_NE(status.second.find("search path " + project + "/sub /elsewhere\n"), std::string::npos)
-      << status.second;
-
-  Message* getPlace = new Message(OWB_TYPE("GWIN"), nullptr);
-  getPlace->addIdentParam(OWB_TYPE("WIN1"));
-  auto first = ask(getPlace);
-  ASSERT_NE(first, nullptr);
-  ASSERT_EQ(first->getParamCount(), 4);
-  bool found = true;
-  int32_t id = 0;
-  first->getBooleanParam(1, &found);
-  first->getLongParam(3, &id);
-  EXPECT_FALSE(found);
-  EXPECT_GT(id, 0);
-
-  const char rect[8] = {0, 10, 0, 20, 1, 0, 2, 0};
-  Message* givePlace = new Message(OWB_TYPE("UWIN"), nullptr);
-  givePlace->addIdentParam(OWB_TYPE("WIN1"));
-  givePlace->addParam(kParamData, rect, 8);
-  givePlace->addLongParam(id);
-  tell(givePlace);
-  getPlace = new Message(OWB_TYPE("GWIN"), nullptr);
-  getPlace->addIdentParam(OWB_TYPE("WIN1"));
-  auto second = ask(getPlace);
-  ASSERT_NE(second, nullptr);
-  int32_t sameId = 0;
-  second->getBooleanParam(1, &found);
-  second->getLongParam(3, &sameId);
-  EXPECT_TRUE(found);
-  EXPECT_EQ(sameId, id);
-  ASSERT_EQ(second->getParamLength(2), 8);
-  EXPECT_EQ(std::memcmp(second->getParam(2), rect, 8), 0);
+  EXPECT_NE(status.second.find("search path " + project + "/sub /elsewhere\n"), std::string::npos) << status.second;
 
   auto picker = ask(new Message(OWB_TYPE("GCFP"), nullptr));
   ASSERT_NE(picker, nullptr);
@@ -405,6 +345,21 @@ TEST_F(ToolmanTest, PathsWindowPlacesAndPicker) {
   fileNameType directory;
   extractPathname(stringParam(place.get(), 1).c_str(), directory);
   EXPECT_EQ(std::string(directory), project);
+
+  // `project DIR` moves the Tool Manager to another directory: the old
+  // project's files go, files added by ADDF elsewhere stay; a directory
+  // that is not there is refused and changes nothing.
+  ASSERT_EQ(system(("mkdir -p " + home.path() + "/other && touch " + home.path() + "/other/o.txt").c_str()), 0);
+  Message* addFile = new Message(OWB_TYPE("ADDF"), nullptr);
+  addFile->addStringParam(kParamStr255, "/elsewhere/kept.txt");
+  tell(addFile);
+  auto moved = send({"project " + home.path() + "/other", "files"});
+  EXPECT_EQ(moved.first, 0) << moved.second;
+  EXPECT_NE(moved.second.find(home.path() + "/other/o.txt"), std::string::npos) << moved.second;
+  EXPECT_NE(moved.second.find("/elsewhere/kept.txt"), std::string::npos) << moved.second;
+  EXPECT_EQ(moved.second.find("a.flt"), std::string::npos) << moved.second;
+  EXPECT_EQ(send({"project " + home.path() + "/missing"}).first, 1);
+  EXPECT_NE(send({"status"}).second.find("project " + home.path() + "/other\n"), std::string::npos);
 }
 
 TEST_F(ToolmanTest, UserCommandsReachTheTool) {
@@ -419,8 +374,7 @@ TEST_F(ToolmanTest, UserCommandsReachTheTool) {
 
   auto asked = send({"idfl testtool a.flt", "idfl testtool sub/x.txt", "files FLTF"});
   EXPECT_EQ(asked.first, 0) << asked.second;
-  EXPECT_NE(asked.second.find("a fleet file of testtool, type FLTF: Fleet definition files"),
-            std::string::npos)
+  EXPECT_NE(asked.second.find("a fleet file of testtool, type FLTF: Fleet definition files"), std::string::npos)
       << asked.second;
   EXPECT_NE(asked.second.find(project + "/sub/x.txt: not a file of testtool"), std::string::npos);
   EXPECT_NE(asked.second.find("FLTF  " + project + "/a.flt\n"), std::string::npos);
@@ -467,16 +421,13 @@ TEST_F(ToolmanTest, HelpIsCompleteAndSendFailsFastWithoutToolman) {
 
   owbtest::TempDir elsewhere;
   owbtest::ScopedEnv otherHome("HOME", elsewhere.path());
-  ASSERT_EQ(system(("mkdir -p " + elsewhere.path() + "/.owb && echo 1 > " + elsewhere.path() +
-                    "/.owb/owbport")
-                       .c_str()),
+  ASSERT_EQ(system(("mkdir -p " + elsewhere.path() + "/.owb && echo 1 > " + elsewhere.path() + "/.owb/owbport").c_str()),
             0);
   auto start = std::chrono::steady_clock::now();
   auto lonely = send({"tools"});
   EXPECT_EQ(lonely.first, 2);
   EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::seconds(3));
-  EXPECT_NE(lonely.second.find("no toolman answers at port 1"), std::string::npos)
-      << lonely.second;
+  EXPECT_NE(lonely.second.find("no toolman answers at port 1"), std::string::npos) << lonely.second;
 }
 
 // The local address of the TCP socket listening at port, as /proc/net/tcp
@@ -547,42 +498,16 @@ TEST_F(ToolmanTest, ListensOnLoopbackAndBoundsItsTables) {
   EXPECT_NE(status.second.find("tools 128, engines 512,"), std::string::npos) << status.second.substr(0, 400);
   EXPECT_NE(status.second.find(" /flood/63\n"), std::string::npos) << status.second.substr(0, 400);
   EXPECT_EQ(status.second.find(" /flood/64"), std::string::npos);
-  size_t commands = 0, placesOfA = 0, places = 0;
-  for (size_t at = status.second.find("testtool: \""); at != std::string::npos;
-       at = status.second.find("testtool: \"", at + 1))
-    ++commands;
-  for (size_t at = status.second.find("  id "); at != std::string::npos; at = status.second.find("  id ", at + 1))
-    ++places;
-  for (size_t at = status.second.find("WINA  id "); at != std::string::npos;
-       at = status.second.find("WINA  id ", at + 1))
-    ++placesOfA;
-  EXPECT_EQ(commands, 64u);
-  EXPECT_EQ(placesOfA, 32u);
-  EXPECT_EQ(places, 32u + 63u);  // 64 window types in all
+  auto count = [&](const std::string& text) {
+    size_t n = 0;
+    for (size_t at = status.second.find(text); at != std::string::npos; at = status.second.find(text, at + 1)) ++n;
+    return n;
+  };
+  EXPECT_EQ(count("testtool: \""), 64u);
+  EXPECT_EQ(count("WINA  id "), 32u);
+  EXPECT_EQ(count("  id "), 32u + 63u);  // 64 window types in all
   EXPECT_NE(status.second.find("WINA  id 1039 "), std::string::npos);  // the latest stay
   EXPECT_EQ(status.second.find("WINA  id 1007 "), std::string::npos);
-}
-
-}  // namespace
-
-namespace {
-
-// `project DIR` moves the Tool Manager to another directory: the old
-// project's files go, files added by ADDF elsewhere stay; a directory that
-// is not there is refused and changes nothing.
-TEST_F(ToolmanTest, ProjectCommandMovesToAnotherDirectory) {
-  ASSERT_EQ(system(("mkdir -p " + home.path() + "/other && touch " + home.path() + "/other/o.txt").c_str()), 0);
-  Message* addFile = new Message(OWB_TYPE("ADDF"), nullptr);
-  addFile->addStringParam(kParamStr255, "/elsewhere/kept.txt");
-  tell(addFile);
-  auto moved = send({"project " + home.path() + "/other", "files"});
-  EXPECT_EQ(moved.first, 0) << moved.second;
-  EXPECT_NE(moved.second.find(home.path() + "/other/o.txt"), std::string::npos) << moved.second;
-  EXPECT_NE(moved.second.find("/elsewhere/kept.txt"), std::string::npos) << moved.second;
-  EXPECT_EQ(moved.second.find("a.flt"), std::string::npos) << moved.second;
-  auto refused = send({"project " + home.path() + "/missing"});
-  EXPECT_EQ(refused.first, 1);
-  EXPECT_NE(send({"status"}).second.find("project " + home.path() + "/other\n"), std::string::npos);
 }
 
 }  // namespace

@@ -3,31 +3,16 @@
 // drives it with real pointer and key events.
 #include <gtest/gtest.h>
 
-#include <arpa/inet.h>
-#include <fcntl.h>
 #include <poll.h>
-#include <netinet/in.h>
-#include <sys/prctl.h>
-#include <sys/socket.h>
-#include <sys/wait.h>
-#include <unistd.h>
 
-#include <chrono>
-#include <cstdlib>
-#include <map>
-#include <sstream>
-#include <string>
-#include <thread>
-#include <vector>
+#include <functional>
 
+#include "fleet/ops_support.h"
 #include "shared/globals.h"
 #include "shared/log.h"
 #include "shared/messages.h"
 #include "shared/utils.h"
-#include "tests/testsupport.h"
-#include "tests/xvfb_support.h"
-
-#include <X11/Xutil.h>
+#include "tests/fleetmgr/screen.h"
 
 namespace {
 
@@ -35,86 +20,9 @@ using owbtest::readWholeFile;
 
 std::string toolmanPath() { return owbtest::buildDir() + "/tools/toolman"; }
 
-template <class Done>
-bool waitFor(Done done, int timeoutMs = 15000) {
-  auto deadline = std::chrono::steady_clock::now() + std::chrono::milliseconds(timeoutMs);
-  while (!done()) {
-    if (std::chrono::steady_clock::now() > deadline) return false;
-    std::this_thread::sleep_for(std::chrono::milliseconds(50));
-  }
-  return true;
-}
+bool waitFor(const std::function<bool()>& done) { return opstest::eventually(done, 15); }
 
-// One line of a window's widget description.
-struct WidgetLine {
-  std::string path, cls, state, text;
-  int x = 0, y = 0, w = 0, h = 0;
-};
-
-std::vector<WidgetLine> describe(Display* dpy, Window win) {
-  Atom prop = XInternAtom(dpy, "_OWB_WIDGETS", False);
-  std::vector<WidgetLine> lines;
-  Atom type;
-  int format;
-  unsigned long count = 0, after = 0;
-  unsigned char* data = nullptr;
-  if (XGetWindowProperty(dpy, win, prop, 0, 1 << 24, False, AnyPropertyType, &type, &format, &count, &after, &data) !=
-          Success ||
-      !data)
-    return lines;
-  std::istringstream in(std::string(reinterpret_cast<char*>(data), count));
-  XFree(data);
-  for (std::string row; std::getline(in, row);) {
-    std::vector<std::string> f;
-    size_t start = 0;
-    for (size_t tab; (tab = row.find('\t', start)) != std::string::npos; start = tab + 1)
-      f.push_back(row.substr(start, tab - start));
-    f.push_back(row.substr(start));
-    if (f.size() < 8) continue;
-    WidgetLine line{f[0], f[1], f[6], f[7]};
-    line.x = std::atoi(f[2].c_str());
-    line.y = std::atoi(f[3].c_str());
-    line.w = std::atoi(f[4].c_str());
-    line.h = std::atoi(f[5].c_str());
-    lines.push_back(line);
-  }
-  return lines;
-}
-
-// Top-level windows (children of the root, or of a frame) by their names.
-Window findWindow(Display* dpy, const std::string& name) {
-  Window root = DefaultRootWindow(dpy), parent, *children = nullptr;
-  unsigned count = 0;
-  Window found = 0;
-  if (!XQueryTree(dpy, root, &root, &parent, &children, &count)) return 0;
-  for (unsigned i = 0; i < count && !found; ++i) {
-    char* title = nullptr;
-    if (XFetchName(dpy, children[i], &title) && title) {
-      if (name == title) found = children[i];
-      XFree(title);
-    }
-  }
-  if (children) XFree(children);
-  return found;
-}
-
-std::vector<std::string> windowNames(Display* dpy) {
-  Window root = DefaultRootWindow(dpy), parent, *children = nullptr;
-  unsigned count = 0;
-  std::vector<std::string> names;
-  if (!XQueryTree(dpy, root, &root, &parent, &children, &count)) return names;
-  for (unsigned i = 0; i < count; ++i) {
-    XWindowAttributes attributes;
-    char* title = nullptr;
-    if (XGetWindowAttributes(dpy, children[i], &attributes) && attributes.map_state == IsViewable &&
-        XFetchName(dpy, children[i], &title) && title) {
-      names.push_back(title);
-      XFree(title);
-    }
-  }
-  if (children) XFree(children);
-  return names;
-}
+using owbtest::WidgetLine;
 
 // The cell of the files list (child 0) whose text is text; null for none.
 const WidgetLine* fileCell(const std::vector<WidgetLine>& lines, const std::string& text) {
@@ -129,14 +37,13 @@ class ToolmanWindowTest : public ::testing::Test {
   std::string project = home.path() + "/fleets";
   std::map<std::string, std::string> env;
   std::vector<pid_t> started;
-  Display* dpy = nullptr;
+  fmtest::Screen screen;
 
   void SetUp() override {
     prctl(PR_SET_CHILD_SUBREAPER, 1);
     auto& xvfb = owbtest::sharedXvfb();
     if (!xvfb.ok()) GTEST_SKIP() << "no Xvfb";
-    dpy = XOpenDisplay(xvfb.display().c_str());
-    ASSERT_NE(dpy, nullptr);
+    ASSERT_TRUE(screen.ok());
     env = {{"HOME", home.path()},
            {"DISPLAY", xvfb.display()},
            {"OWB", owbtest::installTree()},
@@ -148,7 +55,6 @@ class ToolmanWindowTest : public ::testing::Test {
   void TearDown() override {
     for (pid_t pid : started) kill(pid, SIGTERM);
     for (pid_t pid : started) waitpid(pid, nullptr, 0);
-    if (dpy) XCloseDisplay(dpy);
   }
 
   pid_t start(const std::vector<std::string>& args, const std::string& output) {
@@ -164,25 +70,14 @@ class ToolmanWindowTest : public ::testing::Test {
   Window openToolman(int wantedPort) {
     start({toolmanPath(), "--window", "--port", std::to_string(wantedPort), "--project", project}, "toolman.out");
     Window win = 0;
-    waitFor([&] { return (win = findWindow(dpy, "Tool Manager")) != 0 && !describe(dpy, win).empty(); });
+    waitFor([&] { return (win = screen.find("Tool Manager")) != 0 && !screen.widgets(win).empty(); });
     toolmanPort = std::atoi(readWholeFile(home.path() + "/.owb/owbport").c_str());
     return toolmanPort > 0 ? win : 0;
   }
 
-  // Sends the toolman's window a click at a point of its client area.
-  void clickAt(Window win, int x, int y, bool twice = false) {
-    owbtest::XTestDriver driver(DisplayString(dpy));
-    Window child;
-    int rootX = 0, rootY = 0;
-    XTranslateCoordinates(dpy, win, DefaultRootWindow(dpy), x, y, &rootX, &rootY, &child);
-    driver.click(rootX, rootY);
-    if (twice) driver.click(rootX, rootY);
-  }
-
   void keys(std::initializer_list<KeySym> syms) {
-    owbtest::XTestDriver driver(DisplayString(dpy));
     for (KeySym sym : syms) {
-      driver.key(sym);
+      screen.key(sym);
       std::this_thread::sleep_for(std::chrono::milliseconds(120));
     }
   }
@@ -199,53 +94,36 @@ TEST_F(ToolmanWindowTest, FleetStatusFromTheFileListAndQuitFromTheToolsMenu) {
   int port = 31000 + static_cast<int>(getpid() % 3000) * 3;
   Window win = openToolman(port);
   ASSERT_NE(win, 0u) << readWholeFile(home.file("toolman.out"));
-  std::vector<WidgetLine> lines = describe(dpy, win);
-  ASSERT_TRUE(waitFor([&] { return fileCell(lines = describe(dpy, win), "demo/demo.flt") != nullptr; }))
+  std::vector<WidgetLine> lines = screen.widgets(win);
+  ASSERT_TRUE(waitFor([&] { return fileCell(lines = screen.widgets(win), "demo/demo.flt") != nullptr; }))
       << readWholeFile(home.file("toolman.out"));
-  ASSERT_NE(fileCell(lines, "notes.txt"), nullptr);
 
   pid_t fleetmgr = start({owbtest::installTree() + "/bin/fleetmgr"}, "fleetmgr.out");
   // Registered, its commands installed, and the definition typed by its IDFL answer.
   ASSERT_TRUE(waitFor([&] {
-    lines = describe(dpy, win);
-    const WidgetLine* name = fileCell(lines, "demo/demo.flt");
-    if (!name) return false;
-    std::string typeCell = name->path.substr(0, name->path.find('/')) + "/2" +
-                           name->path.substr(name->path.find(','));
-    for (const WidgetLine& line : lines)
-      if (line.path == typeCell) return line.text == "fleet";
-    return false;
+    const WidgetLine* name = fileCell(lines = screen.widgets(win), "demo/demo.flt");
+    return name && screen.at(win, "0/2" + name->path.substr(name->path.find(','))).text == "fleet";
   })) << readWholeFile(home.file("toolman.out"));
-  const WidgetLine* notes = fileCell(lines, "notes.txt");
-  ASSERT_NE(notes, nullptr);
+  ASSERT_NE(fileCell(lines, "notes.txt"), nullptr);
 
   const WidgetLine* fleet = fileCell(lines, "demo/demo.flt");
-  clickAt(win, fleet->x + 10, fleet->y + fleet->h / 2);
-  ASSERT_TRUE(waitFor([&] {
-    auto now = describe(dpy, win);
-    const WidgetLine* cell = fileCell(now, "demo/demo.flt");
-    return cell && cell->state.find('S') != std::string::npos;
-  }));
+  ASSERT_TRUE(screen.click(win, fleet->path));
+  ASSERT_TRUE(waitFor([&] { return screen.at(win, fleet->path).has('S'); }));
 
   // F10 opens Tools on its first item, the Fleet Manager's; Right opens
   // that item's sub-menu, Right again the next menu of the bar, the Fleet
   // Manager's, whose fourth command is chosen.
-  std::vector<std::string> before = windowNames(dpy);
+  const std::string statusTitle = "Fleet Status: " + project + "/demo";
   keys({XK_F10, XK_Right, XK_Right, XK_Down, XK_Down, XK_Down, XK_Return});
-  ASSERT_TRUE(waitFor([&] {
-    return readWholeFile(home.file("toolman.out")).find("sent CMDS \"Fleet Status\"") != std::string::npos ||
-           windowNames(dpy).size() > before.size();
-  })) << readWholeFile(home.file("toolman.out"));
   // The Fleet Manager answers the choice with a window of its own.
-  ASSERT_TRUE(waitFor([&] { return windowNames(dpy).size() > before.size(); }))
-      << readWholeFile(home.file("fleetmgr.out"));
+  ASSERT_TRUE(waitFor([&] { return screen.find(statusTitle) != 0; }))
+      << readWholeFile(home.file("toolman.out")) << readWholeFile(home.file("fleetmgr.out"));
 
   // The status window closes on Escape; back in the Tool Manager's
   // window, Tools > Fleet Manager (port N) > Quit.
   keys({XK_Escape});
-  ASSERT_TRUE(waitFor([&] { return windowNames(dpy).size() == before.size(); }))
-      << readWholeFile(home.file("fleetmgr.out"));
-  clickAt(win, fleet->x + 10, fleet->y + fleet->h / 2);
+  ASSERT_TRUE(waitFor([&] { return screen.find(statusTitle) == 0; })) << readWholeFile(home.file("fleetmgr.out"));
+  ASSERT_TRUE(screen.click(win, fleet->path));
   keys({XK_F10, XK_Right, XK_q});
   int status = -1;
   ASSERT_TRUE(waitFor([&] { return waitpid(fleetmgr, &status, WNOHANG) == fleetmgr; }))
@@ -256,10 +134,6 @@ TEST_F(ToolmanWindowTest, FleetStatusFromTheFileListAndQuitFromTheToolsMenu) {
     return readWholeFile(home.file("toolman.out")).find("Fleet Manager does not answer") != std::string::npos;
   })) << readWholeFile(home.file("toolman.out"));
 }
-
-}  // namespace
-
-namespace {
 
 // A listener that takes connections into its backlog and never reads them:
 // a tool that hangs.
@@ -295,8 +169,6 @@ void registerTool(int toolmanPort, int port, const char* name) {
   center.sendMessage(regt);
 }
 
-}  // namespace
-
 // A tool that never answers IDFL, and a project of odd names: the window
 // lists every file, stays usable while the question times out, and asks
 // the silent tool nothing more once it has let one question go unanswered.
@@ -310,9 +182,8 @@ TEST_F(ToolmanWindowTest, ASilentToolAndOddNamesLeaveTheWindowUsable) {
   int port = 31000 + static_cast<int>(getpid() % 3000) * 3 + 1;
   Window win = openToolman(port);
   ASSERT_NE(win, 0u) << readWholeFile(home.file("toolman.out"));
-  std::vector<WidgetLine> lines;
   for (const char* shown : {"tab\\tname.txt", "caf\\xE9.txt", "quote\"back\\\\slash.txt"})
-    EXPECT_TRUE(waitFor([&] { return fileCell(lines = describe(dpy, win), shown) != nullptr; })) << shown;
+    EXPECT_TRUE(waitFor([&] { return fileCell(screen.widgets(win), shown) != nullptr; })) << shown;
 
   owbtest::ScopedEnv homeEnv("HOME", home.path());
   int silentPort = 0;
@@ -320,17 +191,11 @@ TEST_F(ToolmanWindowTest, ASilentToolAndOddNamesLeaveTheWindowUsable) {
   ASSERT_GE(silent, 0);
   registerTool(toolmanPort, silentPort, "Hanger");
   // While the question waits for its answer, a click still selects.
-  const WidgetLine* first = nullptr;
-  for (const WidgetLine& line : lines)
-    if (line.path == "0/1,1") first = &line;
-  ASSERT_NE(first, nullptr);
+  const WidgetLine first = screen.at(win, "0/1,1");
+  ASSERT_EQ(first.cls, "Cell");
   auto clickTime = std::chrono::steady_clock::now();
-  clickAt(win, first->x + 10, first->y + first->h / 2);
-  ASSERT_TRUE(waitFor([&] {
-    for (const WidgetLine& line : describe(dpy, win))
-      if (line.path == first->path) return line.state.find('S') != std::string::npos;
-    return false;
-  }));
+  screen.click(win, first.path);
+  ASSERT_TRUE(waitFor([&] { return screen.at(win, first.path).has('S'); }));
   EXPECT_LT(std::chrono::steady_clock::now() - clickTime, std::chrono::seconds(2));
   // One question went unanswered; no more are asked of the silent tool.
   // The question may come late on a busy machine: its connection waiting
@@ -354,8 +219,6 @@ TEST_F(ToolmanWindowTest, ASilentToolAndOddNamesLeaveTheWindowUsable) {
   EXPECT_LE(pending, 4);  // the question, and the probes of a tool that is still there
 }
 
-namespace {
-
 // The path field: a directory typed there and Return make it the project;
 // a directory that does not exist is refused with an alert and a line in
 // the message pane, and the project stays.
@@ -366,47 +229,35 @@ TEST_F(ToolmanWindowTest, TypingADirectoryInThePathFieldChangesTheProject) {
   int port = 31000 + static_cast<int>(getpid() % 3000) * 3 + 2;
   Window win = openToolman(port);
   ASSERT_NE(win, 0u) << readWholeFile(home.file("toolman.out"));
-  std::vector<WidgetLine> lines;
-  ASSERT_TRUE(waitFor([&] { return fileCell(lines = describe(dpy, win), "alpha.txt") != nullptr; }));
-  auto field = [&]() -> WidgetLine {
-    for (const WidgetLine& line : describe(dpy, win))
-      if (line.path == "3") return line;
-    return WidgetLine{};
-  };
+  ASSERT_TRUE(waitFor([&] { return fileCell(screen.widgets(win), "alpha.txt") != nullptr; }));
+  auto field = [&] { return screen.at(win, "3"); };
   WidgetLine path = field();
   ASSERT_EQ("TEd", path.cls);
   ASSERT_NE(std::string::npos, path.text.find("/fleets"));
 
   // Types text into the field in place of what it holds, then Return.
   auto typeInField = [&](const std::string& text) {
-    clickAt(win, path.x + 20, path.y + path.h / 2);
-    owbtest::XTestDriver driver(DisplayString(dpy));
-    driver.key(XK_a, XK_Control_L);
-    for (char c : text) {
-      if (c == '~') driver.key(XK_asciitilde, XK_Shift_L);
-      else driver.key(static_cast<KeySym>(static_cast<unsigned char>(c)));
-    }
-    driver.key(XK_Return);
+    ASSERT_TRUE(screen.typeInto(win, "3", text));
+    screen.key(XK_Return);
   };
 
   typeInField("~/nothere");
-  ASSERT_TRUE(waitFor([&] { return findWindow(dpy, "Change Project") != 0; }))
-      << readWholeFile(home.file("toolman.out"));
+  ASSERT_TRUE(waitFor([&] { return screen.find("Change Project") != 0; })) << readWholeFile(home.file("toolman.out"));
   keys({XK_Return});
-  ASSERT_TRUE(waitFor([&] { return findWindow(dpy, "Change Project") == 0; }));
+  ASSERT_TRUE(waitFor([&] { return screen.find("Change Project") == 0; }));
   ASSERT_TRUE(waitFor([&] {
-    for (const WidgetLine& line : describe(dpy, win))
+    for (const WidgetLine& line : screen.widgets(win))
       if (line.cls == "Cell" && line.path.compare(0, 2, "2/") == 0 &&
           line.text.find("no project directory " + home.path() + "/nothere") != std::string::npos)
         return true;
     return false;
   }));
-  EXPECT_NE(fileCell(describe(dpy, win), "alpha.txt"), nullptr);
+  EXPECT_NE(fileCell(screen.widgets(win), "alpha.txt"), nullptr);
   EXPECT_EQ(project, field().text);
 
   typeInField("~/other");
   EXPECT_TRUE(waitFor([&] {
-    lines = describe(dpy, win);
+    auto lines = screen.widgets(win);
     return fileCell(lines, "beta.txt") != nullptr && fileCell(lines, "alpha.txt") == nullptr;
   })) << readWholeFile(home.file("toolman.out"));
   EXPECT_EQ(home.path() + "/other", field().text);

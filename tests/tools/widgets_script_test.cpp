@@ -3,19 +3,9 @@
 // xdotool clicks, from processes of their own.
 #include <gtest/gtest.h>
 
-#include <signal.h>
-#include <stdlib.h>
-#include <sys/wait.h>
-#include <unistd.h>
-
-#include <chrono>
-#include <cstdio>
 #include <regex>
-#include <string>
-#include <thread>
 
 #include "fleet/ops_support.h"
-#include "tests/testsupport.h"
 #include "tests/xvfb_support.h"
 
 namespace {
