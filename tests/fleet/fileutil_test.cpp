@@ -53,7 +53,7 @@ TEST(FileUtil, EnsureDirMakesMissingParentsAndRefusesAFile) {
   EXPECT_EQ(out.everything().size(), 3u);  // the tests themselves are silent
 }
 
-TEST(FileUtil, CopyFileCopiesContentAndModesAndReportsEachFailure) {
+TEST(FileUtil, CopyFileAndCopyDirCopyContentAndModesAndReportEachFailure) {
   umask(022);
   TempDir tmp;
   RecordingOutput out;
@@ -69,6 +69,19 @@ TEST(FileUtil, CopyFileCopiesContentAndModesAndReportsEachFailure) {
   EXPECT_EQ(out.everything(),
             (std::vector<Entry>{{"Cannot Copy File", "Unable to open " + tmp.file("missing") + " to make a copy"},
                                 {"Cannot Copy File", "Unable to create or write " + tmp.file("nodir/d3")}}));
+
+  out.clear();
+  ASSERT_TRUE(ensureDir(tmp.file("tree/db/deep").c_str()));
+  writeWholeFile(tmp.file("tree/run.sh"), "#!/bin/sh\n");
+  chmod(tmp.file("tree/run.sh").c_str(), 0750);
+  writeWholeFile(tmp.file("tree/db/deep/data"), big);
+  EXPECT_TRUE(copyDir(tmp.file("tree").c_str(), tmp.file("copy").c_str()));
+  EXPECT_EQ(modeOf(tmp.file("copy/run.sh")), 0750u);
+  EXPECT_EQ(readWholeFile(tmp.file("copy/db/deep/data")), big);
+  EXPECT_TRUE(out.everything().empty());
+  EXPECT_FALSE(copyDir(tmp.file("nothing").c_str(), tmp.file("copy2").c_str()));
+  EXPECT_EQ(out.alerts,
+            (std::vector<Entry>{{"Cannot Copy Directory", "Failed to open directory " + tmp.file("nothing")}}));
 }
 
 TEST(FileUtil, EnsureCopyCopiesOnlyWhenTheTargetIsNotCurrent) {
@@ -109,7 +122,9 @@ TEST(FileUtil, EnsureCopyCopiesOnlyWhenTheTargetIsNotCurrent) {
                 {"Cannot Copy File", "Cannot find the source file " + tmp.file("src/sub/gone.cfg") + "\n"}}));
 }
 
-TEST(FileUtil, RemoveDirRemovesATreeAndIsQuietAboutAMissingOne) {
+// removeDir takes a tree and is quiet about a missing one; moveDir replaces
+// the destination, but not by itself.
+TEST(FileUtil, RemoveDirAndMoveDir) {
   TempDir tmp;
   RecordingOutput out;
   ASSERT_TRUE(ensureDir(tmp.file("tree/x/y").c_str()));
@@ -124,11 +139,8 @@ TEST(FileUtil, RemoveDirRemovesATreeAndIsQuietAboutAMissingOne) {
   writeWholeFile(tmp.file("plain"), "");
   EXPECT_FALSE(removeDir(tmp.file("plain").c_str()));
   EXPECT_EQ(out.alerts, (std::vector<Entry>{{"Failed to Remove Directory", tmp.file("plain")}}));
-}
 
-TEST(FileUtil, MoveDirReplacesTheDestinationButNotByItself) {
-  TempDir tmp;
-  RecordingOutput out;
+  out.clear();
   ASSERT_TRUE(ensureDir(tmp.file("a").c_str()));
   writeWholeFile(tmp.file("a/f"), "from a");
   ASSERT_TRUE(ensureDir(tmp.file("b").c_str()));
@@ -144,25 +156,6 @@ TEST(FileUtil, MoveDirReplacesTheDestinationButNotByItself) {
   // Two spellings of one path: the destination, which is the source, goes.
   EXPECT_FALSE(moveDir(tmp.file("b").c_str(), (tmp.path() + "/./b").c_str()));
   EXPECT_FALSE(dirExists(tmp.file("b").c_str()));
-}
-
-TEST(FileUtil, CopyDirCopiesATreeWithPermissions) {
-  umask(022);
-  TempDir tmp;
-  RecordingOutput out;
-  ASSERT_TRUE(ensureDir(tmp.file("src/db/deep").c_str()));
-  writeWholeFile(tmp.file("src/run.sh"), "#!/bin/sh\n");
-  chmod(tmp.file("src/run.sh").c_str(), 0750);
-  writeWholeFile(tmp.file("src/db/deep/data"), std::string(3000, 'd'));
-  EXPECT_TRUE(copyDir(tmp.file("src").c_str(), tmp.file("copy").c_str()));
-  EXPECT_EQ(readWholeFile(tmp.file("copy/run.sh")), "#!/bin/sh\n");
-  EXPECT_EQ(modeOf(tmp.file("copy/run.sh")), 0750u);
-  EXPECT_EQ(readWholeFile(tmp.file("copy/db/deep/data")), std::string(3000, 'd'));
-  EXPECT_TRUE(out.everything().empty());
-
-  EXPECT_FALSE(copyDir(tmp.file("nothing").c_str(), tmp.file("copy2").c_str()));
-  EXPECT_EQ(out.alerts,
-            (std::vector<Entry>{{"Cannot Copy Directory", "Failed to open directory " + tmp.file("nothing")}}));
 }
 
 TEST(FileUtil, ReadALineCutsAtTheLastNewlineThenTheLastCarriageReturn) {

@@ -3,8 +3,10 @@
 #include <gtest/gtest.h>
 #include <sys/stat.h>
 
+#include <algorithm>
 #include <string>
 
+#include "fleet/configlang.h"
 #include "fleet/eng_util.h"
 #include "fleet/launch.h"
 #include "fleet/mkfleet.h"
@@ -76,6 +78,30 @@ TEST(MakeFleet, WritesRegionEnginesAndPortsOfTwoEngines) {
                 "EngineLocation = \"B\"\nEngineIPAddress = \"127.0.0.1\"\nEnginePort = $NEW_ENG_PORT$\n" +
                 portLines + "\n# Loading installed OWB module configuration files:\n\n" + "include = m.cfg\n" +
                 "\n# Loading project configuration files:\n\n");
+  const auto& notes = sandbox.output.notes;
+  EXPECT_NE(std::find(notes.begin(), notes.end(), owbtest::RecordingOutput::Entry{"Allocated port", "RegionPort -> 6000"}),
+            notes.end());
+
+  // Read in use, each engine's port settings take their numbers from
+  // ports.cfg: "@" marks an environment setting.
+  auto portSettings = [&](const char* engine) {
+    configItem* records = nullptr;
+    EXPECT_TRUE(readConfigFile(fleet.c_str(), engine, &records, nullptr, nullptr));
+    std::string found;
+    for (configItem* item = records; item; item = item->next) {
+      std::string label = item->label ? item->label : "";
+      if (label == "RegionPort" || label == "EnginePort" || label == "EngineTCPPort" || label.find("_PORT") != std::string::npos)
+        found += item->kind == configEnviron ? "@" + label + "=" + item->value.asEnviron + " "
+                                             : label + "=" + std::to_string(item->value.asInteger) + " ";
+    }
+    freeConfigList(&records);
+    return found;
+  };
+  const std::string shared = "RegionPort=6000 A_MNI_PORT=6004 A_MOCK_PORT=6006 B_MNI_PORT=6012 B_MOCK_PORT=6014 ";
+  EXPECT_EQ(portSettings("A"), shared + "EnginePort=6000 @UDP_PORT=6000 EngineTCPPort=6002 @TCP_PORT=6002 "
+                                        "@MNI_PORT=6004 @MOCK_PORT=6006 ");
+  EXPECT_EQ(portSettings("B"), shared + "EnginePort=6008 @UDP_PORT=6008 EngineTCPPort=6010 @TCP_PORT=6010 "
+                                        "@MNI_PORT=6012 @MOCK_PORT=6014 ");
 }
 
 TEST(MakeFleet, PlaceFilePortsAndEmptyFleets) {
@@ -146,17 +172,16 @@ class RecordList {
   ~RecordList() { freeConfigList(&head_); }
   configItem* add(int kind, const char* label, const char* text = "", long number = 0) {
     configItem* item = allocConfigItem(kind, label, &head_, &tail_);
-    if (kind == configString) item->value.asString = copyOfText(text);
-    if (kind == configEnviron) item->value.asEnviron = copyOfText(text);
+    if (kind == configString) item->value.asString = strdup(text);
+    if (kind == configEnviron) item->value.asEnviron = strdup(text);
     if (kind == configInteger) item->value.asInteger = number;
     if (kind == configBoolean) item->value.asBoolean = number ? OWB_TRUE : OWB_FALSE;
-    if (kind == configExternal) item->value.asExternal.cmdLine = copyOfText(text);
+    if (kind == configExternal) item->value.asExternal.cmdLine = strdup(text);
     return item;
   }
   configItem* head() const { return head_; }
 
  private:
-  static char* copyOfText(const char* text) { return strdup(text); }
   configItem* head_ = nullptr;
   configItem* tail_ = nullptr;
 };

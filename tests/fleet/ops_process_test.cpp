@@ -31,7 +31,16 @@ pid_t startRecorded(const std::string& fleetDir, const std::string& label, const
 
 bool processGone(pid_t pid) { return kill(pid, 0) != 0; }
 
-TEST(PidFiles, LifeCycleFromAbsentThroughRunningToStale) {
+// A recorded process that ignores SIGINT, once its shell has set that up.
+pid_t startStubborn(const std::string& fleetDir, const std::string& label) {
+  pid_t pid = startRecorded(fleetDir, label, "trap '' INT; exec sleep 60");
+  EXPECT_TRUE(eventually([&] { return readWholeFile("/proc/" + std::to_string(pid) + "/cmdline").find("sleep") == 0; }));
+  return pid;
+}
+
+// A pid file from absent through running to stale, and the scan of a
+// fleet's pid files that tidies the stale ones.
+TEST(PidFiles, LifeCycleFromAbsentThroughRunningToStaleAndTheFleetScan) {
   opstest::ChildReaper reaper;
   opstest::FleetSandbox sandbox;
   const std::string fleet = sandbox.root();
@@ -62,12 +71,6 @@ TEST(PidFiles, LifeCycleFromAbsentThroughRunningToStale) {
   reaper.waitFor(sleeper);
   EXPECT_EQ(isRunning(fleet.c_str(), "sleeper"), 0);
   EXPECT_FALSE(fileExistsNow(fleet + "/sleeper.pid"));
-}
-
-TEST(PidFiles, FleetIsRunningScansPidFilesAndTidiesStaleOnes) {
-  opstest::ChildReaper reaper;
-  opstest::FleetSandbox sandbox;
-  const std::string fleet = sandbox.root();
 
   EXPECT_FALSE(fleetIsRunning((fleet + "/missing").c_str()));
   writeWholeFile(fleet + "/stale.pid", "999999\n");
@@ -78,7 +81,7 @@ TEST(PidFiles, FleetIsRunningScansPidFilesAndTidiesStaleOnes) {
 
   // An upper-case ending counts as a pid file, and its label is looked up
   // as <label>.pid.
-  pid_t sleeper = startRecorded(fleet, "live", "exec sleep 60");
+  sleeper = startRecorded(fleet, "live", "exec sleep 60");
   rename((fleet + "/live.pid").c_str(), (fleet + "/LIVE.PID").c_str());
   EXPECT_FALSE(fleetIsRunning(fleet.c_str()));
   rename((fleet + "/LIVE.PID").c_str(), (fleet + "/live.pid").c_str());
@@ -101,8 +104,7 @@ TEST(StopProcess, StopsPoliteProcessesAndKillsStubbornOnes) {
 
   // SIGINT ignored: after the (shortened) patience the group is killed.
   owbtest::ScopedEnv patience("OWB_STOP_PATIENCE", std::string("1"));
-  pid_t stubborn = startRecorded(fleet, "stubborn", "trap '' INT; exec sleep 60");
-  ASSERT_TRUE(eventually([&] { return readWholeFile("/proc/" + std::to_string(stubborn) + "/cmdline").find("sleep") == 0; }));
+  pid_t stubborn = startStubborn(fleet, "stubborn");
   EXPECT_TRUE(stopProcess(fleet.c_str(), "stubborn"));
   int status = reaper.waitFor(stubborn, 10);
   ASSERT_NE(status, -1);
@@ -118,8 +120,7 @@ TEST(StopProcess, LeavesThePidFileOfAProcessStartedDuringTheStop) {
   opstest::FleetSandbox sandbox;
   owbtest::ScopedEnv patience("OWB_STOP_PATIENCE", std::string("2"));
   const std::string fleet = sandbox.root();
-  pid_t old = startRecorded(fleet, "worker", "trap '' INT; exec sleep 60");
-  ASSERT_TRUE(eventually([&] { return readWholeFile("/proc/" + std::to_string(old) + "/cmdline").find("sleep") == 0; }));
+  pid_t old = startStubborn(fleet, "worker");
 
   std::thread stopper([&] { EXPECT_TRUE(stopProcess(fleet.c_str(), "worker")); });
   std::this_thread::sleep_for(std::chrono::milliseconds(300));
@@ -149,7 +150,10 @@ struct EnvironRecord {
   configItem record{};
 };
 
-TEST(RunCommandWithPid, RunProgRecordsTheProcessAndItsOutput) {
+// run_prog records the process, its ports and its output; the terminal form
+// goes through the configured terminal; a directory it cannot enter starts
+// nothing.
+TEST(RunCommandWithPid, RecordsTheProcessAndItsOutputInBothForms) {
   opstest::ChildReaper reaper;
   opstest::FleetSandbox sandbox;
   const std::string fleet = sandbox.root();
@@ -178,24 +182,14 @@ TEST(RunCommandWithPid, RunProgRecordsTheProcessAndItsOutput) {
 
   EXPECT_TRUE(stopProcess(fleet.c_str(), "greeter"));
   EXPECT_NE(reaper.waitFor(pid, 10), -1);
-}
 
-TEST(RunCommandWithPid, TerminalFormGoesThroughTheConfiguredTerminal) {
-  opstest::ChildReaper reaper;
-  opstest::FleetSandbox sandbox;
-  const std::string fleet = sandbox.root();
   // The sandbox's terminal is bgterm, which runs run_prog without a window.
   ASSERT_TRUE(runCommandWithPid(fleet.c_str(), "windowed", "sleep 60", "", nullptr, nullptr, OWB_TRUE));
   ASSERT_TRUE(eventually([&] { return isRunning(fleet.c_str(), "windowed") != 0; }));
-  EXPECT_EQ(readWholeFile(fleet + "/windowed.pid").substr(readWholeFile(fleet + "/windowed.pid").find('\n')),
-            "\nsleep 60\n");
+  contents = readWholeFile(fleet + "/windowed.pid");
+  EXPECT_EQ(contents.substr(contents.find('\n')), "\nsleep 60\n");
   EXPECT_TRUE(stopProcess(fleet.c_str(), "windowed"));
-}
 
-TEST(RunCommandWithPid, UnreachableDirectoryStartsNothing) {
-  opstest::ChildReaper reaper;
-  opstest::FleetSandbox sandbox;
-  const std::string fleet = sandbox.root();
   EXPECT_TRUE(runCommandWithPid(fleet.c_str(), "lost", "sleep 60", (fleet + "/nowhere").c_str(), nullptr, nullptr,
                                 OWB_FALSE));
   // The parent has reported success; only the missing pid file tells.

@@ -11,7 +11,7 @@ using testing::internal::CaptureStdout;
 using testing::internal::GetCapturedStderr;
 using testing::internal::GetCapturedStdout;
 
-TEST(ConsoleOutput, AlertsAndFatalErrorsAreOneLineOnStandardError) {
+TEST(ConsoleOutput, AlertsAndFatalErrorsAreOneLineOnStandardErrorAndAnInstalledFormTakesOver) {
   useConsoleOutput(false);
   CaptureStderr();
   CaptureStdout();
@@ -27,6 +27,12 @@ TEST(ConsoleOutput, AlertsAndFatalErrorsAreOneLineOnStandardError) {
             "details alone\n"
             "Killing process: shown: not the exact category\n"
             "ERROR: Please set OWB\n");
+
+  // An installed form gets the calls, but no alert of the killing category.
+  owbtest::RecordingOutput out;
+  alertUser("Killing process ...", "eng1");
+  alertUser("Title", "text");
+  EXPECT_EQ(out.alerts, (std::vector<owbtest::RecordingOutput::Entry>{{"Title", "text"}}));
 }
 
 TEST(ConsoleOutput, ProgressNotesGoToStandardOutputOnlyWhenVerbose) {
@@ -43,17 +49,6 @@ TEST(ConsoleOutput, ProgressNotesGoToStandardOutputOnlyWhenVerbose) {
   CaptureStdout();
   fyiUser("Fleet directory", "/tmp/f", OWB_TRUE);
   EXPECT_EQ(GetCapturedStdout(), "");
-}
-
-TEST(FleetOutputInterface, InstalledFormReceivesEveryCallButTheKillingCategory) {
-  owbtest::RecordingOutput out;
-  alertUser("Title", "text");
-  alertUser("Killing process ...", "eng1");
-  fyiUser("Note", "n", OWB_TRUE);
-  reportFatalError("Fatal", "f");
-  EXPECT_EQ(out.alerts, (std::vector<owbtest::RecordingOutput::Entry>{{"Title", "text"}}));
-  EXPECT_EQ(out.notes, (std::vector<owbtest::RecordingOutput::Entry>{{"Note", "n"}}));
-  EXPECT_EQ(out.fatals, (std::vector<owbtest::RecordingOutput::Entry>{{"Fatal", "f"}}));
 }
 
 }  // namespace

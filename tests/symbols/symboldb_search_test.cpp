@@ -52,16 +52,20 @@ class SymbolSearchTest : public ::testing::Test {
   }
   std::string here() { return name(db.foundTreeRecords[db.foundTreePosition]); }
 
+  // The next match of pattern; the path to it in path_[0 .. length_ - 1].
+  bool find(const char* pattern, Boolean forward = TRUE, Boolean subclasses = TRUE,
+            long kind = kSearchClassNames) {
+    return db.findNextClass(pattern, forward, subclasses, kind, path_, &length_, &feature_);
+  }
   // Every class a search for "*" visits, as "name/depth".
   std::vector<std::string> walk(Boolean forward, Boolean subclasses) {
     std::vector<std::string> seen;
-    RecordIdentifier path[kMaxTreeDepth];
-    long length = 0, feature = 0;
     db.resetSearchPosition();
-    while (db.findNextClass("*", forward, subclasses, kSearchClassNames, path, &length, &feature))
-      seen.push_back(name(path[length - 1]) + "/" + std::to_string(length));
+    while (find("*", forward, subclasses)) seen.push_back(name(path_[length_ - 1]) + "/" + std::to_string(length_));
     return seen;
   }
+  RecordIdentifier path_[kMaxTreeDepth];
+  long length_ = 0, feature_ = 0;
 };
 
 TEST_F(SymbolSearchTest, TheCursorMovesThroughTheTree) {
@@ -101,15 +105,11 @@ TEST_F(SymbolSearchTest, SearchWalksDepthFirstBothWaysOrFlat) {
   EXPECT_EQ(walk(TRUE, FALSE).size(), 5u);
   EXPECT_EQ(db.foundTreePosition, -1);  // reset when nothing is left
 
-  RecordIdentifier path[kMaxTreeDepth];
-  long length = 0, feature = 0;
   db.resetSearchPosition();
-  ASSERT_TRUE(db.findNextClass("E*", TRUE, TRUE, kSearchClassNames, path, &length, &feature));
-  EXPECT_EQ(length, 3);
-  EXPECT_EQ(name(path[0]), "Animal");
-  EXPECT_EQ(name(path[1]), "Bird");
-  EXPECT_EQ(name(path[2]), "Eagle");
-  EXPECT_FALSE(db.findNextClass("E*", TRUE, TRUE, kSearchClassNames, path, &length, &feature));
+  ASSERT_TRUE(find("E*"));
+  ASSERT_EQ(length_, 3);
+  EXPECT_EQ(name(path_[0]) + "/" + name(path_[1]) + "/" + name(path_[2]), "Animal/Bird/Eagle");
+  EXPECT_FALSE(find("E*"));
 }
 
 TEST_F(SymbolSearchTest, SharedSubclassesAreVisitedPerPathButCannotMakeASearchEndless) {
@@ -129,31 +129,27 @@ TEST_F(SymbolSearchTest, SharedSubclassesAreVisitedPerPathButCannotMakeASearchEn
       for (char below : {'a', 'b'}) link(upper.c_str(), ("L" + std::to_string(level) + below).c_str());
     }
   }
-  RecordIdentifier path[kMaxTreeDepth];
-  long length = 0, feature = 0;
   db.resetSearchPosition();
-  EXPECT_FALSE(db.findNextClass("Missing", TRUE, TRUE, kSearchClassNames, path, &length, &feature));
+  EXPECT_FALSE(find("Missing"));
   EXPECT_EQ(db.foundTreePosition, -1);
-  ASSERT_TRUE(db.findNextClass("L23?", TRUE, TRUE, kSearchClassNames, path, &length, &feature));
-  EXPECT_EQ(length, 25);
-  EXPECT_EQ(name(path[24]), "L23a");
+  ASSERT_TRUE(find("L23?"));
+  ASSERT_EQ(length_, 25);
+  EXPECT_EQ(name(path_[24]), "L23a");
 }
 
 TEST_F(SymbolSearchTest, FeatureSearchResumesInsideAClass) {
-  RecordIdentifier path[kMaxTreeDepth];
-  long length = 0, feature = 0;
   db.resetSearchPosition();
-  ASSERT_TRUE(db.findNextClass("eat*", TRUE, TRUE, kSearchOperations, path, &length, &feature));
-  EXPECT_EQ(name(path[0]), "Animal");
-  EXPECT_EQ(feature, 1);
-  ASSERT_TRUE(db.findNextClass("eat*", TRUE, TRUE, kSearchOperations, path, &length, &feature));
-  EXPECT_EQ(feature, 3);
-  EXPECT_FALSE(db.findNextClass("eat*", TRUE, TRUE, kSearchOperations, path, &length, &feature));
+  ASSERT_TRUE(find("eat*", TRUE, TRUE, kSearchOperations));
+  EXPECT_EQ(name(path_[0]), "Animal");
+  EXPECT_EQ(feature_, 1);
+  ASSERT_TRUE(find("eat*", TRUE, TRUE, kSearchOperations));
+  EXPECT_EQ(feature_, 3);
+  EXPECT_FALSE(find("eat*", TRUE, TRUE, kSearchOperations));
 
   db.resetSearchPosition();
-  ASSERT_TRUE(db.findNextClass("eat?", TRUE, FALSE, kSearchAttributes, path, &length, &feature));
-  EXPECT_EQ(name(path[0]), "Cat");
-  EXPECT_EQ(length, 1);
+  ASSERT_TRUE(find("eat?", TRUE, FALSE, kSearchAttributes));
+  EXPECT_EQ(name(path_[0]), "Cat");
+  EXPECT_EQ(length_, 1);
 }
 
 TEST_F(SymbolSearchTest, MergingBringsInMissingClassesWithTheirLinksAndMaps) {
