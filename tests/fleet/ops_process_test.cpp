@@ -90,7 +90,7 @@ TEST(PidFiles, LifeCycleFromAbsentThroughRunningToStaleAndTheFleetScan) {
   reaper.waitFor(sleeper);
 }
 
-TEST(StopProcess, StopsPoliteProcessesAndKillsStubbornOnes) {
+TEST(StopProcess, StopsPoliteProcessesKillsStubbornOnesAndSparesOneStartedDuringTheStop) {
   opstest::ChildReaper reaper;
   opstest::FleetSandbox sandbox;
   const std::string fleet = sandbox.root();
@@ -111,15 +111,10 @@ TEST(StopProcess, StopsPoliteProcessesAndKillsStubbornOnes) {
   EXPECT_TRUE(WIFSIGNALED(status));
   EXPECT_EQ(WTERMSIG(status), SIGKILL);
   EXPECT_FALSE(fileExistsNow(fleet + "/stubborn.pid"));
-}
 
-// A start of the same label while a stop waits out its patience: the new
-// process's pid file survives the stop, so it stays tracked and in reach.
-TEST(StopProcess, LeavesThePidFileOfAProcessStartedDuringTheStop) {
-  opstest::ChildReaper reaper;
-  opstest::FleetSandbox sandbox;
-  owbtest::ScopedEnv patience("OWB_STOP_PATIENCE", std::string("2"));
-  const std::string fleet = sandbox.root();
+  // A start of the same label while a stop waits out its patience: the new
+  // process's pid file survives the stop, so it stays tracked and in reach.
+  owbtest::ScopedEnv longerPatience("OWB_STOP_PATIENCE", std::string("2"));
   pid_t old = startStubborn(fleet, "worker");
 
   std::thread stopper([&] { EXPECT_TRUE(stopProcess(fleet.c_str(), "worker")); });
@@ -133,7 +128,6 @@ TEST(StopProcess, LeavesThePidFileOfAProcessStartedDuringTheStop) {
 
   EXPECT_NE(reaper.waitFor(old, 10), -1);
   pid_t fresh = getProcessID(fleet.c_str(), "worker");
-  EXPECT_GT(fresh, 1);
   EXPECT_NE(fresh, old);
   EXPECT_EQ(isRunning(fleet.c_str(), "worker"), 1);
   EXPECT_TRUE(stopProcess(fleet.c_str(), "worker"));
@@ -203,12 +197,8 @@ TEST(TerminalSettings, DefaultsFileAndCreation) {
   char options[kTerminalSettingSize];
   const std::string settings = sandbox.homeDir() + "/.owb/xterm_settings";
 
-  writeWholeFile(settings, "/usr/bin/xterm\n-geometry 80x24\n");
-  readTerminalSettings(program, options);
-  EXPECT_STREQ(program, "/usr/bin/xterm");
-  EXPECT_STREQ(options, "-geometry 80x24");
-
-  // One line is not enough: the defaults, and the file stays as it is.
+  // The sandbox's two-line file is read by every fleet that runs.  One line
+  // is not enough: the defaults, and the file stays as it is.
   writeWholeFile(settings, "/usr/bin/xterm\n");
   readTerminalSettings(program, options);
   EXPECT_STREQ(program, kDefaultTerminalProgram);

@@ -143,18 +143,16 @@ class WithToolManager : public tktest::ToolkitTest {
 };
 
 // Another tool asks the Tool Manager to show a file in the source viewer;
-// the Tool Manager hands the DISF on to srcview, which opens it.
-TEST_F(WithToolManager, SrcviewOpensTheFileADisplayMessageNames) {
+// the Tool Manager hands the DISF on to srcview, which opens it.  A view
+// with a menu bar lists the tools that show source under "&View"; choosing
+// one sends it the view's file.
+TEST_F(WithToolManager, SrcviewOpensTheFilesThatADisplayMessageAndTheViewMenuName) {
   _Rect16Rec place = RECT16_Make(10, 20, 300, 200);
   SourceView::sendDisplayFileMessage(home_.file("second.txt").c_str(), false, 40, 33, true, 42, true, true,
                                      makeTypeIdent("SRCV"), &place, 0, 0);
   EXPECT_EQ(gMessageCenter->lastError, 0);
   EXPECT_TRUE(srcviewShows(home_.file("second.txt"), 40)) << readWholeFile(home_.path() + "/.owb/owblog");
-}
 
-// A view with a menu bar lists the tools that show source under "&View";
-// choosing one sends it the view's file.
-TEST_F(WithToolManager, ViewMenuSendsTheFileToTheChosenTool) {
   WinPtr win = keep(tktest::newWin(60, 60, 420, 300, "menu"));
   MBarPtr bar = MBAR_Create();
   MBAR_AddItem(bar, "&File");
@@ -200,6 +198,7 @@ TEST_F(WithToolManager, ViewMenuSendsTheFileToTheChosenTool) {
   ASSERT_TRUE(tktest::showAndWait(win));
   driver_->key(XK_e, XK_Control_L);
   settle();
+  ASSERT_NE(view->firstVisibleLine + 1, 40);  // not the line shown before
   EXPECT_TRUE(srcviewShows(home_.file("second.txt"), view->firstVisibleLine + 1))
       << readWholeFile(home_.path() + "/.owb/owblog");
 
