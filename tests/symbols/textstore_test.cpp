@@ -34,31 +34,15 @@ std::string fetch(TextDataStore& store, long line, long bufferSize = 1 << 20, lo
 // rightScrolled columns left out, cut where the buffer ends, the last
 // character replaced by a NUL.
 std::string expected(const std::string& line, long tab, long bufferSize, long rightScrolled) {
-  std::string expanded;
-  std::vector<long> startColumn;
-  bool leading = true;
-  for (char c : line) {
-    startColumn.push_back(static_cast<long>(expanded.size()));
-    if (c == '\t') {
-      long width = leading ? tab : tab - static_cast<long>(expanded.size()) % tab;
-      expanded += std::string(static_cast<size_t>(width), '\t');  // marked as tab columns
-    } else {
-      leading = false;
-      expanded += c;
-    }
-  }
   std::string out;
   long column = 0;
-  for (size_t i = 0; i < line.size(); ++i) {
-    long width = line[i] == '\t' ? (i + 1 < line.size() ? startColumn[i + 1] : static_cast<long>(expanded.size())) -
-                                       startColumn[i]
-                                 : 1;
-    long from = std::max(column, rightScrolled);
-    long shown = column + width - from;
+  for (char c : line) {
+    long width = c != '\t' ? 1 : tab - column % tab;
+    long shown = column + width - std::max(column, rightScrolled);
     column += width;
     if (shown <= 0) continue;
     if (static_cast<long>(out.size()) + shown > bufferSize) break;
-    out += line[i] == '\t' ? std::string(static_cast<size_t>(shown), ' ') : std::string(1, line[i]);
+    out += c == '\t' ? std::string(static_cast<size_t>(shown), ' ') : std::string(1, c);
   }
   if (!out.empty()) out.back() = '\0';
   return out;
