@@ -150,7 +150,6 @@ TEST(FleetDefinition, EveryReaderFaultAlertsWithItsLineAndStopsTheRead) {
       {"[ Common ]\n= 2000\n", "Illegal line format on line number 2 of %F"},
       {"[ Commons ]\n", "Illegal block introduction on line 1 of %F"},
       {"[ Common ] x\n", "Illegal block introduction on line 1 of %F"},
-      {"[ Common\n", "Illegal block introduction on line 1 of %F"},
       {"[ Common ]\nEngineOptions = x\n\n[ Engine ]\n", "Missing BasePort before line 4 of %F"},
       {"[ Common ]\nBasePort = 1024\n",
        "Illegal line format on line number 2 of %F: expected a port number greater than 1025"},

@@ -213,7 +213,7 @@ TEST_F(SourceViewTest, FindGoesDownFromTheSelectionWithoutWrapping) {
 // The window: keys and bars scroll, the mouse selects and targets, the find
 // field searches, and it follows a file that grows.
 TEST_F(SourceViewTest, WindowScrollsSelectsFindsAndFollowsAGrowingFile) {
-  setenv("OWB_FOLLOW_INTERVAL", "30", 1);
+  owbtest::ScopedEnv followFast("OWB_FOLLOW_INTERVAL", std::string("30"));
   std::string path = dir_.file("run.out");
   writeFile(path, numberedLines(300));
   std::string error;
@@ -325,7 +325,6 @@ TEST_F(SourceViewTest, WindowScrollsSelectsFindsAndFollowsAGrowingFile) {
   EXPECT_EQ(view->firstVisibleLine, 0);
   press(XK_q);
   EXPECT_TRUE(window->isClosed());
-  unsetenv("OWB_FOLLOW_INTERVAL");
 }
 
 TEST_F(SourceViewTest, BadFilesLeaveAViewThatShowsNothing) {
