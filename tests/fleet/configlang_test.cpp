@@ -1,12 +1,10 @@
 // The configuration language reader on real files.
 #include <gtest/gtest.h>
 
-#include <cstring>
 #include <string>
 #include <vector>
 
 #include "fleet/configlang.h"
-#include "fleet/configmacro.h"
 #include "fleet/fileutil.h"
 #include "recording_output.h"
 #include "testsupport.h"
@@ -30,7 +28,6 @@ std::string describe(const configItem* item) {
     case configEnviron: return text + " " + item->value.asEnviron;
     case configExternal:
       return text + " " + std::to_string(item->value.asExternal.inBackground) + " " + item->value.asExternal.cmdLine;
-    case configPort: return text + " " + std::to_string(item->value.asPort);
     default: return text;
   }
 }

@@ -135,20 +135,17 @@ TEST(MakeFleet, RemakeDropsObsoleteEnginesAndDiscardsState) {
   const std::string place = sandbox.root() + "/place.cfg";
   writeWholeFile(place, "\n");
   List debuggerPorts(kStandardChunkSize, TRUE, EqualCompare);
-  {
+  auto make = [&](std::initializer_list<const char*> labels) {
     MakeFleetArgs args;
-    opstest::defineFleet(&args, fleet, {"keep", "drop", "Case"}, place, 8000);
-    ASSERT_TRUE(makeFleet(&args, &debuggerPorts));
-  }
+    opstest::defineFleet(&args, fleet, labels, place, 8000);
+    return makeFleet(&args, &debuggerPorts) != 0;
+  };
+  ASSERT_TRUE(make({"keep", "drop", "Case"}));
   mkdir((fleet + "/drop/db").c_str(), 0777);
   mkdir((fleet + "/keep/db").c_str(), 0777);
   writeWholeFile(fleet + "/keep/db/state", "boots 3\n");
   writeWholeFile(fleet + "/Case/notes", "kept\n");
-  {
-    MakeFleetArgs args;
-    opstest::defineFleet(&args, fleet, {"keep", "CASE"}, place, 8000);
-    ASSERT_TRUE(makeFleet(&args, &debuggerPorts));
-  }
+  ASSERT_TRUE(make({"keep", "CASE"}));
   EXPECT_FALSE(fileExistsNow(fleet + "/drop"));
   EXPECT_FALSE(fileExistsNow(fleet + "/keep/db"));       // a db costs the engine its directory
   EXPECT_TRUE(fileExistsNow(fleet + "/keep/startup.cfg"));
@@ -158,9 +155,7 @@ TEST(MakeFleet, RemakeDropsObsoleteEnginesAndDiscardsState) {
   ASSERT_TRUE(runCommandWithPid(fleet.c_str(), "busy", "sleep 60", "", nullptr, nullptr, OWB_FALSE));
   ASSERT_TRUE(opstest::eventually([&] { return fileExistsNow(fleet + "/busy.pid"); }));
   sandbox.output.clear();
-  MakeFleetArgs args;
-  opstest::defineFleet(&args, fleet, {"keep"}, place, 8000);
-  EXPECT_FALSE(makeFleet(&args, &debuggerPorts));
+  EXPECT_FALSE(make({"keep"}));
   ASSERT_EQ(sandbox.output.fatals.size(), 1u);
   EXPECT_EQ(sandbox.output.fatals[0].first, "Cannot (Re-)Configure the Fleet");
   EXPECT_TRUE(fileExistsNow(fleet + "/Case"));
