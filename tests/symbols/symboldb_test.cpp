@@ -1,5 +1,5 @@
 // The symbol database: classes, features, files, links, hashing, sorted
-// lists, position maps, the tree cursor, searching and merging.
+// lists and position maps, and the symdump tool that prints a file.
 #include "symbols/symboldb.h"
 
 #include <gtest/gtest.h>
@@ -355,6 +355,27 @@ TEST_F(SymbolDbTest, PositionMapsTranslateBothWays) {
   ASSERT_EQ(db.addOperation(plain, "noop", &first), kNoError);
   EXPECT_EQ(db.positionToLineNumber(plain, 1, 0), -1);
   EXPECT_EQ(db.lastError, kOperationHasNoMap);
+}
+
+// symdump prints what a symbol file holds.
+TEST_F(SymbolDbTest, SymdumpPrintsClassesLinksFeaturesAndMaps) {
+  SourceLoc loc = locIn("src/shape.w", 4, 9);
+  RecordIdentifier shape = makeClass("Shape"), circle;
+  ASSERT_EQ(db.newClassRecord("Circle", &loc, 1, 4, &circle), kNoError);
+  ASSERT_EQ(db.addDoubleLink(shape, circle), kNoError);
+  ASSERT_EQ(db.addOperation(shape, "draw", &loc), kNoError);
+  PC_MAP map[2] = {{{1, 5}, 0}, {{1, 6}, 8}};
+  ASSERT_EQ(db.addMap(shape, "draw", map, 2), kNoError);
+  ASSERT_EQ(db.closeDatabase(), kNoError);
+  const std::string tool = owbtest::buildDir() + "/tools/symdump";
+  std::string out;
+  EXPECT_EQ(owbtest::runShell(tool + " " + path, &out), 0);
+  EXPECT_NE(out.find("class Shape (block"), std::string::npos) << out;
+  EXPECT_NE(out.find("  subclasses: Circle\n"), std::string::npos) << out;
+  EXPECT_NE(out.find("flags 4)\n  source shape.w 4-9\n  flavor: Shape\n"), std::string::npos) << out;
+  EXPECT_NE(out.find("  operation draw\n    source shape.w 4-9\n    map: 0->5 8->6\n"), std::string::npos) << out;
+  EXPECT_NE(out.find("2 classes\n"), std::string::npos) << out;
+  EXPECT_NE(owbtest::runShell(tool + " " + dir.file("missing.sym") + " 2>/dev/null", nullptr), 0);
 }
 
 }  // namespace
