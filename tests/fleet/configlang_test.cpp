@@ -226,13 +226,6 @@ TEST_F(ConfigFiles, AFileThatIncludesItselfStopsAtTheDepthLimit) {
                                               "configuration files"}}));
 }
 
-TEST_F(ConfigFiles, MissingStartupFileFailsWithAnAlert) {
-  configItem* list = reinterpret_cast<configItem*>(0x1);
-  EXPECT_FALSE(readConfigFile(fleetDir_.c_str(), "nobody", &list, nullptr, nullptr));
-  EXPECT_EQ(list, nullptr);
-  EXPECT_EQ(out_.alerts, (std::vector<Entry>{{"Cannot Read Configuration File", file("nobody/startup.cfg")}}));
-}
-
 TEST_F(ConfigFiles, HostileInputNeitherCrashesNorHangs) {
   std::string garbage;
   for (int i = 0; i < 4096; ++i) garbage += static_cast<char>((i * 7919) & 0xFF);
@@ -256,7 +249,7 @@ TEST_F(ConfigFiles, HostileInputNeitherCrashesNorHangs) {
   readStartup(false);
 }
 
-TEST_F(ConfigFiles, ExternalListKeepsTheFirstOfEachLabel) {
+TEST_F(ConfigFiles, ExternalListKeepsTheFirstOfEachLabelAndMissingFilesFail) {
   ensureDir(file("two").c_str());
   writeStartup("!Viewer = view -a\n&logger = log1\nX = 1\n");
   write("two/startup.cfg", "&LOGGER = log2\n!editor = ed\n");
@@ -273,6 +266,12 @@ TEST_F(ConfigFiles, ExternalListKeepsTheFirstOfEachLabel) {
   engines.include(new StringItem("absent"));
   EXPECT_FALSE(readExternalList(fleetDir_.c_str(), &engines, &externals));
   EXPECT_EQ(externals, nullptr);
+  // A missing startup.cfg fails its read with an alert, and no records.
+  configItem* list = reinterpret_cast<configItem*>(0x1);
+  out_.clear();
+  EXPECT_FALSE(readConfigFile(fleetDir_.c_str(), "nobody", &list, nullptr, nullptr));
+  EXPECT_EQ(list, nullptr);
+  EXPECT_EQ(out_.alerts, (std::vector<Entry>{{"Cannot Read Configuration File", file("nobody/startup.cfg")}}));
 }
 
 }  // namespace

@@ -174,22 +174,19 @@ TEST(FleetLife, MadeBootedKilledBackedUpRestoredRemoved) {
   EXPECT_TRUE(statusSays(base + 10, "beta up"));
   kill.cleanup = OWB_FALSE;
   ASSERT_TRUE(killFleet(&kill));
-  EXPECT_TRUE(fileExistsNow(fleet + "/alpha.out"));
-  EXPECT_TRUE(readWholeFile(fleet + "/alpha.out").find("stopping cleanly") != std::string::npos);
+  EXPECT_NE(readWholeFile(fleet + "/alpha.out").find("stopping cleanly"), std::string::npos);
 
   // Backup, and a failed second backup that leaves the first one standing.
   auto backup = opstest::argsFor<BackupFleetArgs>(fleet);
   std::snprintf(backup.backupTag, sizeof backup.backupTag, "snap");
   ASSERT_TRUE(backupFleet(&backup));
-  EXPECT_TRUE(fileExistsNow(fleet + "/snap/life.flt"));
-  EXPECT_TRUE(fileExistsNow(fleet + "/snap/region/ports.cfg"));
+  EXPECT_EQ(presentOf(fleet, {"snap/life.flt", "snap/region/ports.cfg", "snap/alpha.out"}),
+            "snap/life.flt snap/region/ports.cfg ");
   EXPECT_EQ(readWholeFile(fleet + "/snap/beta/db/state"), readWholeFile(fleet + "/beta/db/state"));
-  EXPECT_FALSE(fileExistsNow(fleet + "/snap/alpha.out"));
   ASSERT_EQ(rename((fleet + "/beta").c_str(), (fleet + "/beta.away").c_str()), 0);
   EXPECT_FALSE(backupFleet(&backup));
   ASSERT_EQ(rename((fleet + "/beta.away").c_str(), (fleet + "/beta").c_str()), 0);
-  EXPECT_TRUE(fileExistsNow(fleet + "/snap/beta/db/state"));
-  EXPECT_FALSE(fileExistsNow(fleet + "/snap.tmp"));
+  EXPECT_EQ(presentOf(fleet, {"snap/beta/db/state", "snap.tmp"}), "snap/beta/db/state ");
 
   // Re-made with another engine, then restored: the backup's engines return
   // with their state, and the other engine's directory goes.
@@ -198,16 +195,15 @@ TEST(FleetLife, MadeBootedKilledBackedUpRestoredRemoved) {
   auto restore = opstest::argsFor<RestoreFleetArgs>(fleet);
   std::snprintf(restore.backupTag, sizeof restore.backupTag, "snap");
   ASSERT_TRUE(restoreFleet(&restore));
-  EXPECT_FALSE(fileExistsNow(fleet + "/gamma"));
-  EXPECT_TRUE(readWholeFile(fleet + "/alpha/db/state").find("boots 2") != std::string::npos);
+  EXPECT_EQ(presentOf(fleet, {"gamma", "snap/life.flt"}), "snap/life.flt ");  // the backup stays
+  EXPECT_NE(readWholeFile(fleet + "/alpha/db/state").find("boots 2"), std::string::npos);
   EXPECT_EQ(readWholeFile(fleet + "/life.flt"), readWholeFile(fleet + "/snap/life.flt"));
-  EXPECT_TRUE(fileExistsNow(fleet + "/snap/life.flt"));  // the backup stays
 
   // The restored fleet boots warm again, then is killed and removed.
   ASSERT_TRUE(runFleet(&run, nullptr));
   EXPECT_TRUE(statusSays(base + 2, "boots=3 boot=warm"));
-  EXPECT_FALSE(removeFleet(fleet.c_str()));
-  EXPECT_TRUE(dirExists(fleet.c_str()));
+  EXPECT_FALSE(removeFleet(fleet.c_str()));  // not while it runs
+  ASSERT_TRUE(dirExists(fleet.c_str()));
   ASSERT_TRUE(killFleet(&kill));
   EXPECT_TRUE(removeFleet(fleet.c_str()));
   EXPECT_FALSE(dirExists(fleet.c_str()));
