@@ -65,7 +65,7 @@ class ConfigFiles : public testing::Test {
   RecordingOutput out_;
 };
 
-TEST_F(ConfigFiles, OptionValuesAreClassifiedAndTheRestIgnored) {
+TEST_F(ConfigFiles, OptionValuesAreClassifiedTheRestIgnoredAndCommentsRemoved) {
   writeStartup(
       "# a comment\n"
       "\n"
@@ -92,9 +92,8 @@ TEST_F(ConfigFiles, OptionValuesAreClassifiedAndTheRestIgnored) {
                                   "string S text with = and # ", "string E ", "string Q esc\\\"aped", "integer Zero 0",
                                   "integer Key 3"}));
   EXPECT_TRUE(out_.everything().empty());
-}
 
-TEST_F(ConfigFiles, CommentRemovalKeepsQuotesDoublesStarsAndLeavesASlash) {
+  // Comment removal keeps quotes, doubles stars and leaves a slash.
   writeStartup(
       "Num = 5 // note\n"
       "Path = \"a/b//c\"\n"

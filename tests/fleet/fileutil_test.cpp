@@ -29,30 +29,6 @@ void setModificationTime(const std::string& path, time_t when) {
   utime(path.c_str(), &times);
 }
 
-TEST(FileUtil, EnsureDirMakesMissingParentsAndRefusesAFile) {
-  TempDir tmp;
-  RecordingOutput out;
-  std::string nested = tmp.file("a/b/c");
-  EXPECT_TRUE(ensureDir(nested.c_str()));
-  EXPECT_TRUE(dirExists(tmp.file("a/b").c_str()));
-  EXPECT_TRUE(dirExists(nested.c_str()));
-  EXPECT_TRUE(ensureDir(nested.c_str()));  // already there
-
-  writeWholeFile(tmp.file("plain"), "keep");
-  EXPECT_FALSE(ensureDir(tmp.file("plain").c_str()));
-  EXPECT_EQ(readWholeFile(tmp.file("plain")), "keep");
-  EXPECT_FALSE(createDir(tmp.file("plain/sub").c_str()));
-  EXPECT_EQ(out.everything(),
-            (std::vector<Entry>{{"Cannot Make Directory", tmp.file("plain") + " exists and is not a directory"},
-                                {"Cannot Make Directory", tmp.file("plain") + " exists and is not a directory"},
-                                {"Cannot Make Directory", "Failed to create directory " + tmp.file("plain/sub")}}));
-
-  EXPECT_TRUE(testIfFileExists(tmp.file("plain").c_str()));
-  EXPECT_FALSE(testIfFileExists(tmp.file("a").c_str()));
-  EXPECT_FALSE(dirExists(tmp.file("plain").c_str()));
-  EXPECT_EQ(out.everything().size(), 3u);  // the tests themselves are silent
-}
-
 TEST(FileUtil, CopyFileAndCopyDirCopyContentAndModesAndReportEachFailure) {
   umask(022);
   TempDir tmp;
@@ -122,11 +98,33 @@ TEST(FileUtil, EnsureCopyCopiesOnlyWhenTheTargetIsNotCurrent) {
                 {"Cannot Copy File", "Cannot find the source file " + tmp.file("src/sub/gone.cfg") + "\n"}}));
 }
 
-// removeDir takes a tree and is quiet about a missing one; moveDir replaces
-// the destination, but not by itself.
-TEST(FileUtil, RemoveDirAndMoveDir) {
+// ensureDir makes missing parents and refuses a file; removeDir takes a
+// tree and is quiet about a missing one; moveDir replaces the destination,
+// but not by itself.
+TEST(FileUtil, DirectoriesAreEnsuredRemovedAndMoved) {
   TempDir tmp;
   RecordingOutput out;
+  std::string nested = tmp.file("a/b/c");
+  EXPECT_TRUE(ensureDir(nested.c_str()));
+  EXPECT_TRUE(dirExists(tmp.file("a/b").c_str()));
+  EXPECT_TRUE(dirExists(nested.c_str()));
+  EXPECT_TRUE(ensureDir(nested.c_str()));  // already there
+
+  writeWholeFile(tmp.file("plain"), "keep");
+  EXPECT_FALSE(ensureDir(tmp.file("plain").c_str()));
+  EXPECT_EQ(readWholeFile(tmp.file("plain")), "keep");
+  EXPECT_FALSE(createDir(tmp.file("plain/sub").c_str()));
+  EXPECT_EQ(out.everything(),
+            (std::vector<Entry>{{"Cannot Make Directory", tmp.file("plain") + " exists and is not a directory"},
+                                {"Cannot Make Directory", tmp.file("plain") + " exists and is not a directory"},
+                                {"Cannot Make Directory", "Failed to create directory " + tmp.file("plain/sub")}}));
+
+  EXPECT_TRUE(testIfFileExists(tmp.file("plain").c_str()));
+  EXPECT_FALSE(testIfFileExists(tmp.file("a").c_str()));
+  EXPECT_FALSE(dirExists(tmp.file("plain").c_str()));
+  EXPECT_EQ(out.everything().size(), 3u);  // the tests themselves are silent
+
+  out.clear();
   ASSERT_TRUE(ensureDir(tmp.file("tree/x/y").c_str()));
   writeWholeFile(tmp.file("tree/f"), "1");
   writeWholeFile(tmp.file("tree/x/y/g"), "2");
@@ -136,7 +134,6 @@ TEST(FileUtil, RemoveDirAndMoveDir) {
   EXPECT_TRUE(removeDir(tmp.file("tree").c_str()));
   EXPECT_TRUE(out.everything().empty());
 
-  writeWholeFile(tmp.file("plain"), "");
   EXPECT_FALSE(removeDir(tmp.file("plain").c_str()));
   EXPECT_EQ(out.alerts, (std::vector<Entry>{{"Failed to Remove Directory", tmp.file("plain")}}));
 

@@ -11,7 +11,7 @@ using testing::internal::CaptureStdout;
 using testing::internal::GetCapturedStderr;
 using testing::internal::GetCapturedStdout;
 
-TEST(ConsoleOutput, AlertsAndFatalErrorsAreOneLineOnStandardErrorAndAnInstalledFormTakesOver) {
+TEST(ConsoleOutput, AlertsOnStandardErrorNotesOnStandardOutputWhenVerboseOrAnInstalledForm) {
   useConsoleOutput(false);
   CaptureStderr();
   CaptureStdout();
@@ -29,14 +29,15 @@ TEST(ConsoleOutput, AlertsAndFatalErrorsAreOneLineOnStandardErrorAndAnInstalledF
             "ERROR: Please set OWB\n");
 
   // An installed form gets the calls, but no alert of the killing category.
-  owbtest::RecordingOutput out;
-  alertUser("Killing process ...", "eng1");
-  alertUser("Title", "text");
-  EXPECT_EQ(out.alerts, (std::vector<owbtest::RecordingOutput::Entry>{{"Title", "text"}}));
-}
+  {
+    owbtest::RecordingOutput out;
+    alertUser("Killing process ...", "eng1");
+    alertUser("Title", "text");
+    EXPECT_EQ(out.alerts, (std::vector<owbtest::RecordingOutput::Entry>{{"Title", "text"}}));
+  }
 
-TEST(ConsoleOutput, ProgressNotesGoToStandardOutputOnlyWhenVerbose) {
-  // "category: details" is what fleetctl --verbose shows; either alone stands alone.
+  // Progress notes go to standard output only when verbose.  "category:
+  // details" is what fleetctl --verbose shows; either alone stands alone.
   useConsoleOutput(true);
   CaptureStdout();
   fyiUser("Running processes will be killed if needed", nullptr, OWB_FALSE);
