@@ -189,9 +189,8 @@ TEST(FleetDefinition, EveryReaderFaultAlertsWithItsLineAndStopsTheRead) {
     expected.replace(expected.find("%F"), 2, fleet.definitionPath());
     EXPECT_EQ(out.alerts, (std::vector<Entry>{{"Unable to Read Fleet Definition", expected}})) << fault.text;
   }
-}
 
-TEST(FleetDefinition, ALineLongerThan1023CharactersReadsAsTwoLines) {
+  // A line longer than 1023 characters reads as two.
   DemoFleet fleet;
   std::string longLine = "EngineOptions = " + std::string(1500 - 16, 'o');
   fleet.write("[ Common ]\nBasePort = 2000\n" + longLine + "\n");

@@ -29,8 +29,6 @@ pid_t startRecorded(const std::string& fleetDir, const std::string& label, const
   return pid;
 }
 
-bool processGone(pid_t pid) { return kill(pid, 0) != 0; }
-
 // A recorded process that ignores SIGINT, once its shell has set that up.
 pid_t startStubborn(const std::string& fleetDir, const std::string& label) {
   pid_t pid = startRecorded(fleetDir, label, "trap '' INT; exec sleep 60");
@@ -98,7 +96,7 @@ TEST(StopProcess, StopsPoliteProcessesKillsStubbornOnesAndSparesOneStartedDuring
 
   pid_t polite = startRecorded(fleet, "polite", "exec sleep 60");
   EXPECT_TRUE(stopProcess(fleet.c_str(), "polite"));
-  EXPECT_TRUE(eventually([&] { return processGone(polite); }));
+  EXPECT_TRUE(eventually([&] { return kill(polite, 0) != 0; }));
   EXPECT_FALSE(fileExistsNow(fleet + "/polite.pid"));
 
   // SIGINT ignored: after the (shortened) patience the group is killed.
@@ -163,11 +161,10 @@ TEST(RunCommandWithPid, RecordsTheProcessAndItsOutputInBothForms) {
 
   const std::string pidFile = fleet + "/greeter.pid";
   ASSERT_TRUE(eventually([&] { return fileExistsNow(pidFile); }));
-  std::string expectedTail = "\n" + command + "\n5001\n5002\n5003\n";
   std::string contents = readWholeFile(pidFile);
   pid_t pid = getProcessID(fleet.c_str(), "greeter");
   ASSERT_GT(pid, 0);
-  EXPECT_EQ(contents, std::to_string(pid) + expectedTail);
+  EXPECT_EQ(contents, std::to_string(pid) + "\n" + command + "\n5001\n5002\n5003\n");  // UDP, MOCK, TCP
   EXPECT_EQ(getpgid(pid), pid);  // the leader of its own group
   EXPECT_TRUE(eventually([&] {
     return readWholeFile(fleet + "/greeter.out").find("dir=" + work + " greeting=hello") != std::string::npos;

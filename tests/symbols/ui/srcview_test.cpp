@@ -97,7 +97,7 @@ TEST(SourceWindowPlace, BesideThenLeftThenOffsetAndOnScreen) {
   EXPECT_EQ(at(-50, -20, 1100, 900), "0,20");
 }
 
-TEST_F(SourceViewTest, GeometryScrollingAndJumpsHoldToTheText) {
+TEST_F(SourceViewTest, GeometryScrollingJumpsAndFind) {
   writeFile(dir_.file("f"), numberedLines(1000) + std::string(300, 'x') + "\n");
   auto view = openView(dir_.file("f"), 500);
   ASSERT_EQ(view->lastError, 0);
@@ -162,11 +162,10 @@ TEST_F(SourceViewTest, GeometryScrollingAndJumpsHoldToTheText) {
   view->switchSourceView(dir_.file("short").c_str(), 2, 0, true, 0, false);
   view->setFirstVisibleLine(1);
   EXPECT_EQ(view->firstVisibleLine, 0);
-}
 
-TEST_F(SourceViewTest, FindGoesDownFromTheSelectionWithoutWrapping) {
-  writeFile(dir_.file("f"), numberedLines(95) + "\tTabbed Needle \xE9 here\n");
-  auto view = openView(dir_.file("f"));
+  // Find goes down from the selection, without wrapping.
+  writeFile(dir_.file("find"), numberedLines(95) + "\tTabbed Needle \xE9 here\n");
+  ASSERT_TRUE(view->switchSourceView(dir_.file("find").c_str(), 1, 0, false, 0, false));
   ASSERT_TRUE(view->find("needle", false));
   EXPECT_EQ(view->selectionStartLine, 9);
   EXPECT_EQ(view->selectionStartChar, 8);
