@@ -161,53 +161,36 @@ TEST(MakeFleet, RemakeDropsObsoleteEnginesAndDiscardsState) {
   EXPECT_TRUE(fileExistsNow(fleet + "/Case"));
 }
 
-// Builds a record list from (kind, label, text) triples.
-class RecordList {
- public:
-  ~RecordList() { freeConfigList(&head_); }
-  configItem* add(int kind, const char* label, const char* text = "", long number = 0) {
-    configItem* item = allocConfigItem(kind, label, &head_, &tail_);
-    if (kind == configString) item->value.asString = strdup(text);
-    if (kind == configEnviron) item->value.asEnviron = strdup(text);
-    if (kind == configInteger) item->value.asInteger = number;
-    if (kind == configBoolean) item->value.asBoolean = number ? OWB_TRUE : OWB_FALSE;
-    if (kind == configExternal) item->value.asExternal.cmdLine = strdup(text);
-    return item;
-  }
-  configItem* head() const { return head_; }
-
- private:
-  configItem* head_ = nullptr;
-  configItem* tail_ = nullptr;
-};
-
+// An external's command line takes its names from the records read before
+// its line, then from the environment.
 TEST(ExternalCommands, ExpandFromRecordsBeforeTheLineThenTheEnvironment) {
   owbtest::ScopedEnv fromEnvironment("OWBTEST_FROM_ENV", std::string("env-value"));
   owbtest::ScopedEnv shadowed("Dir", std::string("from-environment"));
-  RecordList records;
-  records.add(configString, "Dir", "/first");
-  records.add(configString, "Dir", "/opt/tools");
-  records.add(configInteger, "Port", "", 4711);
-  records.add(configBoolean, "Flag", "", 1);
-  records.add(configNil, "Nothing");
-  records.add(configEnviron, "MODE", "fast");
-  records.add(configExternal, "Port", "ignored");
-  configItem* line = records.add(configExternal, "tool", "");
-  records.add(configString, "Later", "too late");
+  owbtest::TempDir fleet;
+  ASSERT_TRUE(ensureDir(fleet.file("eng").c_str()));
+  writeWholeFile(fleet.file("eng/startup.cfg"),
+                 "Dir = \"/first\"\nDir = \"/opt/tools\"\nPort = 4711\nFlag = #true\nNothing = #nil\n@MODE = fast\n"
+                 "!Port = ignored\n!tool = x\nLater = \"too late\"\n");
+  configItem* records = nullptr;
+  ASSERT_TRUE(readConfigFile(fleet.path().c_str(), "eng", &records, nullptr, nullptr));
+  configItem* line = records;
+  while (line && !(line->kind == configExternal && std::strcmp(line->label, "tool") == 0)) line = line->next;
+  ASSERT_NE(line, nullptr);
 
   std::string expanded, missing;
-  EXPECT_FALSE(expandExternalCommand("run $OWBTEST_FROM_ENV", records.head(), line, &expanded, &missing));
+  EXPECT_FALSE(expandExternalCommand("run $OWBTEST_FROM_ENV", records, line, &expanded, &missing));
   EXPECT_EQ(missing, "$OWBTEST");  // `_` ends a name
 
-  ASSERT_TRUE(expandExternalCommand("$Dir/run -p $Port -f $Flag [$Nothing] $MODE $HOME", records.head(), line,
+  ASSERT_TRUE(expandExternalCommand("$Dir/run -p $Port -f $Flag [$Nothing] $MODE $HOME", records, line,
                                     &expanded, &missing));
   EXPECT_EQ(expanded, "/opt/tools/run -p 4711 -f true [] fast " + std::string(std::getenv("HOME")));
   EXPECT_EQ(commandDirectory(expanded), "/opt/tools");
   EXPECT_EQ(commandDirectory("tool -x /a/b"), "");
 
   // A name defined only after the line is not seen.
-  EXPECT_FALSE(expandExternalCommand("$Later", records.head(), line, &expanded, &missing));
+  EXPECT_FALSE(expandExternalCommand("$Later", records, line, &expanded, &missing));
   EXPECT_EQ(missing, "$Later");
+  freeConfigList(&records);
 }
 
 }  // namespace

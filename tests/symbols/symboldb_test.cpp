@@ -59,11 +59,7 @@ class SymbolDbTest : public ::testing::Test {
   }
 };
 
-TEST(SymbolDbFile, CreatedFilesAreValidAndOtherVersionsRefused) {
-  owbtest::TempDir dir;
-  std::string path = dir.file("a.sym");
-  SymbolDatabase db;
-  ASSERT_EQ(db.createDatabase(path.c_str()), kNoError);
+TEST_F(SymbolDbTest, CreatedFilesAreValidAndOtherVersionsRefused) {
   EXPECT_TRUE(SymbolDatabase::validSymbolFile(path.c_str()));
   EXPECT_FALSE(SymbolDatabase::validSymbolFile(dir.file("none").c_str()));
   Database other;
