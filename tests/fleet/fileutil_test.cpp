@@ -155,7 +155,7 @@ TEST(FileUtil, DirectoriesAreEnsuredRemovedAndMoved) {
   EXPECT_FALSE(dirExists(tmp.file("b").c_str()));
 }
 
-TEST(FileUtil, ReadALineCutsAtTheLastNewlineThenTheLastCarriageReturn) {
+TEST(FileUtil, ReadALineAndPadWithDirStayInTheirBuffers) {
   TempDir tmp;
   writeWholeFile(tmp.file("lines"), "plain\r\nsecond\n" + std::string(10, 'z') + "\nmid\rdle");
   FILE* file = std::fopen(tmp.file("lines").c_str(), "r");
@@ -167,9 +167,8 @@ TEST(FileUtil, ReadALineCutsAtTheLastNewlineThenTheLastCarriageReturn) {
   // A line longer than the buffer comes in pieces; the carriage return in
   // the middle of the last line cuts it.
   EXPECT_EQ(got, (std::vector<std::string>{"plain", "second", "zzzzzzz", "zzz", "mid"}));
-}
 
-TEST(FileUtil, PadWithDirPrefixesOnlyRelativeNamesAndStaysInItsBuffer) {
+  // padWithDir prefixes only relative names, and stays in its buffer.
   char name[16] = "eng1.pid";
   padWithDir(name, "/f", sizeof name);
   EXPECT_STREQ(name, "/f/eng1.pid");

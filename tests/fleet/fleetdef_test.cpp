@@ -101,7 +101,7 @@ TEST(FleetDefinition, WriterOutputIsExactAndReadsBack) {
   EXPECT_FALSE(again.securityOn);
 }
 
-TEST(FleetDefinition, ReaderAcceptsAnyCaseSpacingAndPlusEquals) {
+TEST(FleetDefinition, ReaderAcceptsAnyCaseSpacingAndPlusEqualsAndDefaultsTheRest) {
   DemoFleet fleet;
   RecordingOutput out;
   fleet.write(
@@ -137,6 +137,29 @@ TEST(FleetDefinition, ReaderAcceptsAnyCaseSpacingAndPlusEquals) {
   EXPECT_EQ(stringAt(engine->moduleConfigFiles, 1), "x");
   EXPECT_EQ(stringAt(engine->projectConfigFiles, 0), "odd");
   EXPECT_STREQ(engineAt(content, 1)->engineLabel, "");
+
+  // What the file leaves unsaid reads as options "-d1" with security on, not
+  // as a new FleetFileContent holds; engines read replace those held.
+  fleet.write(
+      "[ Common ]\nBasePort = 2000\n"
+      "[ Engine ]\nEngineName = one\nEnginePlaceConfig = p\n"
+      "[ Engine ]\nEngineName = two\nEnginePlaceConfig = p\n");
+  FleetFileContent defaulted;
+  defaulted.engines.include(new EngineConfiguration("stale"));
+  ASSERT_TRUE(validFleetDefFile(fleet.dir.c_str(), &defaulted));
+  EXPECT_STREQ(defaulted.engineOptions, "-d1");
+  EXPECT_TRUE(defaulted.securityOn);
+  ASSERT_EQ(defaulted.engines.totalElements, 2);
+  EXPECT_TRUE(engineAt(defaulted, 0)->loadDebugger);
+  List labels(kStandardChunkSize, TRUE, EqualCompare);
+  labels.include(new StringItem("old"));
+  ASSERT_TRUE(readEngineList(fleet.dir.c_str(), &labels));
+  ASSERT_EQ(labels.totalElements, 2);
+  EXPECT_EQ(stringAt(labels, 0), "one");
+  EXPECT_EQ(stringAt(labels, 1), "two");
+  fleet.write("[ Common ]\nBasePort = 5\n");  // a port too low fails the read
+  EXPECT_FALSE(readEngineList(fleet.dir.c_str(), &labels));
+  EXPECT_EQ(labels.totalElements, 0);
 }
 
 struct ReaderFault {
@@ -232,34 +255,6 @@ TEST(FleetDefinition, UnreadableDefinitionFailsSilentlyWithOnlyTheNameSetAndAnUn
   std::string missing = tmp.file("missing");
   EXPECT_FALSE(writeFleetDefinition(missing.c_str(), &content));
   EXPECT_EQ(out.alerts, (std::vector<Entry>{{"Unable to Write Fleet Definition File", missing + "/nofleet.flt"}}));
-}
-
-// What the file leaves unsaid reads as options "-d1" with security on, not
-// as a new FleetFileContent holds; engines read replace those held.
-TEST(FleetDefinition, ReaderDefaultsEngineListAndValidity) {
-  DemoFleet fleet;
-  fleet.write(
-      "[ Common ]\nBasePort = 2000\n"
-      "[ Engine ]\nEngineName = one\nEnginePlaceConfig = p\n"
-      "[ Engine ]\nEngineName = two\nEnginePlaceConfig = p\n");
-  FleetFileContent content;
-  content.engines.include(new EngineConfiguration("stale"));
-  ASSERT_TRUE(validFleetDefFile(fleet.dir.c_str(), &content));
-  EXPECT_STREQ(content.engineOptions, "-d1");
-  EXPECT_TRUE(content.securityOn);
-  ASSERT_EQ(content.engines.totalElements, 2);
-  EXPECT_TRUE(engineAt(content, 0)->loadDebugger);
-  List labels(kStandardChunkSize, TRUE, EqualCompare);
-  labels.include(new StringItem("old"));
-  ASSERT_TRUE(readEngineList(fleet.dir.c_str(), &labels));
-  ASSERT_EQ(labels.totalElements, 2);
-  EXPECT_EQ(stringAt(labels, 0), "one");
-  EXPECT_EQ(stringAt(labels, 1), "two");
-
-  RecordingOutput out;
-  fleet.write("[ Common ]\nBasePort = 5\n");
-  EXPECT_FALSE(readEngineList(fleet.dir.c_str(), &labels));
-  EXPECT_EQ(labels.totalElements, 0);
 }
 
 TEST(FleetDefinition, EngineConfigurationComparesByTypeThenLabelIgnoringCase) {
