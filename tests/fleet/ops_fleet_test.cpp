@@ -412,24 +412,26 @@ TEST(Descriptors, AnEngineInheritsNothingOfTheTool) {
   EXPECT_TRUE(killAll(fleet));
 }
 
-TEST(KillFleet, CanIgnoreFollowsChosenThenExternalThenEngineFlags) {
+// Kill and status filters: kill's follow the chosen process, then the
+// external and engine flags; status merges pid files into the records by
+// label and shows fossils.
+TEST(KillAndStatus, FiltersCleanUpAndFossils) {
   List engines(kStandardChunkSize, TRUE, EqualCompare);
   engines.include(new StringItem("Alpha"));
-  KillFleetArgs args;
-  EXPECT_FALSE(canIgnore("alpha", &args, &engines));
-  EXPECT_FALSE(canIgnore("other", &args, &engines));
-  args.enginesOnly = OWB_TRUE;
-  EXPECT_FALSE(canIgnore("ALPHA", &args, &engines));
-  EXPECT_TRUE(canIgnore("other", &args, &engines));
-  args.externalOnly = OWB_TRUE;  // wins over enginesOnly
-  EXPECT_TRUE(canIgnore("alpha", &args, &engines));
-  EXPECT_FALSE(canIgnore("other", &args, &engines));
-  std::snprintf(args.chosenProcess, sizeof args.chosenProcess, "alpha");  // wins over both
-  EXPECT_FALSE(canIgnore("Alpha", &args, &engines));
-  EXPECT_TRUE(canIgnore("other", &args, &engines));
-}
+  KillFleetArgs filter;
+  EXPECT_FALSE(canIgnore("alpha", &filter, &engines));
+  EXPECT_FALSE(canIgnore("other", &filter, &engines));
+  filter.enginesOnly = OWB_TRUE;
+  EXPECT_FALSE(canIgnore("ALPHA", &filter, &engines));
+  EXPECT_TRUE(canIgnore("other", &filter, &engines));
+  filter.externalOnly = OWB_TRUE;  // wins over enginesOnly
+  EXPECT_TRUE(canIgnore("alpha", &filter, &engines));
+  EXPECT_FALSE(canIgnore("other", &filter, &engines));
+  std::snprintf(filter.chosenProcess, sizeof filter.chosenProcess, "alpha");  // wins over both
+  EXPECT_FALSE(canIgnore("Alpha", &filter, &engines));
+  EXPECT_TRUE(canIgnore("other", &filter, &engines));
 
-TEST(KillFleet, ChosenProcessCleansItsOutputButEveryEnginesProfile) {
+  // A chosen process's clean-up takes its output but every engine's profile.
   opstest::FleetSandbox sandbox;
   const std::string fleet = sandbox.fleetDir("tidy");
   makeDefinedFleet(fleet, {"one", "two"}, 9000);
@@ -452,24 +454,21 @@ TEST(KillFleet, ChosenProcessCleansItsOutputButEveryEnginesProfile) {
   EXPECT_FALSE(killAll(sandbox.fleetDir("nothing")));
   ASSERT_EQ(sandbox.output.fatals.size(), 1u);
   EXPECT_EQ(sandbox.output.fatals[0], (owbtest::RecordingOutput::Entry{"ERROR", "Cannot read the fleet's definition"}));
-}
 
-TEST(PsFleet, FiltersAndFossils) {
-  opstest::FleetSandbox sandbox;
-  const std::string fleet = sandbox.fleetDir("seen");
-  makeDefinedFleet(fleet, {"one", "two"}, 9100);
-  writeWholeFile(fleet + "/ONE.pid", "999998\nrecorded command\n9100\n9106\n9102\n");
-  writeWholeFile(fleet + "/relic.pid", "");
+  const std::string seen = sandbox.fleetDir("seen");
+  makeDefinedFleet(seen, {"one", "two"}, 9100);
+  writeWholeFile(seen + "/ONE.pid", "999998\nrecorded command\n9100\n9106\n9102\n");
+  writeWholeFile(seen + "/relic.pid", "");
   auto labels = [&](bool enginesOnly, bool externalsOnly, const char* specific) {
-    auto args = opstest::argsFor<PsFleetArgs>(fleet);
+    auto args = opstest::argsFor<PsFleetArgs>(seen);
     args.enginesOnly = enginesOnly ? OWB_TRUE : OWB_FALSE;
     args.externalsOnly = externalsOnly ? OWB_TRUE : OWB_FALSE;
     std::snprintf(args.specificProcess, sizeof args.specificProcess, "%s", specific);
     fleetProcessInfo* list = nullptr;
     EXPECT_TRUE(psFleet(&args, &list));
-    std::string seen = describe(list);
+    std::string records = describe(list);
     freeFleetProcessInfo(&list);
-    return seen;
+    return records;
   };
   // A label differing only in case merges into the engine's record.
   const std::string one = "one:0:0:999998:9100/9102/9106 ", two = "two:0:0:0:0/0/0 ";
@@ -483,8 +482,8 @@ TEST(PsFleet, FiltersAndFossils) {
   EXPECT_EQ(labels(false, false, "nobody"), "");
 
   // Without a definition the pid files alone tell.
-  unlink((fleet + "/seen.flt").c_str());
-  unlink((fleet + "/relic.pid").c_str());  // fossils come in directory order: keep one
+  unlink((seen + "/seen.flt").c_str());
+  unlink((seen + "/relic.pid").c_str());  // fossils come in directory order: keep one
   EXPECT_EQ(labels(false, false, ""), "ONE:2:0:999998:0/0/0 ");
 
   auto missing = opstest::argsFor<PsFleetArgs>(sandbox.fleetDir("absent"));

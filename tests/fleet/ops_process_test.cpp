@@ -143,7 +143,7 @@ struct EnvironRecord {
 
 // run_prog records the process, its ports and its output; the terminal form
 // goes through the configured terminal; a directory it cannot enter starts
-// nothing.
+// nothing.  And the terminal settings when the file lacks them.
 TEST(RunCommandWithPid, RecordsTheProcessAndItsOutputInBothForms) {
   opstest::ChildReaper reaper;
   opstest::FleetSandbox sandbox;
@@ -185,10 +185,8 @@ TEST(RunCommandWithPid, RecordsTheProcessAndItsOutputInBothForms) {
   // The parent has reported success; only the missing pid file tells.
   std::this_thread::sleep_for(std::chrono::milliseconds(300));
   EXPECT_FALSE(fileExistsNow(fleet + "/lost.pid"));
-}
 
-TEST(TerminalSettings, DefaultsFileAndCreation) {
-  opstest::FleetSandbox sandbox;
+  // The terminal settings: defaults, and the file made when there is none.
   char program[kTerminalSettingSize];
   char options[kTerminalSettingSize];
   const std::string settings = sandbox.homeDir() + "/.owb/xterm_settings";
