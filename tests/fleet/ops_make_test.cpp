@@ -24,7 +24,7 @@ std::vector<long> numbers(List& list) {
   return values;
 }
 
-TEST(MakeFleet, WritesRegionEnginesAndPortsOfTwoEngines) {
+TEST(MakeFleet, WritesRegionEnginesAndPortsOfTwoEnginesPlacePortsAndEmptyFleets) {
   opstest::FleetSandbox sandbox;
   const std::string fleet = sandbox.fleetDir("twin");
   const std::string place = sandbox.root() + "/place.cfg";
@@ -102,17 +102,12 @@ TEST(MakeFleet, WritesRegionEnginesAndPortsOfTwoEngines) {
                                         "@MNI_PORT=6004 @MOCK_PORT=6006 ");
   EXPECT_EQ(portSettings("B"), shared + "EnginePort=6008 @UDP_PORT=6008 EngineTCPPort=6010 @TCP_PORT=6010 "
                                         "@MNI_PORT=6012 @MOCK_PORT=6014 ");
-}
 
-TEST(MakeFleet, PlaceFilePortsAndEmptyFleets) {
-  opstest::FleetSandbox sandbox;
-  const std::string place = sandbox.root() + "/place.cfg";
   // A place port comes after the engine's four; a standard name reuses its number.
   writeWholeFile(place, "PlacePort = $NEW_ENG_PORT$\nEngineTCPPort = $NEW_ENG_PORT$\n");
-  MakeFleetArgs args;
-  opstest::defineFleet(&args, sandbox.fleetDir("placed"), {"A", "B"}, place, 7000);
-  List debuggerPorts(kStandardChunkSize, TRUE, EqualCompare);
-  ASSERT_TRUE(makeFleet(&args, &debuggerPorts));
+  MakeFleetArgs placed;
+  opstest::defineFleet(&placed, sandbox.fleetDir("placed"), {"A", "B"}, place, 7000);
+  ASSERT_TRUE(makeFleet(&placed, &debuggerPorts));
   EXPECT_EQ(readWholeFile(sandbox.fleetDir("placed") + "/region/ports.cfg"),
             "RegionPort = 7000\nA_EngineTCPPort = 7002\nA_MNI_PORT = 7004\nA_MOCK_PORT = 7006\nA_PlacePort = 7008\n"
             "B_EnginePort = 7010\nB_EngineTCPPort = 7012\nB_MNI_PORT = 7014\nB_MOCK_PORT = 7016\n"

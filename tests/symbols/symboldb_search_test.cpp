@@ -85,6 +85,20 @@ TEST_F(SymbolSearchTest, SearchWalksDepthFirstBothWaysOrFlat) {
   ASSERT_EQ(length_, 3);
   EXPECT_EQ(name(path_[0]) + "/" + name(path_[1]) + "/" + name(path_[2]), "Animal/Bird/Eagle");
   EXPECT_FALSE(find("E*"));
+
+  // A feature search resumes inside the class it found.
+  db.resetSearchPosition();
+  ASSERT_TRUE(find("eat*", TRUE, TRUE, kSearchOperations));
+  EXPECT_EQ(name(path_[0]), "Animal");
+  EXPECT_EQ(feature_, 1);
+  ASSERT_TRUE(find("eat*", TRUE, TRUE, kSearchOperations));
+  EXPECT_EQ(feature_, 3);
+  EXPECT_FALSE(find("eat*", TRUE, TRUE, kSearchOperations));
+
+  db.resetSearchPosition();
+  ASSERT_TRUE(find("eat?", TRUE, FALSE, kSearchAttributes));
+  EXPECT_EQ(name(path_[0]), "Cat");
+  EXPECT_EQ(length_, 1);
 }
 
 TEST_F(SymbolSearchTest, SharedSubclassesAreVisitedPerPathButCannotMakeASearchEndless) {
@@ -110,21 +124,6 @@ TEST_F(SymbolSearchTest, SharedSubclassesAreVisitedPerPathButCannotMakeASearchEn
   ASSERT_TRUE(find("L23?"));
   ASSERT_EQ(length_, 25);
   EXPECT_EQ(name(path_[24]), "L23a");
-}
-
-TEST_F(SymbolSearchTest, FeatureSearchResumesInsideAClass) {
-  db.resetSearchPosition();
-  ASSERT_TRUE(find("eat*", TRUE, TRUE, kSearchOperations));
-  EXPECT_EQ(name(path_[0]), "Animal");
-  EXPECT_EQ(feature_, 1);
-  ASSERT_TRUE(find("eat*", TRUE, TRUE, kSearchOperations));
-  EXPECT_EQ(feature_, 3);
-  EXPECT_FALSE(find("eat*", TRUE, TRUE, kSearchOperations));
-
-  db.resetSearchPosition();
-  ASSERT_TRUE(find("eat?", TRUE, FALSE, kSearchAttributes));
-  EXPECT_EQ(name(path_[0]), "Cat");
-  EXPECT_EQ(length_, 1);
 }
 
 TEST_F(SymbolSearchTest, MergingBringsInMissingClassesWithTheirLinksAndMaps) {

@@ -255,35 +255,7 @@ TEST_F(SymbolDbTest, ClassOrderIsBlockOrderForWritersAndNameOrderForReaders) {
   EXPECT_EQ(rec.recordNumber, 0);
 }
 
-TEST_F(SymbolDbTest, ALineRepeatedAllOverAMapGivesABoundedSortedAnswer) {
-  SourceLoc start = locIn("src/big.w", 1);
-  RecordIdentifier big = makeClass("Big", "src/big.w");
-  ASSERT_EQ(db.addOperation(big, "run", &start), kNoError);
-  // Line 5 three thousand times, written from the highest position down,
-  // 1000 positions apart: three million positions unbounded.
-  std::vector<PC_MAP> map;
-  for (long i = 2999; i >= 0; --i) map.push_back({{1, 5}, 1000 * i});
-  ASSERT_EQ(db.addMap(big, "run", map.data(), static_cast<long>(map.size())), kNoError);
-
-  List positions(kStandardChunkSize, TRUE, EqualCompare);
-  positions.include(new NumberItem(7));  // what the caller held is sorted in
-  Boolean lastLine = FALSE;
-  ASSERT_TRUE(db.lineNumberToPosition(big, 1, 5, &positions, &lastLine));
-  EXPECT_TRUE(lastLine);
-  ASSERT_EQ(positions.totalElements, 65536 + 1);
-  long previous = -1;
-  for (long i = 0; i < positions.totalElements; ++i) {
-    long number = static_cast<NumberItem*>(positions.get(i))->number;
-    ASSERT_LE(previous, number) << "at " << i;
-    previous = number;
-  }
-  // The lowest positions are kept: 0 to 65535, with the caller's 7 twice.
-  EXPECT_EQ(static_cast<NumberItem*>(positions.get(0))->number, 0);
-  EXPECT_EQ(static_cast<NumberItem*>(positions.get(8))->number, 7);
-  EXPECT_EQ(static_cast<NumberItem*>(positions.get(65536))->number, 65535);
-}
-
-TEST_F(SymbolDbTest, PositionMapsTranslateBothWays) {
+TEST_F(SymbolDbTest, PositionMapsTranslateBothWaysWithBoundedSortedAnswers) {
   SourceLoc first = locIn("src/calc.w", 10), second = locIn("src/calc.w", 20);
   RecordIdentifier calc = makeClass("Calc", "src/calc.w");
   ASSERT_EQ(db.addOperation(calc, "add", &first), kNoError);
@@ -351,6 +323,33 @@ TEST_F(SymbolDbTest, PositionMapsTranslateBothWays) {
   ASSERT_EQ(db.addOperation(plain, "noop", &first), kNoError);
   EXPECT_EQ(db.positionToLineNumber(plain, 1, 0), -1);
   EXPECT_EQ(db.lastError, kOperationHasNoMap);
+
+  // A line repeated all over a map gives a bounded, sorted answer.
+  SourceLoc start = locIn("src/big.w", 1);
+  RecordIdentifier big = makeClass("Big", "src/big.w");
+  ASSERT_EQ(db.addOperation(big, "run", &start), kNoError);
+  // Line 5 three thousand times, written from the highest position down,
+  // 1000 positions apart: three million positions unbounded.
+  std::vector<PC_MAP> bigMap;
+  for (long i = 2999; i >= 0; --i) bigMap.push_back({{1, 5}, 1000 * i});
+  ASSERT_EQ(db.addMap(big, "run", bigMap.data(), static_cast<long>(bigMap.size())), kNoError);
+
+  List bounded(kStandardChunkSize, TRUE, EqualCompare);
+  bounded.include(new NumberItem(7));  // what the caller held is sorted in
+  lastLine = FALSE;
+  ASSERT_TRUE(db.lineNumberToPosition(big, 1, 5, &bounded, &lastLine));
+  EXPECT_TRUE(lastLine);
+  ASSERT_EQ(bounded.totalElements, 65536 + 1);
+  long previous = -1;
+  for (long i = 0; i < bounded.totalElements; ++i) {
+    long number = static_cast<NumberItem*>(bounded.get(i))->number;
+    ASSERT_LE(previous, number) << "at " << i;
+    previous = number;
+  }
+  // The lowest positions are kept: 0 to 65535, with the caller's 7 twice.
+  EXPECT_EQ(static_cast<NumberItem*>(bounded.get(0))->number, 0);
+  EXPECT_EQ(static_cast<NumberItem*>(bounded.get(8))->number, 7);
+  EXPECT_EQ(static_cast<NumberItem*>(bounded.get(65536))->number, 65535);
 }
 
 // symdump prints what a symbol file holds.
