@@ -111,29 +111,9 @@ TEST_F(ConfigFiles, OptionValuesAreClassifiedTheRestIgnoredAndCommentsRemoved) {
                                              {"Illegal configuration line", "Illegal line in " + path + ":  /"}}));
 }
 
-TEST_F(ConfigFiles, FaultyLinesAlertAndTheReadGoesOn) {
-  writeStartup(
-      "  # indented, so not a comment\n"
-      "Empty =\n"
-      "include\n"
-      "@PPP =\n"
-      "@ = x\n"
-      "!ext = cmd $HOME\n"
-      "&bg = daemon -x\n"
-      "!nothing\n"
-      "Undef(x) = 1\n"
-      "After = 1\n");
-  std::string prefix = "Illegal line in " + file("eng/startup.cfg") + ":  ";
-  EXPECT_EQ(readStartup(), (Lines{"environ PPP ", "external ext 0 cmd $HOME", "external bg 1 daemon -x", "integer After 1"}));
-  EXPECT_EQ(out_.alerts, (std::vector<Entry>{{"Illegal configuration line", prefix + "  # indented, so not a comment"},
-                                             {"Illegal configuration line", prefix + "Empty value for keyword"},
-                                             {"Illegal configuration line", prefix + "include"},
-                                             {"Illegal configuration line", prefix + "@ = x"},
-                                             {"Illegal configuration line", prefix + "!nothing"},
-                                             {"Macro Not Defined", "x"}}));
-}
-
-TEST_F(ConfigFiles, SubstitutionExpandsTheFirstNamedMacroOnly) {
+// Substitution expands the first named macro only; faulty lines alert and
+// the read goes on.
+TEST_F(ConfigFiles, SubstitutionAndFaultyLines) {
   setHostIP();
   std::snprintf(OWKInstallDir, sizeof OWKInstallDir, "/opt/owb");
   writeStartup(
@@ -162,6 +142,26 @@ TEST_F(ConfigFiles, SubstitutionExpandsTheFirstNamedMacroOnly) {
                    "string FromNil #nil", "string Dir /opt/owb/lib", std::string("string Ip ") + ThisHostIP,
                    "environ Env A-A", "integer NoMacros 3"}));
   EXPECT_TRUE(out_.everything().empty());
+
+  writeStartup(
+      "  # indented, so not a comment\n"
+      "Empty =\n"
+      "include\n"
+      "@PPP =\n"
+      "@ = x\n"
+      "!ext = cmd $HOME\n"
+      "&bg = daemon -x\n"
+      "!nothing\n"
+      "Undef(x) = 1\n"
+      "After = 1\n");
+  std::string prefix = "Illegal line in " + file("eng/startup.cfg") + ":  ";
+  EXPECT_EQ(readStartup(), (Lines{"environ PPP ", "external ext 0 cmd $HOME", "external bg 1 daemon -x", "integer After 1"}));
+  EXPECT_EQ(out_.alerts, (std::vector<Entry>{{"Illegal configuration line", prefix + "  # indented, so not a comment"},
+                                             {"Illegal configuration line", prefix + "Empty value for keyword"},
+                                             {"Illegal configuration line", prefix + "include"},
+                                             {"Illegal configuration line", prefix + "@ = x"},
+                                             {"Illegal configuration line", prefix + "!nothing"},
+                                             {"Macro Not Defined", "x"}}));
 }
 
 TEST_F(ConfigFiles, IncludesAreFoundAsGivenOrThroughAutoLoadPathWithoutCyclesOrEndlessDepth) {

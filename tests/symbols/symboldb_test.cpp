@@ -142,7 +142,7 @@ TEST_F(SymbolDbTest, ClassesKeepTheirFeaturesFilesAndNames) {
   EXPECT_NEAR(stamp, static_cast<long>(timeInSeconds()), 5);
 }
 
-TEST_F(SymbolDbTest, NamesOfEqualHashAreAllFound) {
+TEST_F(SymbolDbTest, NamesOfEqualHashAreAllFoundAndRecompilingKeepsOnlyLinks) {
   // The last character does not count, so these two share a hash value.
   RecordIdentifier first = makeClass("Widgeta");
   RecordIdentifier second = makeClass("Widgetb");
@@ -160,9 +160,8 @@ TEST_F(SymbolDbTest, NamesOfEqualHashAreAllFound) {
   // Names beyond 63 characters compare on their first 63.
   RecordIdentifier longClass = makeClass(std::string(80, 'L').c_str());
   EXPECT_EQ(numberOf((std::string(63, 'L') + "xyz").c_str()), longClass.recordNumber);
-}
 
-TEST_F(SymbolDbTest, RecompilingAClassEmptiesItsFeaturesButKeepsLinks) {
+  // Recompiling a class empties its features but keeps its links.
   RecordIdentifier base = makeClass("Base");
   RecordIdentifier derived = makeClass("Derived");
   ASSERT_EQ(db.addDoubleLink(base, derived), kNoError);
