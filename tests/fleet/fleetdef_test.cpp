@@ -101,7 +101,7 @@ TEST(FleetDefinition, WriterOutputIsExactAndReadsBack) {
   EXPECT_FALSE(again.securityOn);
 }
 
-TEST(FleetDefinition, ReaderAcceptsAnyCaseSpacingAndPlusEqualsAndDefaultsTheRest) {
+TEST(FleetDefinition, ReaderAcceptsAnyCaseSpacingAndPlusEqualsDefaultsTheRestAndFailsQuietlyWithoutAFile) {
   DemoFleet fleet;
   RecordingOutput out;
   fleet.write(
@@ -160,6 +160,36 @@ TEST(FleetDefinition, ReaderAcceptsAnyCaseSpacingAndPlusEqualsAndDefaultsTheRest
   fleet.write("[ Common ]\nBasePort = 5\n");  // a port too low fails the read
   EXPECT_FALSE(readEngineList(fleet.dir.c_str(), &labels));
   EXPECT_EQ(labels.totalElements, 0);
+
+  // A directory without a readable definition fails silently with only the
+  // name set; a definition that cannot be written alerts.
+  out.clear();
+  FleetFileContent unread;
+  unread.basePort = 42;
+  std::string dir = fleet.tmp.file("nofleet");
+  ensureDir(dir.c_str());
+  EXPECT_FALSE(readFleetDefinition(dir.c_str(), &unread));
+  EXPECT_STREQ(unread.fleetName, "nofleet");
+  EXPECT_EQ(unread.basePort, 42);
+  EXPECT_FALSE(validFleetDefFile(dir.c_str(), &unread));
+  EXPECT_FALSE(validFleetDefFile(fleet.tmp.file("absent").c_str(), &unread));
+
+  // A trailing slash leaves an empty name: the file looked for is ".flt".
+  writeWholeFile(dir + "/.flt", "[ Common ]\nBasePort = 3000\n");
+  EXPECT_TRUE(readFleetDefinition((dir + "/").c_str(), &unread));
+  EXPECT_STREQ(unread.fleetName, "");
+  EXPECT_EQ(unread.basePort, 3000);
+  EXPECT_TRUE(out.everything().empty());
+
+  // A directory where the file should be is not a definition either.
+  ensureDir((dir + "/nofleet.flt").c_str());
+  EXPECT_FALSE(readFleetDefinition(dir.c_str(), &unread));
+  EXPECT_TRUE(out.everything().empty());
+
+  // The writer says which file it could not create.
+  std::string missing = fleet.tmp.file("missing");
+  EXPECT_FALSE(writeFleetDefinition(missing.c_str(), &unread));
+  EXPECT_EQ(out.alerts, (std::vector<Entry>{{"Unable to Write Fleet Definition File", missing + "/nofleet.flt"}}));
 }
 
 struct ReaderFault {
@@ -224,37 +254,6 @@ TEST(FleetDefinition, EveryReaderFaultAlertsWithItsLineAndStopsTheRead) {
   EXPECT_EQ(out.alerts, (std::vector<Entry>{{"Unable to Read Fleet Definition",
                                              "Illegal line format on line number 4 of " + fleet.definitionPath()}}));
   EXPECT_EQ(std::strlen(content.engineOptions), sizeof(processLabelType) - 1);  // truncated at its field
-}
-
-TEST(FleetDefinition, UnreadableDefinitionFailsSilentlyWithOnlyTheNameSetAndAnUnwritableOneAlerts) {
-  TempDir tmp;
-  RecordingOutput out;
-  FleetFileContent content;
-  content.basePort = 42;
-  std::string dir = tmp.file("nofleet");
-  ensureDir(dir.c_str());
-  EXPECT_FALSE(readFleetDefinition(dir.c_str(), &content));
-  EXPECT_STREQ(content.fleetName, "nofleet");
-  EXPECT_EQ(content.basePort, 42);
-  EXPECT_FALSE(validFleetDefFile(dir.c_str(), &content));
-  EXPECT_FALSE(validFleetDefFile(tmp.file("absent").c_str(), &content));
-
-  // A trailing slash leaves an empty name: the file looked for is ".flt".
-  writeWholeFile(dir + "/.flt", "[ Common ]\nBasePort = 3000\n");
-  EXPECT_TRUE(readFleetDefinition((dir + "/").c_str(), &content));
-  EXPECT_STREQ(content.fleetName, "");
-  EXPECT_EQ(content.basePort, 3000);
-  EXPECT_TRUE(out.everything().empty());
-
-  // A directory where the file should be is not a definition either.
-  ensureDir((dir + "/nofleet.flt").c_str());
-  EXPECT_FALSE(readFleetDefinition(dir.c_str(), &content));
-  EXPECT_TRUE(out.everything().empty());
-
-  // The writer says which file it could not create.
-  std::string missing = tmp.file("missing");
-  EXPECT_FALSE(writeFleetDefinition(missing.c_str(), &content));
-  EXPECT_EQ(out.alerts, (std::vector<Entry>{{"Unable to Write Fleet Definition File", missing + "/nofleet.flt"}}));
 }
 
 TEST(FleetDefinition, EngineConfigurationComparesByTypeThenLabelIgnoringCase) {
