@@ -29,31 +29,7 @@ void setModificationTime(const std::string& path, time_t when) {
   utime(path.c_str(), &times);
 }
 
-TEST(FileUtil, EnsureDirMakesMissingParentsAndRefusesAFile) {
-  TempDir tmp;
-  RecordingOutput out;
-  std::string nested = tmp.file("a/b/c");
-  EXPECT_TRUE(ensureDir(nested.c_str()));
-  EXPECT_TRUE(dirExists(tmp.file("a/b").c_str()));
-  EXPECT_TRUE(dirExists(nested.c_str()));
-  EXPECT_TRUE(ensureDir(nested.c_str()));  // already there
-
-  writeWholeFile(tmp.file("plain"), "keep");
-  EXPECT_FALSE(ensureDir(tmp.file("plain").c_str()));
-  EXPECT_EQ(readWholeFile(tmp.file("plain")), "keep");
-  EXPECT_FALSE(createDir(tmp.file("plain/sub").c_str()));
-  EXPECT_EQ(out.everything(),
-            (std::vector<Entry>{{"Cannot Make Directory", tmp.file("plain") + " exists and is not a directory"},
-                                {"Cannot Make Directory", tmp.file("plain") + " exists and is not a directory"},
-                                {"Cannot Make Directory", "Failed to create directory " + tmp.file("plain/sub")}}));
-
-  EXPECT_TRUE(testIfFileExists(tmp.file("plain").c_str()));
-  EXPECT_FALSE(testIfFileExists(tmp.file("a").c_str()));
-  EXPECT_FALSE(dirExists(tmp.file("plain").c_str()));
-  EXPECT_EQ(out.everything().size(), 3u);  // the tests themselves are silent
-}
-
-TEST(FileUtil, CopyFileCopiesContentAndModesAndReportsEachFailure) {
+TEST(FileUtil, CopyFileAndCopyDirCopyContentAndModesAndReportEachFailure) {
   umask(022);
   TempDir tmp;
   RecordingOutput out;
@@ -69,6 +45,19 @@ TEST(FileUtil, CopyFileCopiesContentAndModesAndReportsEachFailure) {
   EXPECT_EQ(out.everything(),
             (std::vector<Entry>{{"Cannot Copy File", "Unable to open " + tmp.file("missing") + " to make a copy"},
                                 {"Cannot Copy File", "Unable to create or write " + tmp.file("nodir/d3")}}));
+
+  out.clear();
+  ASSERT_TRUE(ensureDir(tmp.file("tree/db/deep").c_str()));
+  writeWholeFile(tmp.file("tree/run.sh"), "#!/bin/sh\n");
+  chmod(tmp.file("tree/run.sh").c_str(), 0750);
+  writeWholeFile(tmp.file("tree/db/deep/data"), big);
+  EXPECT_TRUE(copyDir(tmp.file("tree").c_str(), tmp.file("copy").c_str()));
+  EXPECT_EQ(modeOf(tmp.file("copy/run.sh")), 0750u);
+  EXPECT_EQ(readWholeFile(tmp.file("copy/db/deep/data")), big);
+  EXPECT_TRUE(out.everything().empty());
+  EXPECT_FALSE(copyDir(tmp.file("nothing").c_str(), tmp.file("copy2").c_str()));
+  EXPECT_EQ(out.alerts,
+            (std::vector<Entry>{{"Cannot Copy Directory", "Failed to open directory " + tmp.file("nothing")}}));
 }
 
 TEST(FileUtil, EnsureCopyCopiesOnlyWhenTheTargetIsNotCurrent) {
@@ -109,9 +98,33 @@ TEST(FileUtil, EnsureCopyCopiesOnlyWhenTheTargetIsNotCurrent) {
                 {"Cannot Copy File", "Cannot find the source file " + tmp.file("src/sub/gone.cfg") + "\n"}}));
 }
 
-TEST(FileUtil, RemoveDirRemovesATreeAndIsQuietAboutAMissingOne) {
+// ensureDir makes missing parents and refuses a file; removeDir takes a
+// tree and is quiet about a missing one; moveDir replaces the destination,
+// but not by itself.
+TEST(FileUtil, DirectoriesAreEnsuredRemovedAndMoved) {
   TempDir tmp;
   RecordingOutput out;
+  std::string nested = tmp.file("a/b/c");
+  EXPECT_TRUE(ensureDir(nested.c_str()));
+  EXPECT_TRUE(dirExists(tmp.file("a/b").c_str()));
+  EXPECT_TRUE(dirExists(nested.c_str()));
+  EXPECT_TRUE(ensureDir(nested.c_str()));  // already there
+
+  writeWholeFile(tmp.file("plain"), "keep");
+  EXPECT_FALSE(ensureDir(tmp.file("plain").c_str()));
+  EXPECT_EQ(readWholeFile(tmp.file("plain")), "keep");
+  EXPECT_FALSE(createDir(tmp.file("plain/sub").c_str()));
+  EXPECT_EQ(out.everything(),
+            (std::vector<Entry>{{"Cannot Make Directory", tmp.file("plain") + " exists and is not a directory"},
+                                {"Cannot Make Directory", tmp.file("plain") + " exists and is not a directory"},
+                                {"Cannot Make Directory", "Failed to create directory " + tmp.file("plain/sub")}}));
+
+  EXPECT_TRUE(testIfFileExists(tmp.file("plain").c_str()));
+  EXPECT_FALSE(testIfFileExists(tmp.file("a").c_str()));
+  EXPECT_FALSE(dirExists(tmp.file("plain").c_str()));
+  EXPECT_EQ(out.everything().size(), 3u);  // the tests themselves are silent
+
+  out.clear();
   ASSERT_TRUE(ensureDir(tmp.file("tree/x/y").c_str()));
   writeWholeFile(tmp.file("tree/f"), "1");
   writeWholeFile(tmp.file("tree/x/y/g"), "2");
@@ -121,14 +134,10 @@ TEST(FileUtil, RemoveDirRemovesATreeAndIsQuietAboutAMissingOne) {
   EXPECT_TRUE(removeDir(tmp.file("tree").c_str()));
   EXPECT_TRUE(out.everything().empty());
 
-  writeWholeFile(tmp.file("plain"), "");
   EXPECT_FALSE(removeDir(tmp.file("plain").c_str()));
   EXPECT_EQ(out.alerts, (std::vector<Entry>{{"Failed to Remove Directory", tmp.file("plain")}}));
-}
 
-TEST(FileUtil, MoveDirReplacesTheDestinationButNotByItself) {
-  TempDir tmp;
-  RecordingOutput out;
+  out.clear();
   ASSERT_TRUE(ensureDir(tmp.file("a").c_str()));
   writeWholeFile(tmp.file("a/f"), "from a");
   ASSERT_TRUE(ensureDir(tmp.file("b").c_str()));
@@ -146,26 +155,7 @@ TEST(FileUtil, MoveDirReplacesTheDestinationButNotByItself) {
   EXPECT_FALSE(dirExists(tmp.file("b").c_str()));
 }
 
-TEST(FileUtil, CopyDirCopiesATreeWithPermissions) {
-  umask(022);
-  TempDir tmp;
-  RecordingOutput out;
-  ASSERT_TRUE(ensureDir(tmp.file("src/db/deep").c_str()));
-  writeWholeFile(tmp.file("src/run.sh"), "#!/bin/sh\n");
-  chmod(tmp.file("src/run.sh").c_str(), 0750);
-  writeWholeFile(tmp.file("src/db/deep/data"), std::string(3000, 'd'));
-  EXPECT_TRUE(copyDir(tmp.file("src").c_str(), tmp.file("copy").c_str()));
-  EXPECT_EQ(readWholeFile(tmp.file("copy/run.sh")), "#!/bin/sh\n");
-  EXPECT_EQ(modeOf(tmp.file("copy/run.sh")), 0750u);
-  EXPECT_EQ(readWholeFile(tmp.file("copy/db/deep/data")), std::string(3000, 'd'));
-  EXPECT_TRUE(out.everything().empty());
-
-  EXPECT_FALSE(copyDir(tmp.file("nothing").c_str(), tmp.file("copy2").c_str()));
-  EXPECT_EQ(out.alerts,
-            (std::vector<Entry>{{"Cannot Copy Directory", "Failed to open directory " + tmp.file("nothing")}}));
-}
-
-TEST(FileUtil, ReadALineCutsAtTheLastNewlineThenTheLastCarriageReturn) {
+TEST(FileUtil, ReadALineAndPadWithDirStayInTheirBuffers) {
   TempDir tmp;
   writeWholeFile(tmp.file("lines"), "plain\r\nsecond\n" + std::string(10, 'z') + "\nmid\rdle");
   FILE* file = std::fopen(tmp.file("lines").c_str(), "r");
@@ -177,9 +167,8 @@ TEST(FileUtil, ReadALineCutsAtTheLastNewlineThenTheLastCarriageReturn) {
   // A line longer than the buffer comes in pieces; the carriage return in
   // the middle of the last line cuts it.
   EXPECT_EQ(got, (std::vector<std::string>{"plain", "second", "zzzzzzz", "zzz", "mid"}));
-}
 
-TEST(FileUtil, PadWithDirPrefixesOnlyRelativeNamesAndStaysInItsBuffer) {
+  // padWithDir prefixes only relative names, and stays in its buffer.
   char name[16] = "eng1.pid";
   padWithDir(name, "/f", sizeof name);
   EXPECT_STREQ(name, "/f/eng1.pid");

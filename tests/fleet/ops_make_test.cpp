@@ -3,8 +3,10 @@
 #include <gtest/gtest.h>
 #include <sys/stat.h>
 
+#include <algorithm>
 #include <string>
 
+#include "fleet/configlang.h"
 #include "fleet/eng_util.h"
 #include "fleet/launch.h"
 #include "fleet/mkfleet.h"
@@ -22,7 +24,7 @@ std::vector<long> numbers(List& list) {
   return values;
 }
 
-TEST(MakeFleet, WritesRegionEnginesAndPortsOfTwoEngines) {
+TEST(MakeFleet, WritesRegionEnginesAndPortsOfTwoEnginesPlacePortsAndEmptyFleets) {
   opstest::FleetSandbox sandbox;
   const std::string fleet = sandbox.fleetDir("twin");
   const std::string place = sandbox.root() + "/place.cfg";
@@ -76,17 +78,36 @@ TEST(MakeFleet, WritesRegionEnginesAndPortsOfTwoEngines) {
                 "EngineLocation = \"B\"\nEngineIPAddress = \"127.0.0.1\"\nEnginePort = $NEW_ENG_PORT$\n" +
                 portLines + "\n# Loading installed OWB module configuration files:\n\n" + "include = m.cfg\n" +
                 "\n# Loading project configuration files:\n\n");
-}
+  const auto& notes = sandbox.output.notes;
+  EXPECT_NE(std::find(notes.begin(), notes.end(), owbtest::RecordingOutput::Entry{"Allocated port", "RegionPort -> 6000"}),
+            notes.end());
 
-TEST(MakeFleet, PlaceFilePortsAndEmptyFleets) {
-  opstest::FleetSandbox sandbox;
-  const std::string place = sandbox.root() + "/place.cfg";
+  // Read in use, each engine's port settings take their numbers from
+  // ports.cfg: "@" marks an environment setting.
+  auto portSettings = [&](const char* engine) {
+    configItem* records = nullptr;
+    EXPECT_TRUE(readConfigFile(fleet.c_str(), engine, &records, nullptr, nullptr));
+    std::string found;
+    for (configItem* item = records; item; item = item->next) {
+      std::string label = item->label ? item->label : "";
+      if (label == "RegionPort" || label == "EnginePort" || label == "EngineTCPPort" || label.find("_PORT") != std::string::npos)
+        found += item->kind == configEnviron ? "@" + label + "=" + item->value.asEnviron + " "
+                                             : label + "=" + std::to_string(item->value.asInteger) + " ";
+    }
+    freeConfigList(&records);
+    return found;
+  };
+  const std::string shared = "RegionPort=6000 A_MNI_PORT=6004 A_MOCK_PORT=6006 B_MNI_PORT=6012 B_MOCK_PORT=6014 ";
+  EXPECT_EQ(portSettings("A"), shared + "EnginePort=6000 @UDP_PORT=6000 EngineTCPPort=6002 @TCP_PORT=6002 "
+                                        "@MNI_PORT=6004 @MOCK_PORT=6006 ");
+  EXPECT_EQ(portSettings("B"), shared + "EnginePort=6008 @UDP_PORT=6008 EngineTCPPort=6010 @TCP_PORT=6010 "
+                                        "@MNI_PORT=6012 @MOCK_PORT=6014 ");
+
   // A place port comes after the engine's four; a standard name reuses its number.
   writeWholeFile(place, "PlacePort = $NEW_ENG_PORT$\nEngineTCPPort = $NEW_ENG_PORT$\n");
-  MakeFleetArgs args;
-  opstest::defineFleet(&args, sandbox.fleetDir("placed"), {"A", "B"}, place, 7000);
-  List debuggerPorts(kStandardChunkSize, TRUE, EqualCompare);
-  ASSERT_TRUE(makeFleet(&args, &debuggerPorts));
+  MakeFleetArgs placed;
+  opstest::defineFleet(&placed, sandbox.fleetDir("placed"), {"A", "B"}, place, 7000);
+  ASSERT_TRUE(makeFleet(&placed, &debuggerPorts));
   EXPECT_EQ(readWholeFile(sandbox.fleetDir("placed") + "/region/ports.cfg"),
             "RegionPort = 7000\nA_EngineTCPPort = 7002\nA_MNI_PORT = 7004\nA_MOCK_PORT = 7006\nA_PlacePort = 7008\n"
             "B_EnginePort = 7010\nB_EngineTCPPort = 7012\nB_MNI_PORT = 7014\nB_MOCK_PORT = 7016\n"
@@ -109,20 +130,17 @@ TEST(MakeFleet, RemakeDropsObsoleteEnginesAndDiscardsState) {
   const std::string place = sandbox.root() + "/place.cfg";
   writeWholeFile(place, "\n");
   List debuggerPorts(kStandardChunkSize, TRUE, EqualCompare);
-  {
+  auto make = [&](std::initializer_list<const char*> labels) {
     MakeFleetArgs args;
-    opstest::defineFleet(&args, fleet, {"keep", "drop", "Case"}, place, 8000);
-    ASSERT_TRUE(makeFleet(&args, &debuggerPorts));
-  }
+    opstest::defineFleet(&args, fleet, labels, place, 8000);
+    return makeFleet(&args, &debuggerPorts) != 0;
+  };
+  ASSERT_TRUE(make({"keep", "drop", "Case"}));
   mkdir((fleet + "/drop/db").c_str(), 0777);
   mkdir((fleet + "/keep/db").c_str(), 0777);
   writeWholeFile(fleet + "/keep/db/state", "boots 3\n");
   writeWholeFile(fleet + "/Case/notes", "kept\n");
-  {
-    MakeFleetArgs args;
-    opstest::defineFleet(&args, fleet, {"keep", "CASE"}, place, 8000);
-    ASSERT_TRUE(makeFleet(&args, &debuggerPorts));
-  }
+  ASSERT_TRUE(make({"keep", "CASE"}));
   EXPECT_FALSE(fileExistsNow(fleet + "/drop"));
   EXPECT_FALSE(fileExistsNow(fleet + "/keep/db"));       // a db costs the engine its directory
   EXPECT_TRUE(fileExistsNow(fleet + "/keep/startup.cfg"));
@@ -132,62 +150,42 @@ TEST(MakeFleet, RemakeDropsObsoleteEnginesAndDiscardsState) {
   ASSERT_TRUE(runCommandWithPid(fleet.c_str(), "busy", "sleep 60", "", nullptr, nullptr, OWB_FALSE));
   ASSERT_TRUE(opstest::eventually([&] { return fileExistsNow(fleet + "/busy.pid"); }));
   sandbox.output.clear();
-  MakeFleetArgs args;
-  opstest::defineFleet(&args, fleet, {"keep"}, place, 8000);
-  EXPECT_FALSE(makeFleet(&args, &debuggerPorts));
+  EXPECT_FALSE(make({"keep"}));
   ASSERT_EQ(sandbox.output.fatals.size(), 1u);
   EXPECT_EQ(sandbox.output.fatals[0].first, "Cannot (Re-)Configure the Fleet");
   EXPECT_TRUE(fileExistsNow(fleet + "/Case"));
 }
 
-// Builds a record list from (kind, label, text) triples.
-class RecordList {
- public:
-  ~RecordList() { freeConfigList(&head_); }
-  configItem* add(int kind, const char* label, const char* text = "", long number = 0) {
-    configItem* item = allocConfigItem(kind, label, &head_, &tail_);
-    if (kind == configString) item->value.asString = copyOfText(text);
-    if (kind == configEnviron) item->value.asEnviron = copyOfText(text);
-    if (kind == configInteger) item->value.asInteger = number;
-    if (kind == configBoolean) item->value.asBoolean = number ? OWB_TRUE : OWB_FALSE;
-    if (kind == configExternal) item->value.asExternal.cmdLine = copyOfText(text);
-    return item;
-  }
-  configItem* head() const { return head_; }
-
- private:
-  static char* copyOfText(const char* text) { return strdup(text); }
-  configItem* head_ = nullptr;
-  configItem* tail_ = nullptr;
-};
-
+// An external's command line takes its names from the records read before
+// its line, then from the environment.
 TEST(ExternalCommands, ExpandFromRecordsBeforeTheLineThenTheEnvironment) {
   owbtest::ScopedEnv fromEnvironment("OWBTEST_FROM_ENV", std::string("env-value"));
   owbtest::ScopedEnv shadowed("Dir", std::string("from-environment"));
-  RecordList records;
-  records.add(configString, "Dir", "/first");
-  records.add(configString, "Dir", "/opt/tools");
-  records.add(configInteger, "Port", "", 4711);
-  records.add(configBoolean, "Flag", "", 1);
-  records.add(configNil, "Nothing");
-  records.add(configEnviron, "MODE", "fast");
-  records.add(configExternal, "Port", "ignored");
-  configItem* line = records.add(configExternal, "tool", "");
-  records.add(configString, "Later", "too late");
+  owbtest::TempDir fleet;
+  ASSERT_TRUE(ensureDir(fleet.file("eng").c_str()));
+  writeWholeFile(fleet.file("eng/startup.cfg"),
+                 "Dir = \"/first\"\nDir = \"/opt/tools\"\nPort = 4711\nFlag = #true\nNothing = #nil\n@MODE = fast\n"
+                 "!Port = ignored\n!tool = x\nLater = \"too late\"\n");
+  configItem* records = nullptr;
+  ASSERT_TRUE(readConfigFile(fleet.path().c_str(), "eng", &records, nullptr, nullptr));
+  configItem* line = records;
+  while (line && !(line->kind == configExternal && std::strcmp(line->label, "tool") == 0)) line = line->next;
+  ASSERT_NE(line, nullptr);
 
   std::string expanded, missing;
-  EXPECT_FALSE(expandExternalCommand("run $OWBTEST_FROM_ENV", records.head(), line, &expanded, &missing));
+  EXPECT_FALSE(expandExternalCommand("run $OWBTEST_FROM_ENV", records, line, &expanded, &missing));
   EXPECT_EQ(missing, "$OWBTEST");  // `_` ends a name
 
-  ASSERT_TRUE(expandExternalCommand("$Dir/run -p $Port -f $Flag [$Nothing] $MODE $HOME", records.head(), line,
+  ASSERT_TRUE(expandExternalCommand("$Dir/run -p $Port -f $Flag [$Nothing] $MODE $HOME", records, line,
                                     &expanded, &missing));
   EXPECT_EQ(expanded, "/opt/tools/run -p 4711 -f true [] fast " + std::string(std::getenv("HOME")));
   EXPECT_EQ(commandDirectory(expanded), "/opt/tools");
   EXPECT_EQ(commandDirectory("tool -x /a/b"), "");
 
   // A name defined only after the line is not seen.
-  EXPECT_FALSE(expandExternalCommand("$Later", records.head(), line, &expanded, &missing));
+  EXPECT_FALSE(expandExternalCommand("$Later", records, line, &expanded, &missing));
   EXPECT_EQ(missing, "$Later");
+  freeConfigList(&records);
 }
 
 }  // namespace

@@ -5,7 +5,6 @@
 #ifndef OWB_TESTS_FLEET_OPS_SUPPORT_H
 #define OWB_TESTS_FLEET_OPS_SUPPORT_H
 
-#include <dirent.h>
 #include <netinet/in.h>
 #include <signal.h>
 #include <sys/prctl.h>
@@ -18,6 +17,7 @@
 #include <chrono>
 #include <cstdlib>
 #include <cstring>
+#include <filesystem>
 #include <fstream>
 #include <map>
 #include <memory>
@@ -85,26 +85,21 @@ class ChildReaper {
   std::thread thread_;
 };
 
-// The processes whose parent is this process (live or zombie).
+// The processes whose parent is this process, zombies left out.
 inline std::vector<pid_t> childProcesses() {
   std::vector<pid_t> children;
-  DIR* proc = opendir("/proc");
-  if (!proc) return children;
-  while (struct dirent* entry = readdir(proc)) {
-    pid_t pid = static_cast<pid_t>(std::atoi(entry->d_name));
-    if (pid <= 0) continue;
-    std::ifstream stat("/proc/" + std::string(entry->d_name) + "/stat");
+  std::error_code error;
+  for (std::filesystem::directory_iterator entry("/proc", error), end; !error && entry != end; entry.increment(error)) {
+    pid_t pid = static_cast<pid_t>(std::atoi(entry->path().filename().c_str()));
+    std::ifstream stat(entry->path() / "stat");
     std::string line;
-    if (!std::getline(stat, line)) continue;
-    size_t close = line.rfind(')');
-    if (close == std::string::npos) continue;
     char state = 0;
     long parent = 0;
-    if (std::sscanf(line.c_str() + close + 1, " %c %ld", &state, &parent) == 2 && parent == getpid() &&
+    if (pid > 0 && std::getline(stat, line) && line.rfind(')') != std::string::npos &&
+        std::sscanf(line.c_str() + line.rfind(')') + 1, " %c %ld", &state, &parent) == 2 && parent == getpid() &&
         state != 'Z')
       children.push_back(pid);
   }
-  closedir(proc);
   return children;
 }
 
@@ -176,24 +171,18 @@ inline long freeBasePort(int count) {
 
 // Kills the process group of every pid file below directory.
 inline void killPidFileGroups(const std::string& directory) {
-  DIR* dir = opendir(directory.c_str());
-  if (!dir) return;
-  while (struct dirent* entry = readdir(dir)) {
-    std::string name = entry->d_name;
-    if (name == "." || name == "..") continue;
-    std::string path = directory + "/" + name;
-    if (entry->d_type == DT_DIR) {
-      killPidFileGroups(path);
-    } else if (entry->d_type == DT_REG && name.size() > 4 && name.compare(name.size() - 4, 4, ".pid") == 0) {
-      std::ifstream file(path);
-      long pid = 0;
-      if (file >> pid && pid > 1) {
-        kill(static_cast<pid_t>(-pid), SIGKILL);
-        kill(static_cast<pid_t>(pid), SIGKILL);
-      }
+  namespace fs = std::filesystem;
+  std::error_code error, typeError;
+  for (fs::recursive_directory_iterator entry(directory, fs::directory_options::skip_permission_denied, error), end;
+       !error && entry != end; entry.increment(error)) {
+    if (entry->path().extension() != ".pid" || !entry->is_regular_file(typeError)) continue;
+    std::ifstream file(entry->path());
+    long pid = 0;
+    if (file >> pid && pid > 1) {
+      kill(static_cast<pid_t>(-pid), SIGKILL);
+      kill(static_cast<pid_t>(pid), SIGKILL);
     }
   }
-  closedir(dir);
 }
 
 // A test's world: a temporary directory holding HOME (whose terminal

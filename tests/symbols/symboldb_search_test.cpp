@@ -52,64 +52,53 @@ class SymbolSearchTest : public ::testing::Test {
   }
   std::string here() { return name(db.foundTreeRecords[db.foundTreePosition]); }
 
+  // The next match of pattern; the path to it in path_[0 .. length_ - 1].
+  bool find(const char* pattern, Boolean forward = TRUE, Boolean subclasses = TRUE,
+            long kind = kSearchClassNames) {
+    return db.findNextClass(pattern, forward, subclasses, kind, path_, &length_, &feature_);
+  }
   // Every class a search for "*" visits, as "name/depth".
   std::vector<std::string> walk(Boolean forward, Boolean subclasses) {
     std::vector<std::string> seen;
-    RecordIdentifier path[kMaxTreeDepth];
-    long length = 0, feature = 0;
     db.resetSearchPosition();
-    while (db.findNextClass("*", forward, subclasses, kSearchClassNames, path, &length, &feature))
-      seen.push_back(name(path[length - 1]) + "/" + std::to_string(length));
+    while (find("*", forward, subclasses)) seen.push_back(name(path_[length_ - 1]) + "/" + std::to_string(length_));
     return seen;
   }
+  RecordIdentifier path_[kMaxTreeDepth];
+  long length_ = 0, feature_ = 0;
 };
 
-TEST_F(SymbolSearchTest, TheCursorMovesThroughTheTree) {
-  EXPECT_FALSE(db.goChild(TRUE));  // stands nowhere
-  ASSERT_TRUE(db.goStartRootClass(TRUE));
-  EXPECT_EQ(here(), "Animal");
-  EXPECT_FALSE(db.goParent());
-  EXPECT_FALSE(db.goPrevSibling());
-  ASSERT_TRUE(db.goChild(FALSE));
-  EXPECT_EQ(here(), "Cat");
-  ASSERT_TRUE(db.goPrevSibling());
-  EXPECT_EQ(here(), "Bird");
-  ASSERT_TRUE(db.goChild(TRUE));
-  EXPECT_EQ(here(), "Eagle");
-  EXPECT_EQ(db.foundTreePosition, 2);
-  EXPECT_FALSE(db.goChild(TRUE));
-  ASSERT_TRUE(db.goParent());
-  ASSERT_TRUE(db.goParent());
-  ASSERT_TRUE(db.goNextSibling());
-  EXPECT_EQ(here(), "Plant");
-  ASSERT_TRUE(db.goStartClass(TRUE));
-  EXPECT_EQ(here(), "Plant");  // block order while writing: Plant came first
-  ASSERT_TRUE(db.goNextClass(TRUE));
-  EXPECT_EQ(here(), "Cat");
-  ASSERT_TRUE(db.goStartClass(FALSE));
-  EXPECT_EQ(here(), "Bird");
-  EXPECT_FALSE(db.goNextClass(TRUE));
-  db.resetSearchPosition();
-  EXPECT_EQ(db.foundTreePosition, -1);
-}
-
+// The search moves the tree cursor: depth first from the roots, forward or
+// backward, or flat through the classes in block order (a writer's order).
 TEST_F(SymbolSearchTest, SearchWalksDepthFirstBothWaysOrFlat) {
   std::vector<std::string> forward = walk(TRUE, TRUE);
   EXPECT_EQ(forward, (std::vector<std::string>{"Animal/1", "Bird/2", "Eagle/3", "Cat/2", "Plant/1"}));
   std::vector<std::string> backward = walk(FALSE, TRUE);
   EXPECT_EQ(backward, (std::vector<std::string>{"Plant/1", "Cat/2", "Eagle/3", "Bird/2", "Animal/1"}));
-  EXPECT_EQ(walk(TRUE, FALSE).size(), 5u);
+  EXPECT_EQ(walk(TRUE, FALSE), (std::vector<std::string>{"Plant/1", "Cat/1", "Eagle/1", "Animal/1", "Bird/1"}));
+  EXPECT_EQ(walk(FALSE, FALSE), (std::vector<std::string>{"Bird/1", "Animal/1", "Eagle/1", "Cat/1", "Plant/1"}));
   EXPECT_EQ(db.foundTreePosition, -1);  // reset when nothing is left
+  EXPECT_FALSE(db.goChild(TRUE));       // so the cursor stands nowhere
 
-  RecordIdentifier path[kMaxTreeDepth];
-  long length = 0, feature = 0;
   db.resetSearchPosition();
-  ASSERT_TRUE(db.findNextClass("E*", TRUE, TRUE, kSearchClassNames, path, &length, &feature));
-  EXPECT_EQ(length, 3);
-  EXPECT_EQ(name(path[0]), "Animal");
-  EXPECT_EQ(name(path[1]), "Bird");
-  EXPECT_EQ(name(path[2]), "Eagle");
-  EXPECT_FALSE(db.findNextClass("E*", TRUE, TRUE, kSearchClassNames, path, &length, &feature));
+  ASSERT_TRUE(find("E*"));
+  ASSERT_EQ(length_, 3);
+  EXPECT_EQ(name(path_[0]) + "/" + name(path_[1]) + "/" + name(path_[2]), "Animal/Bird/Eagle");
+  EXPECT_FALSE(find("E*"));
+
+  // A feature search resumes inside the class it found.
+  db.resetSearchPosition();
+  ASSERT_TRUE(find("eat*", TRUE, TRUE, kSearchOperations));
+  EXPECT_EQ(name(path_[0]), "Animal");
+  EXPECT_EQ(feature_, 1);
+  ASSERT_TRUE(find("eat*", TRUE, TRUE, kSearchOperations));
+  EXPECT_EQ(feature_, 3);
+  EXPECT_FALSE(find("eat*", TRUE, TRUE, kSearchOperations));
+
+  db.resetSearchPosition();
+  ASSERT_TRUE(find("eat?", TRUE, FALSE, kSearchAttributes));
+  EXPECT_EQ(name(path_[0]), "Cat");
+  EXPECT_EQ(length_, 1);
 }
 
 TEST_F(SymbolSearchTest, SharedSubclassesAreVisitedPerPathButCannotMakeASearchEndless) {
@@ -129,31 +118,12 @@ TEST_F(SymbolSearchTest, SharedSubclassesAreVisitedPerPathButCannotMakeASearchEn
       for (char below : {'a', 'b'}) link(upper.c_str(), ("L" + std::to_string(level) + below).c_str());
     }
   }
-  RecordIdentifier path[kMaxTreeDepth];
-  long length = 0, feature = 0;
   db.resetSearchPosition();
-  EXPECT_FALSE(db.findNextClass("Missing", TRUE, TRUE, kSearchClassNames, path, &length, &feature));
+  EXPECT_FALSE(find("Missing"));
   EXPECT_EQ(db.foundTreePosition, -1);
-  ASSERT_TRUE(db.findNextClass("L23?", TRUE, TRUE, kSearchClassNames, path, &length, &feature));
-  EXPECT_EQ(length, 25);
-  EXPECT_EQ(name(path[24]), "L23a");
-}
-
-TEST_F(SymbolSearchTest, FeatureSearchResumesInsideAClass) {
-  RecordIdentifier path[kMaxTreeDepth];
-  long length = 0, feature = 0;
-  db.resetSearchPosition();
-  ASSERT_TRUE(db.findNextClass("eat*", TRUE, TRUE, kSearchOperations, path, &length, &feature));
-  EXPECT_EQ(name(path[0]), "Animal");
-  EXPECT_EQ(feature, 1);
-  ASSERT_TRUE(db.findNextClass("eat*", TRUE, TRUE, kSearchOperations, path, &length, &feature));
-  EXPECT_EQ(feature, 3);
-  EXPECT_FALSE(db.findNextClass("eat*", TRUE, TRUE, kSearchOperations, path, &length, &feature));
-
-  db.resetSearchPosition();
-  ASSERT_TRUE(db.findNextClass("eat?", TRUE, FALSE, kSearchAttributes, path, &length, &feature));
-  EXPECT_EQ(name(path[0]), "Cat");
-  EXPECT_EQ(length, 1);
+  ASSERT_TRUE(find("L23?"));
+  ASSERT_EQ(length_, 25);
+  EXPECT_EQ(name(path_[24]), "L23a");
 }
 
 TEST_F(SymbolSearchTest, MergingBringsInMissingClassesWithTheirLinksAndMaps) {

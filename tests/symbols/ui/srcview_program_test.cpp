@@ -29,6 +29,17 @@ using owbtest::startProgram;
 
 std::string srcviewPath() { return owbtest::installTree() + "/bin/srcview"; }
 
+// Whether done() holds within timeoutMs, looked at every periodMs.
+template <class Done>
+bool within(int timeoutMs, Done done, int periodMs = 10) {
+  return owbtest::pumpUntil([&] { std::this_thread::sleep_for(std::chrono::milliseconds(periodMs)); }, done, timeoutMs);
+}
+
+// Whether child ends within timeoutMs; its wait status in *status.
+bool endsWithin(pid_t child, int timeoutMs, int* status) {
+  return within(timeoutMs, [&] { return waitpid(child, status, WNOHANG) == child; });
+}
+
 // Runs srcview to its end (at most 20 seconds); status and output.
 std::pair<int, std::string> runSrcview(const std::vector<std::string>& args, const owbtest::TempDir& dir) {
   std::vector<std::string> argv{srcviewPath()};
@@ -36,11 +47,8 @@ std::pair<int, std::string> runSrcview(const std::vector<std::string>& args, con
   std::map<std::string, std::string> env{{"DISPLAY", owbtest::sharedXvfb().display()}, {"HOME", dir.path()}};
   pid_t child = startProgram(argv, dir.file("srcview.out"), &env);
   int status = 0;
-  for (int waited = 0; waited < 20000; waited += 10) {
-    if (waitpid(child, &status, WNOHANG) == child)
-      return {WIFEXITED(status) ? WEXITSTATUS(status) : -1, readWholeFile(dir.file("srcview.out"))};
-    std::this_thread::sleep_for(std::chrono::milliseconds(10));
-  }
+  if (endsWithin(child, 20000, &status))
+    return {WIFEXITED(status) ? WEXITSTATUS(status) : -1, readWholeFile(dir.file("srcview.out"))};
   kill(child, SIGKILL);
   waitpid(child, nullptr, 0);
   return {-1, "srcview hung"};
@@ -74,12 +82,8 @@ class WithToolManager : public tktest::ToolkitTest {
     prctl(PR_SET_CHILD_SUBREAPER, 1);
     int wanted = 33000 + static_cast<int>(getpid() % 3000) * 3;
     manager_ = startProgram({toolman_, "--port", std::to_string(wanted), "--quiet"}, home_.file("toolman.out"));
-    int port = 0;
-    for (int waited = 0; waited < 5000 && port == 0; waited += 10) {
-      port = std::atoi(readWholeFile(home_.path() + "/.owb/owbport").c_str());
-      if (port == 0) std::this_thread::sleep_for(std::chrono::milliseconds(10));
-    }
-    ASSERT_GT(port, 0) << readWholeFile(home_.file("toolman.out"));
+    ASSERT_TRUE(within(5000, [&] { return std::atoi(readWholeFile(home_.path() + "/.owb/owbport").c_str()) > 0; }))
+        << readWholeFile(home_.file("toolman.out"));
     owbtest::writeWholeFile(home_.file("first.txt"), "first\n");
     std::string lines;
     for (int i = 1; i <= 100; ++i) lines += "line " + std::to_string(i) + "\n";
@@ -88,12 +92,8 @@ class WithToolManager : public tktest::ToolkitTest {
                                            {"HOME", home_.path()},
                                            {"OWB", owbtest::installTree()}};
     viewer_ = startProgram({srcviewPath(), home_.file("first.txt")}, home_.file("srcview.out"), &env);
-    bool registered = false;
-    for (int waited = 0; waited < 10000 && !registered; waited += 100) {
-      registered = sendLine("tools").find("Source View") != std::string::npos;
-      if (!registered) std::this_thread::sleep_for(std::chrono::milliseconds(100));
-    }
-    ASSERT_TRUE(registered) << readWholeFile(home_.file("srcview.out"));
+    ASSERT_TRUE(within(10000, [&] { return sendLine("tools").find("Source View") != std::string::npos; }, 100))
+        << readWholeFile(home_.file("srcview.out"));
     forgetToolManagerPort();
     gToolName = newStringCopy("viewtest");
     openToolLog(false);
@@ -108,12 +108,9 @@ class WithToolManager : public tktest::ToolkitTest {
     if (viewer_ > 0) {
       sendLine("quit SRCV");
       int status = -1;
-      for (int waited = 0; waited < 10000; waited += 10) {
-        if (waitpid(viewer_, &status, WNOHANG) == viewer_) break;
-        std::this_thread::sleep_for(std::chrono::milliseconds(10));
-      }
-      EXPECT_TRUE(WIFEXITED(status) && WEXITSTATUS(status) == 0) << readWholeFile(home_.file("srcview.out"));
-      if (status == -1) {
+      bool ended = endsWithin(viewer_, 10000, &status);
+      EXPECT_TRUE(ended && WIFEXITED(status) && WEXITSTATUS(status) == 0) << readWholeFile(home_.file("srcview.out"));
+      if (!ended) {
         kill(viewer_, SIGKILL);
         waitpid(viewer_, nullptr, 0);
       }
@@ -135,11 +132,7 @@ class WithToolManager : public tktest::ToolkitTest {
   // Whether srcview's log says that it shows file from line within 10 s.
   bool srcviewShows(const std::string& file, long line) {
     std::string expected = "srcview shows " + file + " at line " + std::to_string(line);
-    for (int waited = 0; waited < 10000; waited += 50) {
-      if (readWholeFile(home_.path() + "/.owb/owblog").find(expected) != std::string::npos) return true;
-      std::this_thread::sleep_for(std::chrono::milliseconds(50));
-    }
-    return false;
+    return within(10000, [&] { return readWholeFile(home_.path() + "/.owb/owblog").find(expected) != std::string::npos; });
   }
 
   owbtest::TempDir home_;
@@ -150,18 +143,16 @@ class WithToolManager : public tktest::ToolkitTest {
 };
 
 // Another tool asks the Tool Manager to show a file in the source viewer;
-// the Tool Manager hands the DISF on to srcview, which opens it.
-TEST_F(WithToolManager, SrcviewOpensTheFileADisplayMessageNames) {
+// the Tool Manager hands the DISF on to srcview, which opens it.  A view
+// with a menu bar lists the tools that show source under "&View"; choosing
+// one sends it the view's file.
+TEST_F(WithToolManager, SrcviewOpensTheFilesThatADisplayMessageAndTheViewMenuName) {
   _Rect16Rec place = RECT16_Make(10, 20, 300, 200);
   SourceView::sendDisplayFileMessage(home_.file("second.txt").c_str(), false, 40, 33, true, 42, true, true,
                                      makeTypeIdent("SRCV"), &place, 0, 0);
   EXPECT_EQ(gMessageCenter->lastError, 0);
   EXPECT_TRUE(srcviewShows(home_.file("second.txt"), 40)) << readWholeFile(home_.path() + "/.owb/owblog");
-}
 
-// A view with a menu bar lists the tools that show source under "&View";
-// choosing one sends it the view's file.
-TEST_F(WithToolManager, ViewMenuSendsTheFileToTheChosenTool) {
   WinPtr win = keep(tktest::newWin(60, 60, 420, 300, "menu"));
   MBarPtr bar = MBAR_Create();
   MBAR_AddItem(bar, "&File");
@@ -185,10 +176,7 @@ TEST_F(WithToolManager, ViewMenuSendsTheFileToTheChosenTool) {
   MenuPtr viewMenu = MBAR_CurGetSubMenu(bar);
   ASSERT_NE(viewMenu, nullptr);
   MENU_GoFirst(viewMenu);
-  EXPECT_STREQ(MENU_CurGetLabel(viewMenu), "In Source View");
-  auto* tool = static_cast<const ToolInfo*>(MENU_CurGetClientData(viewMenu));
-  ASSERT_NE(tool, nullptr);
-  EXPECT_EQ(tool->toolType, makeTypeIdent("SRCV"));
+  EXPECT_STREQ(MENU_CurGetLabel(viewMenu), "In Source View");  // its tool is the one srcview hears below
   MBAR_GoNext(bar);
   EXPECT_STREQ(MBAR_CurGetLabel(bar), "&File");
   EXPECT_EQ(MBAR_CurGetSubMenu(bar), file);
@@ -207,6 +195,7 @@ TEST_F(WithToolManager, ViewMenuSendsTheFileToTheChosenTool) {
   ASSERT_TRUE(tktest::showAndWait(win));
   driver_->key(XK_e, XK_Control_L);
   settle();
+  ASSERT_NE(view->firstVisibleLine + 1, 40);  // not the line shown before
   EXPECT_TRUE(srcviewShows(home_.file("second.txt"), view->firstVisibleLine + 1))
       << readWholeFile(home_.path() + "/.owb/owblog");
 
@@ -220,7 +209,7 @@ TEST_F(WithToolManager, ViewMenuSendsTheFileToTheChosenTool) {
   second->garbageCollectMenu();
   MENU_GoIndex(viewMenu, 2);
   EXPECT_EQ(MENU_CurGetClientData(viewMenu), nullptr);
-  RES_SetNfyProcDS(WGT_Res(WIN_Wgt(win)), WIN_DefNfy, nullptr);
+  RES_SetNfyProcDS(WGT_Res(WIN_Wgt(win)), WIN_DefNfy, nullptr);  // before the views go
 }
 
 }  // namespace

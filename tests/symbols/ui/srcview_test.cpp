@@ -27,18 +27,11 @@ std::string numberedLines(int count) {
   return text;
 }
 
-// Scroll bars that only remember what they were told.
+// Scroll bars that only remember the ranges they were given.
 struct RecordingBars : SourceViewScrollBars {
-  void placeBar(bool vertical, _Point16Rec origin, int length) override {
-    (vertical ? vOrigin : hOrigin) = origin;
-    (vertical ? vLength : hLength) = length;
-  }
-  void setBarRange(bool vertical, const SourceViewScrollRange& range) override {
-    (vertical ? v : h) = range;
-  }
+  void placeBar(bool, _Point16Rec, int) override {}
+  void setBarRange(bool vertical, const SourceViewScrollRange& range) override { (vertical ? v : h) = range; }
   SourceViewScrollRange v, h;
-  _Point16Rec vOrigin{}, hOrigin{};
-  int vLength = 0, hLength = 0;
 };
 
 class SourceViewTest : public tktest::ToolkitTest {
@@ -54,6 +47,11 @@ class SourceViewTest : public tktest::ToolkitTest {
     auto view = std::make_unique<SourceView>(win_, viewPort_, path.c_str(), line, 0, false, 0, false, false);
     view->setScrollBars(&bars_);
     return view;
+  }
+  // A key typed, and the loop run until it has been handled.
+  void press(KeySym key, KeySym modifier = NoSymbol) {
+    driver_->key(key, modifier);
+    settle();
   }
   owbtest::TempDir dir_;
   WinPtr win_ = nullptr;
@@ -99,37 +97,55 @@ TEST(SourceWindowPlace, BesideThenLeftThenOffsetAndOnScreen) {
   EXPECT_EQ(at(-50, -20, 1100, 900), "0,20");
 }
 
-TEST_F(SourceViewTest, GeometryAndScrollBarsFollowTheText) {
+TEST_F(SourceViewTest, GeometryScrollingJumpsAndFind) {
   writeFile(dir_.file("f"), numberedLines(1000) + std::string(300, 'x') + "\n");
-  auto view = openView(dir_.file("f"));
+  auto view = openView(dir_.file("f"), 500);
   ASSERT_EQ(view->lastError, 0);
+  EXPECT_EQ(view->firstVisibleLine, 499);  // to the top, at 0 percent
+  EXPECT_EQ(view->getLine(), 500);
   ASSERT_GT(view->fontHeight, 8);
-  EXPECT_EQ(view->heightInLines, (300 - 6) / view->fontHeight);
+  const long height = view->heightInLines;
+  EXPECT_EQ(height, (300 - 6) / view->fontHeight);
   EXPECT_EQ(view->widthInCharacters, 400 / view->fontWidth);
   EXPECT_EQ(view->drawBufferSize, view->widthInCharacters + 1);
-  EXPECT_TRUE(RECT16_Equal(view->viewPortClip,
-                           RECT16_Make(16, 16, 392, view->heightInLines * view->fontHeight)));
-  // The bars stand 4 pixels right of and below the viewport.
-  EXPECT_EQ(bars_.vOrigin.X, 10 + 400 + 4);
-  EXPECT_EQ(bars_.vOrigin.Y, 10);
-  EXPECT_EQ(bars_.vLength, 300);
-  EXPECT_EQ(bars_.hOrigin.Y, 10 + 300 + 4);
-  EXPECT_EQ(bars_.hLength, 400);
+  EXPECT_TRUE(RECT16_Equal(view->viewPortClip, RECT16_Make(16, 16, 392, height * view->fontHeight)));
   EXPECT_EQ(bars_.v.max, 1001);
-  EXPECT_EQ(bars_.v.thumbSize, view->heightInLines);
-  EXPECT_EQ(bars_.v.step, 1);
   EXPECT_EQ(bars_.h.max, 302);  // the widest line with its newline, plus one
   EXPECT_EQ(bars_.h.thumbSize, view->widthInCharacters);
 
-  view->setFirstVisibleLine(-5);
-  EXPECT_EQ(view->firstVisibleLine, 0);
-  view->setFirstVisibleLine(100000);
-  EXPECT_EQ(view->firstVisibleLine, 1001 - view->heightInLines);
-  EXPECT_EQ(bars_.v.thumbPos, view->firstVisibleLine);
-  view->vScrollbarCallback(40);
-  EXPECT_EQ(view->firstVisibleLine, 40);
+  // Lines are held to the text by the window's keys and bars; columns here.
   view->hScrollbarCallback(100000);
   EXPECT_EQ(view->firstVisibleColumn, 302 - view->widthInCharacters);
+
+  // Jumps: held to the text, a visible line stays where it is.
+  view->jumpToLine(5000, 0, true, 0, true);  // beyond the end: the last line
+  EXPECT_EQ(view->targetLine, 1000);
+  EXPECT_TRUE(view->targetIsHilited);
+  EXPECT_EQ(view->firstVisibleLine, 1001 - height);
+  view->jumpToLine(300, 50, true, 0, false);
+  EXPECT_EQ(view->firstVisibleLine, 299 - 50 * height / 100);
+  EXPECT_FALSE(view->targetIsHilited);
+  long first = view->firstVisibleLine;
+  view->jumpToLine(302, 0, false, 0, false);
+  EXPECT_EQ(view->firstVisibleLine, first);
+  view->jumpToLine(-7, 0, true, 2000, true);  // the line held to 1, the target to the end
+  EXPECT_EQ(view->firstVisibleLine, 0);
+  EXPECT_EQ(view->targetLine, 1000);
+
+  // A highlight clears the selection.
+  view->setTargetHilite(false);
+  ASSERT_TRUE(view->find("line 2", true));
+  EXPECT_TRUE(view->hasSelection());
+  view->jumpToLine(10, 0, false, 0, true);
+  EXPECT_FALSE(view->hasSelection());
+  EXPECT_EQ(view->targetLine, 9);
+
+  // Reloading keeps the place, the target and its highlight.
+  view->setFirstVisibleLine(120);
+  view->reloadFile();
+  EXPECT_EQ(view->firstVisibleLine, 120);
+  EXPECT_EQ(view->targetLine, 9);
+  EXPECT_TRUE(view->targetIsHilited);
 
   // A taller viewport at the end of the text: the view moves back so that
   // the end stays at the end.
@@ -146,49 +162,10 @@ TEST_F(SourceViewTest, GeometryAndScrollBarsFollowTheText) {
   view->switchSourceView(dir_.file("short").c_str(), 2, 0, true, 0, false);
   view->setFirstVisibleLine(1);
   EXPECT_EQ(view->firstVisibleLine, 0);
-}
 
-TEST_F(SourceViewTest, JumpsHoldLinesToTheTextAndMoveTheHighlight) {
-  writeFile(dir_.file("f"), numberedLines(1000));
-  auto view = openView(dir_.file("f"), 500);
-  long height = view->heightInLines;
-  EXPECT_EQ(view->firstVisibleLine, 499);  // to the top, at 0 percent
-  EXPECT_EQ(view->getLine(), 500);
-
-  view->jumpToLine(5000, 0, true, 0, true);  // beyond the end: the last line
-  EXPECT_EQ(view->targetLine, 999);
-  EXPECT_TRUE(view->targetIsHilited);
-  EXPECT_EQ(view->firstVisibleLine, 1000 - height);
-
-  view->jumpToLine(300, 50, true, 0, false);
-  EXPECT_EQ(view->firstVisibleLine, 299 - 50 * height / 100);
-  EXPECT_FALSE(view->targetIsHilited);
-  long first = view->firstVisibleLine;
-  view->jumpToLine(302, 0, false, 0, false);  // visible already: stays
-  EXPECT_EQ(view->firstVisibleLine, first);
-  view->jumpToLine(-7, 0, true, 2000, true);  // the line held to 1, the target to the end
-  EXPECT_EQ(view->firstVisibleLine, 0);
-  EXPECT_EQ(view->targetLine, 999);
-
-  // A highlight clears the selection.
-  view->setTargetHilite(false);
-  ASSERT_TRUE(view->find("line 2", true));
-  EXPECT_TRUE(view->hasSelection());
-  view->jumpToLine(10, 0, false, 0, true);
-  EXPECT_FALSE(view->hasSelection());
-  EXPECT_EQ(view->targetLine, 9);
-
-  // Reloading keeps the place, the target and its highlight.
-  view->setFirstVisibleLine(120);
-  view->reloadFile();
-  EXPECT_EQ(view->firstVisibleLine, 120);
-  EXPECT_EQ(view->targetLine, 9);
-  EXPECT_TRUE(view->targetIsHilited);
-}
-
-TEST_F(SourceViewTest, FindGoesDownFromTheSelectionWithoutWrapping) {
-  writeFile(dir_.file("f"), numberedLines(95) + "\tTabbed Needle \xE9 here\n");
-  auto view = openView(dir_.file("f"));
+  // Find goes down from the selection, without wrapping.
+  writeFile(dir_.file("find"), numberedLines(95) + "\tTabbed Needle \xE9 here\n");
+  ASSERT_TRUE(view->switchSourceView(dir_.file("find").c_str(), 1, 0, false, 0, false));
   ASSERT_TRUE(view->find("needle", false));
   EXPECT_EQ(view->selectionStartLine, 9);
   EXPECT_EQ(view->selectionStartChar, 8);
@@ -226,80 +203,10 @@ TEST_F(SourceViewTest, FindGoesDownFromTheSelectionWithoutWrapping) {
   EXPECT_EQ(view->selectionStartLine, 49);
 }
 
-TEST_F(SourceViewTest, MouseSelectsByDragAndTargetsByDoubleClick) {
-  writeFile(dir_.file("f"), numberedLines(200));
-  auto view = openView(dir_.file("f"));
-  RES_SetNfyProcDS(WGT_Res(viewPort_),
-                   [](ResPtr res, Int message, ClientPtr data) -> long {
-                     SourceView* shown = static_cast<SourceView*>(res->ClientData);
-                     if (message == WGT_NFYREDRAW) {
-                       shown->redrawView();
-                       return 0;
-                     }
-                     if (message == WGT_NFYMOUSECLICK) {
-                       WGT_MouseHandled(WGT_FromRes(res));
-                       _Point16Rec where;
-                       EVENT_QueryWgtLoc(WGT_FromRes(res), &where);
-                       shown->handleMouseClick(where, EVENT_IsDouble() != 0);
-                       return 0;
-                     }
-                     return WGT_DefNfy(res, message, data);
-                   },
-                   view.get());
-  ASSERT_TRUE(tktest::showAndWait(win_));
-  int fw = view->fontWidth, fh = view->fontHeight;
-  // From column 0 of line 3 to column 4 of line 4 ("line 3\nline").
-  _Point16Rec from = tktest::absOf(viewPort_, 6 + 1, 6 + 2 * fh + fh / 2);
-  _Point16Rec to = tktest::absOf(viewPort_, 6 + 4 * fw + 1, 6 + 3 * fh + fh / 2);
-  // The loop tracks on this thread, so the rest of each gesture comes from
-  // another connection while it does.
-  auto dragTo = [&](_Point16Rec start, _Point16Rec end, int holdMs) {
-    driver_->moveTo(start.X, start.Y);
-    driver_->press(1);
-    std::thread hand([&] {
-      owbtest::XTestDriver other(owbtest::sharedXvfb().display());
-      std::this_thread::sleep_for(std::chrono::milliseconds(150));
-      other.moveTo(end.X, end.Y);
-      std::this_thread::sleep_for(std::chrono::milliseconds(holdMs));
-      other.release(1);
-    });
-    settle(std::max(300, holdMs + 300));
-    hand.join();
-    settle();
-    std::this_thread::sleep_for(std::chrono::milliseconds(400));  // no double click with the next
-  };
-  dragTo(from, to, 100);
-  EXPECT_EQ(view->selectionStartLine, 2);
-  EXPECT_EQ(view->selectionEndLine, 3);
-  char text[64];
-  view->getSelection(text, sizeof text);
-  EXPECT_STREQ(text, "line 3\nline");
-
-  // Held below the view, the drag scrolls it until the button comes up.
-  dragTo(from, tktest::absOf(viewPort_, 40, 300 + 30), 1200);
-  EXPECT_GT(view->firstVisibleLine, 3);
-  EXPECT_GT(view->selectionEndLine, view->heightInLines);
-  EXPECT_EQ(view->selectionStartLine, 2);
-
-  // A double click on line 6 makes it the highlighted target.
-  view->setFirstVisibleLine(0);
-  settle();
-  _Point16Rec sixth = tktest::absOf(viewPort_, 30, 6 + 5 * fh + fh / 2);
-  driver_->click(sixth.X, sixth.Y);
-  settle();
-  std::this_thread::sleep_for(std::chrono::milliseconds(60));
-  driver_->click(sixth.X, sixth.Y);
-  settle();
-  EXPECT_TRUE(view->targetIsHilited);
-  EXPECT_EQ(view->targetLine, 5);
-  EXPECT_FALSE(view->hasSelection());
-  _Point16Rec where{30, static_cast<int16_t>(6 + 5 * fh + 2)};
-  EXPECT_FALSE(view->handleMouseClick(where, true));  // on the target already
-  RES_SetNfyProcDS(WGT_Res(viewPort_), WGT_DefNfy, nullptr);
-}
-
-TEST_F(SourceViewTest, WindowScrollsFindsAndFollowsAGrowingFile) {
-  setenv("OWB_FOLLOW_INTERVAL", "30", 1);
+// The window: keys and bars scroll, the mouse selects and targets, the find
+// field searches, and it follows a file that grows.
+TEST_F(SourceViewTest, WindowScrollsSelectsFindsAndFollowsAGrowingFile) {
+  owbtest::ScopedEnv followFast("OWB_FOLLOW_INTERVAL", std::string("30"));
   std::string path = dir_.file("run.out");
   writeFile(path, numberedLines(300));
   std::string error;
@@ -309,14 +216,11 @@ TEST_F(SourceViewTest, WindowScrollsFindsAndFollowsAGrowingFile) {
   ASSERT_TRUE(tktest::runUntil([&] { return WIN_IsOpen(window->win()) && WIN_HasFocus(window->win()); }));
   settle();
 
-  driver_->key(XK_Page_Down);
-  settle();
+  press(XK_Page_Down);
   EXPECT_EQ(view->firstVisibleLine, view->heightInLines - 1);
-  driver_->key(XK_End, XK_Control_L);
-  settle();
+  press(XK_End, XK_Control_L);
   EXPECT_EQ(view->firstVisibleLine + view->heightInLines, 300);
-  driver_->key(XK_Home, XK_Control_L);
-  settle();
+  press(XK_Home, XK_Control_L);
   EXPECT_EQ(view->firstVisibleLine, 0);
 
   // The bars: placed beside the view, a press on the down arrow scrolls a
@@ -338,6 +242,39 @@ TEST_F(SourceViewTest, WindowScrollsFindsAndFollowsAGrowingFile) {
   SB_QueryInfo(window->verticalBar(), &info);
   EXPECT_EQ(info.ThumbPos, 0);
 
+  // A drag from column 0 of line 3 to column 4 of line 4 selects
+  // "line 3\nline".
+  WgtPtr viewPort = window->viewPort();
+  const int fw = view->fontWidth, fh = view->fontHeight;
+  _Point16Rec from = tktest::absOf(viewPort, 6 + 1, 6 + 2 * fh + fh / 2);
+  ASSERT_TRUE(drag(from, tktest::absOf(viewPort, 6 + 4 * fw + 1, 6 + 3 * fh + fh / 2), 150, 250));
+  std::this_thread::sleep_for(std::chrono::milliseconds(400));  // no double click with the next press
+  EXPECT_EQ(view->selectionStartLine, 2);
+  EXPECT_EQ(view->selectionEndLine, 3);
+  char text[64];
+  view->getSelection(text, sizeof text);
+  EXPECT_STREQ(text, "line 3\nline");
+  // Held below the view, the drag scrolls it until the button comes up.
+  ASSERT_TRUE(drag(from, tktest::absOf(viewPort, 40, viewPort->Box.Extent.Y + 30), 150, 1350));
+  std::this_thread::sleep_for(std::chrono::milliseconds(400));
+  EXPECT_GT(view->firstVisibleLine, 3);
+  EXPECT_GT(view->selectionEndLine, view->heightInLines);
+  EXPECT_EQ(view->selectionStartLine, 2);
+  // A double click on line 6 makes it the highlighted target.
+  view->setFirstVisibleLine(0);
+  settle();
+  _Point16Rec sixth = tktest::absOf(viewPort, 30, 6 + 5 * fh + fh / 2);
+  driver_->click(sixth.X, sixth.Y);
+  settle();
+  std::this_thread::sleep_for(std::chrono::milliseconds(60));
+  driver_->click(sixth.X, sixth.Y);
+  settle();
+  EXPECT_TRUE(view->targetIsHilited);
+  EXPECT_EQ(view->targetLine, 5);
+  EXPECT_FALSE(view->hasSelection());
+  _Point16Rec onTarget{30, static_cast<int16_t>(6 + 5 * fh + 2)};
+  EXPECT_FALSE(view->handleMouseClick(onTarget, true));  // on the target already
+
   // Ctrl+F puts the focus in the find field; Return there finds and keeps
   // it, so Return again goes on; Escape gives the keys back to the view.
   WgtPtr field = TED_Wgt(window->findField());
@@ -349,35 +286,28 @@ TEST_F(SourceViewTest, WindowScrollsFindsAndFollowsAGrowingFile) {
   settle();
   EXPECT_TRUE(WGT_HasFocus(field, 1));
   EXPECT_STREQ(TED_GetStr(window->findField()), "needle");
-  driver_->key(XK_Return);
-  settle();
+  press(XK_Return);
   EXPECT_EQ(view->selectionStartLine, 9);
-  driver_->key(XK_Return);
-  settle();
+  press(XK_Return);
   EXPECT_EQ(view->selectionStartLine, 19);
   EXPECT_TRUE(WGT_HasFocus(field, 1));
-  driver_->key(XK_Escape);
-  settle();
+  press(XK_Escape);
   EXPECT_TRUE(WGT_HasFocus(window->viewPort(), 1));
-  driver_->key(XK_n);
-  settle();
+  press(XK_n);
   EXPECT_EQ(view->selectionStartLine, 29);
   // "/" selects the field's text, so that typing replaces it; a text with
   // no further match keeps the selection and says so.
   driver_->key(XK_slash);
   typeText("absent");
-  driver_->key(XK_Return);
-  settle();
+  press(XK_Return);
   EXPECT_STREQ(TED_GetStr(window->findField()), "absent");
   EXPECT_EQ(view->selectionStartLine, 29);
   EXPECT_NE(window->statusText().find("Not found: \"absent\" below line 30"), std::string::npos)
       << window->statusText();
-  driver_->key(XK_Escape);
-  settle();
+  press(XK_Escape);
 
   // Following: what is appended comes into view at the bottom.
-  driver_->key(XK_F, XK_Shift_L);
-  settle();
+  press(XK_F, XK_Shift_L);
   ASSERT_TRUE(window->isFollowing());
   writeFile(path, "appended 1\nappended 2\n", true);
   ASSERT_TRUE(tktest::runUntil([&] { return view->dataStore->totalLines == 302; }));
@@ -386,13 +316,8 @@ TEST_F(SourceViewTest, WindowScrollsFindsAndFollowsAGrowingFile) {
   writeFile(path, "fresh\n");
   ASSERT_TRUE(tktest::runUntil([&] { return view->dataStore && view->dataStore->totalLines == 1; }));
   EXPECT_EQ(view->firstVisibleLine, 0);
-  settle();
-  EXPECT_TRUE(WIN_SaveAsPng(window->win(), dir_.file("shot.png").c_str()));
-
-  driver_->key(XK_q);
-  settle();
+  press(XK_q);
   EXPECT_TRUE(window->isClosed());
-  unsetenv("OWB_FOLLOW_INTERVAL");
 }
 
 TEST_F(SourceViewTest, BadFilesLeaveAViewThatShowsNothing) {
@@ -402,9 +327,6 @@ TEST_F(SourceViewTest, BadFilesLeaveAViewThatShowsNothing) {
   EXPECT_EQ(view->getLine(), 0);
   EXPECT_FALSE(view->find("x", false));
   EXPECT_FALSE(view->updateFileDisplay());
-  std::string error;
-  EXPECT_EQ(SourceWindow::open(dir_.path().c_str(), 1, false, &error), nullptr);
-  EXPECT_NE(error.find("not a regular file"), std::string::npos);
   writeFile(dir_.file("good"), "x\n");
   EXPECT_TRUE(view->switchSourceView(dir_.file("good").c_str(), 1, 0, false, 0, false));
   EXPECT_EQ(view->lastError, 0);
