@@ -249,7 +249,9 @@ TEST(FleetctlOps, DemoFleetFromTheShell) {
   EXPECT_EQ(run({"backup", "demo", "--tag", "first"}).status, 0);
   EXPECT_TRUE(fileExistsNow(fleet + "/first/beta/db/state"));
   EXPECT_EQ(run({"backup", "demo", "--tag", "../outside"}).status, 2);
-  EXPECT_EQ(run({"restore", "demo"}).status, 1);  // no backup of the default tag
+  Outcome noBackup = run({"restore", "demo"});  // no backup of the default tag
+  EXPECT_EQ(noBackup.status, 1);
+  EXPECT_EQ(noBackup.err, "Cannot Restore the Fleet: The backup is clearly garbled.\n");
   EXPECT_EQ(run({"restore", "demo", "--tag", "first"}).status, 0);
 
   EXPECT_EQ(run({"remove", "demo"}).status, 0);
