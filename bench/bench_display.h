@@ -3,6 +3,7 @@
 #ifndef OWB_BENCH_DISPLAY_H
 #define OWB_BENCH_DISPLAY_H
 
+#include <cstdint>
 #include <cstdlib>
 #include <string>
 
@@ -12,6 +13,7 @@
 #include "toolkit/dsply.h"
 #include "toolkit/event.h"
 #include "toolkit/rlib.h"
+#include "toolkit/winpub.h"
 
 namespace benchdisplay {
 
@@ -32,6 +34,25 @@ inline bool startToolkit(const char* library = nullptr) {
     return true;
   }();
   return started;
+}
+
+// Runs the event loop until done() holds or timeoutMs have passed, waiting
+// waitMs for input between turns, then flushes to the server.
+template <class Done>
+void runUntil(Done done, int timeoutMs = 3000, int waitMs = 2) {
+  int64_t until = DSPLY_Now() + timeoutMs;
+  while (DSPLY_Now() < until && !done()) {
+    EVENT_ProcessPending();
+    DSPLY_WaitForInput(waitMs);
+  }
+  DSPLY_Sync();
+}
+
+// Ends a benchmark's window and lets the loop carry the end out.
+inline void endWindow(WinPtr win) {
+  WIN_TerminateGetStatus(win);
+  EVENT_Update();
+  EVENT_ProcessPending();
 }
 
 }  // namespace benchdisplay

@@ -75,9 +75,7 @@ double loadAndShow(ShownWindow* shown) {
 
 void closeWindow(WinPtr win) {
   RES_SetNfyProcDS(WGT_Res(WIN_Wgt(win)), WIN_DefNfy, nullptr);
-  WIN_TerminateGetStatus(win);
-  EVENT_Update();
-  EVENT_ProcessPending();
+  benchdisplay::endWindow(win);
 }
 
 const char* automationLabel(BoolEnum on) { return on ? ", OWB_AUTOMATION=1" : ""; }

@@ -20,6 +20,7 @@
 #include <string>
 #include <vector>
 
+#include "bench/bench_display.h"
 #include "bench/bench_timing.h"
 #include "tests/xvfb_support.h"
 #include "toolkit/app.h"
@@ -206,18 +207,9 @@ struct ListWindow {
     settle();
   }
   void settle() {
-    int64_t until = DSPLY_Now() + 3000;
-    while (DSPLY_Now() < until && !(WIN_IsOpen(win) && !EVENT_IsInvalPending() && RGN_IsEmpty(win->InvalRgn))) {
-      EVENT_ProcessPending();
-      DSPLY_WaitForInput(2);
-    }
-    DSPLY_Sync();
+    benchdisplay::runUntil([&] { return WIN_IsOpen(win) && !EVENT_IsInvalPending() && RGN_IsEmpty(win->InvalRgn); });
   }
-  ~ListWindow() {
-    WIN_TerminateGetStatus(win);
-    EVENT_Update();
-    EVENT_ProcessPending();
-  }
+  ~ListWindow() { benchdisplay::endWindow(win); }
 };
 
 void BM_LBoxRedrawPage(benchmark::State& state) {

@@ -55,11 +55,7 @@ void BM_ClickToPullDownDrawn(benchmark::State& state) {
   RES_Release(MBAR_Res(bar));
   WIN_Init(win);
   WIN_Show(win);
-  int64_t deadline = DSPLY_Now() + 3000;
-  while (DSPLY_Now() < deadline && !(WIN_HasFocus(win) && !EVENT_IsInvalPending())) {
-    EVENT_ProcessPending();
-    DSPLY_WaitForInput(5);
-  }
+  benchdisplay::runUntil([&] { return WIN_HasFocus(win) && !EVENT_IsInvalPending(); }, 3000, 5);
   owbtest::XTestDriver driver(owbtest::sharedXvfb().display());
   _Rect16Rec item = MBAR_QueryItemBox(bar, 0);
   _Point16Rec at{static_cast<int16_t>(item.Extent.X / 2), static_cast<int16_t>(item.Extent.Y / 2)};
@@ -91,9 +87,7 @@ void BM_ClickToPullDownDrawn(benchmark::State& state) {
   state.counters["median_ms"] = med;
   std::printf("XTest click on a bar item to its pull-down mapped and drawn, median of %zu: %.3f ms (target < 10 ms)\n",
               times.size(), med);
-  WIN_TerminateGetStatus(win);
-  EVENT_Update();
-  EVENT_ProcessPending();
+  benchdisplay::endWindow(win);
 }
 BENCHMARK(BM_ClickToPullDownDrawn)->Iterations(1)->Unit(benchmark::kMillisecond);
 

@@ -126,18 +126,9 @@ struct EditorWindow {
   }
   bool drawn() { return WIN_IsOpen(win) && !EVENT_IsInvalPending() && RGN_IsEmpty(win->InvalRgn); }
   void settle() {
-    int64_t until = DSPLY_Now() + 3000;
-    while (DSPLY_Now() < until && !(drawn() && WIN_HasFocus(win))) {
-      EVENT_ProcessPending();
-      DSPLY_WaitForInput(2);
-    }
-    DSPLY_Sync();
+    benchdisplay::runUntil([&] { return drawn() && WIN_HasFocus(win); });
   }
-  ~EditorWindow() {
-    WIN_TerminateGetStatus(win);
-    EVENT_Update();
-    EVENT_ProcessPending();
-  }
+  ~EditorWindow() { benchdisplay::endWindow(win); }
 };
 
 // A key pressed with XTest to its character in the text and drawn on the
