@@ -7,17 +7,13 @@
 #include <cstdlib>
 #include <string>
 
+#include "fuzz/fuzz_support.h"
 #include "toolkit/app.h"
 #include "toolkit/rclas.h"
 #include "toolkit/res.h"
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
-  static bool ready = false;
-  if (!ready) {
-    ready = true;
-    RES_LibInstall();
-    ERR_SetStream(std::fopen("/dev/null", "w"));
-  }
+  fuzzsupport::installResourcesSilently();
   std::string text(reinterpret_cast<const char*>(data), size);
   ErrTrace frame("Err", __FILE__, __LINE__);
   ERR_SetReportSilent(frame.rec());

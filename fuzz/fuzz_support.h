@@ -1,5 +1,6 @@
-// What the fuzz targets share: silent output functions and a scratch fleet
-// directory that lives as long as the process.
+// What the fuzz targets share: silent output functions, a scratch fleet
+// directory that lives as long as the process, and the resource classes
+// installed without reports.
 #ifndef OWB_FUZZ_FUZZ_SUPPORT_H
 #define OWB_FUZZ_FUZZ_SUPPORT_H
 
@@ -10,6 +11,8 @@
 #include <string>
 
 #include "fleet/output.h"
+#include "toolkit/app.h"
+#include "toolkit/err.h"
 
 namespace fuzzsupport {
 
@@ -27,6 +30,17 @@ inline const std::string& scratchDirectory() {
     return std::string(made ? made : "/tmp");
   }();
   return directory;
+}
+
+// Installs the resource classes once, with the toolkit's failure reports
+// sent nowhere: the targets provoke them by the thousand.
+inline void installResourcesSilently() {
+  static const bool installed = [] {
+    RES_LibInstall();
+    ERR_SetStream(std::fopen("/dev/null", "w"));
+    return true;
+  }();
+  (void)installed;
 }
 
 inline void writeFile(const std::string& path, const uint8_t* data, size_t size) {

@@ -44,8 +44,7 @@ const std::string& prepare() {
   static const std::string directory = [] {
     const std::string& scratch = fuzzsupport::scratchDirectory();
     setenv("ND_PATH", scratch.c_str(), 1);
-    RES_LibInstall();
-    ERR_SetStream(std::fopen("/dev/null", "w"));
+    fuzzsupport::installResourcesSilently();
     std::vector<RLibPtr> before = RLIB_GetAll();
     for (const char* name : {"ndvgm", "ndtkit"}) {
       std::string source = readSource(std::string(OWB_FUZZ_SOURCE_DIR "/resources/") + name + ".rsrc");

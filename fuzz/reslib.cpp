@@ -5,6 +5,7 @@
 #include <cstdio>
 #include <vector>
 
+#include "fuzz/fuzz_support.h"
 #include "toolkit/app.h"
 #include "toolkit/bknot.h"
 #include "toolkit/rlib.h"
@@ -19,12 +20,7 @@ void loadEverything(RLibPtr lib) {
 }  // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
-  static bool ready = false;
-  if (!ready) {
-    ready = true;
-    RES_LibInstall();
-    ERR_SetStream(std::fopen("/dev/null", "w"));
-  }
+  fuzzsupport::installResourcesSilently();
   std::vector<RLibPtr> before = RLIB_GetAll();
   ErrTrace frame("Err", __FILE__, __LINE__);
   ERR_SetReportSilent(frame.rec());
