@@ -53,18 +53,6 @@ TEST_F(ToolkitTest, AWindowFirstShownFitsTheWorkArea) {
   EXPECT_EQ(WIN_Wgt(fits)->Box.Origin.Y, area.Origin.Y + 60);
 }
 
-// Columns of the capture that hold ink (text darker than the background).
-std::vector<bool> inkedColumns(NatWinId win) {
-  int width = 0, height = 0;
-  std::vector<uint8_t> rgb;
-  if (!DSPLY_CaptureWin(win, &width, &height, &rgb)) return {};
-  std::vector<bool> inked(static_cast<size_t>(width), false);
-  for (int y = 0; y < height; ++y)
-    for (int x = 0; x < width; ++x)
-      if (rgb[(static_cast<size_t>(y) * width + x) * 3] < 0xA0) inked[static_cast<size_t>(x)] = true;
-  return inked;
-}
-
 std::vector<std::string> gTapped;
 
 // A text cut to its width: no ink past the width, the mark at its end, the
@@ -74,23 +62,40 @@ TEST_F(ToolkitTest, ATextCutToItsWidthEndsInAMarkAndTheTapSeesItWhole) {
   WinPtr win = keep(tktest::newWin(60, 60, 400, 60, "cut"));
   WIN_Init(win);
   ASSERT_TRUE(tktest::showAndWait(win));
-  NatWinId nat = win->NatWin;
   FontPtr font = FONT_Default();
+  // The columns that hold ink once text is drawn by draw(d) on white at
+  // (10, 30).
+  auto inkOf = [&](auto draw) {
+    DrawPtr d = DRAW_Begin(win->NatWin, _Point16Rec{0, 0}, nullptr);
+    DRAW_FillRect(d, RECT16_Make(0, 0, 400, 60), COLOR_White());
+    draw(d);
+    DRAW_End(d);
+    DSPLY_Sync();
+    int width = 0, height = 0;
+    std::vector<uint8_t> rgb;
+    std::vector<bool> inked;
+    if (!DSPLY_CaptureWin(win->NatWin, &width, &height, &rgb)) return inked;
+    inked.assign(static_cast<size_t>(width), false);
+    for (int y = 0; y < height; ++y)
+      for (int x = 0; x < width; ++x)
+        if (rgb[(static_cast<size_t>(y) * width + x) * 3] < 0xA0) inked[static_cast<size_t>(x)] = true;
+    return inked;
+  };
+  auto cut = [&](int width, const char* text) {
+    return inkOf([&](DrawPtr d) { DRAW_TextCut(d, font, COLOR_Black(), 10, 30, width, text, -1); });
+  };
+  auto whole = [&](const char* text) {
+    return inkOf([&](DrawPtr d) { DRAW_Text(d, font, COLOR_Black(), 10, 30, text, -1); });
+  };
   const std::string text = "caf\xC3\xA9 caf\xC3\xA9 caf\xC3\xA9 caf\xC3\xA9 caf\xC3\xA9 caf\xC3\xA9";
   const int width = 90;
   ASSERT_GT(DRAW_QueryTextExt(font, text.c_str(), -1).X, width);
 
   DRAW_SetTextTap([](const char* t, int len, void*) { gTapped.emplace_back(t, static_cast<size_t>(len)); }, nullptr);
-  DrawPtr d = DRAW_Begin(nat, _Point16Rec{0, 0}, nullptr);
-  DRAW_FillRect(d, RECT16_Make(0, 0, 400, 60), COLOR_White());
-  DRAW_TextCut(d, font, COLOR_Black(), 10, 30, width, text.c_str(), -1);
-  DRAW_End(d);
+  std::vector<bool> inked = cut(width, text.c_str());
   DRAW_SetTextTap(nullptr, nullptr);
-  DSPLY_Sync();
   ASSERT_EQ(gTapped.size(), 1u);
   EXPECT_EQ(gTapped[0], text);
-
-  std::vector<bool> inked = inkedColumns(nat);
   ASSERT_EQ(inked.size(), 400u);
   int last = -1;
   for (int x = 0; x < 400; ++x)
@@ -102,28 +107,9 @@ TEST_F(ToolkitTest, ATextCutToItsWidthEndsInAMarkAndTheTapSeesItWhole) {
   // Cut just inside the two bytes of the e with its accent: the prefix
   // drawn stops before it, never on half of it.
   const int beforeAccent = DRAW_QueryTextExt(font, "caf", 3).X;
-  d = DRAW_Begin(nat, _Point16Rec{0, 0}, nullptr);
-  DRAW_FillRect(d, RECT16_Make(0, 0, 400, 60), COLOR_White());
-  DRAW_TextCut(d, font, COLOR_Black(), 10, 30, beforeAccent + mark + 1, text.c_str(), -1);
-  DRAW_End(d);
-  std::vector<bool> cutAtAccent = inkedColumns(nat);
-  d = DRAW_Begin(nat, _Point16Rec{0, 0}, nullptr);
-  DRAW_FillRect(d, RECT16_Make(0, 0, 400, 60), COLOR_White());
-  DRAW_Text(d, font, COLOR_Black(), 10, 30, "caf\xE2\x80\xA6", -1);
-  DRAW_End(d);
-  EXPECT_EQ(cutAtAccent, inkedColumns(nat));
-
+  EXPECT_EQ(cut(beforeAccent + mark + 1, text.c_str()), whole("caf\xE2\x80\xA6"));
   // A text that fits is drawn whole, as DRAW_Text draws it.
-  d = DRAW_Begin(nat, _Point16Rec{0, 0}, nullptr);
-  DRAW_FillRect(d, RECT16_Make(0, 0, 400, 60), COLOR_White());
-  DRAW_TextCut(d, font, COLOR_Black(), 10, 30, 300, "short", -1);
-  DRAW_End(d);
-  std::vector<bool> fitted = inkedColumns(nat);
-  d = DRAW_Begin(nat, _Point16Rec{0, 0}, nullptr);
-  DRAW_FillRect(d, RECT16_Make(0, 0, 400, 60), COLOR_White());
-  DRAW_Text(d, font, COLOR_Black(), 10, 30, "short", -1);
-  DRAW_End(d);
-  EXPECT_EQ(fitted, inkedColumns(nat));
+  EXPECT_EQ(cut(300, "short"), whole("short"));
 }
 
 }  // namespace
