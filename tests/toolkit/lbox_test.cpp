@@ -1,11 +1,12 @@
 // List boxes: the cursor and structure calls with their notifications, the
 // deferred selection, templates with bad values, and real input through
 // the X server: clicks through a scrolled view, double clicks, the wheel,
-// the thumb, the keys.
+// the keys.
 #include "toolkit/lbox.h"
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <deque>
 #include <map>
 #include <string>
@@ -38,9 +39,7 @@ struct Owner {
   // as a click: select the row again).
   bool reselectOnHighlight = false;
   Int count(Int message) const {
-    Int n = 0;
-    for (auto& h : heard) n += h.message == message;
-    return n;
+    return std::count_if(heard.begin(), heard.end(), [&](const Heard& h) { return h.message == message; });
   }
   const Heard* last(Int message) const {
     for (auto it = heard.rbegin(); it != heard.rend(); ++it)
@@ -114,9 +113,7 @@ class LBoxTest : public ToolkitTest {
     RES_SetNfyProcDS(WGT_Res(LBOX_Wgt(box_)), ownerNfy, &owner_);
     WIN_Init(win_);
   }
-  void show() {
-    ASSERT_TRUE(tktest::showFocused(win_));
-  }
+  void show() { ASSERT_TRUE(tktest::showFocused(win_)); }
   // The screen point in the middle of a cell's visible part.
   _Point16Rec cellPoint(Int col, Int row) {
     LBOX_GoColRow(box_, col, row);
@@ -312,7 +309,7 @@ TEST_F(LBoxTest, AClickThroughAScrolledViewReachesTheOwnerAtItsCell) {
   EXPECT_EQ(owner_.cell(LBOX_NFYCELLCLICKED), (At{2, 0}));
 }
 
-TEST_F(LBoxTest, WheelAndThumbScrollAndKeysFollowTheUsersCell) {
+TEST_F(LBoxTest, TheWheelScrollsAndKeysFollowTheUsersCell) {
   fill(box_, 400, 3);
   show();
   SbPtr vsb = SAREA_GetVSb(area());
@@ -327,15 +324,7 @@ TEST_F(LBoxTest, WheelAndThumbScrollAndKeysFollowTheUsersCell) {
   tap(4);
   EXPECT_EQ(SAREA_GetScrollY(area()), 0);
   EXPECT_EQ(owner_.count(LBOX_NFYCELLCLICKED), 0);  // a wheel step is no click
-
-  // Drag the thumb half way down.
-  _Rect16Rec thumb = SB_QueryPartRect(vsb, SB_PARTTHUMB);
-  _Point16Rec from = tktest::absOf(SB_Wgt(vsb), thumb.Origin.X + thumb.Extent.X / 2, thumb.Origin.Y + 2);
-  ASSERT_TRUE(drag(from, {from.X, static_cast<int16_t>(from.Y + SB_Wgt(vsb)->Box.Extent.Y / 2)}));
-  Int32 maxY = vsb->Info.Max;
-  EXPECT_GT(SAREA_GetScrollY(area()), maxY / 3);
-  EXPECT_LT(SAREA_GetScrollY(area()), maxY * 2 / 3 + 1);
-  EXPECT_EQ(SB_GetThumbPos(vsb), SAREA_GetScrollY(area()));
+  // (The thumb's drag is the scrolled area's, checked with the editor.)
 
   // Keys: the user's cell starts from the selection, moves and stays in
   // view; Return validates.
