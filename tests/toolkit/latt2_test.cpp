@@ -72,13 +72,21 @@ struct Lattice {
   ~Lattice() { LATT2_Dispose(p); }
 };
 
-// Removing cells by value, headings and last lines are checked against a
-// model in the random test below; here what it never does.
-TEST(Latt2Test, ReadsAndNegativeCoordinatesMakeNothing) {
+// Removing cells by value and the last lines are checked against a model
+// in the random test below; here what it seldom meets.
+TEST(Latt2Test, ReadsNegativeCoordinatesAndClearedHeadingsLeaveNothing) {
   Lattice l;
   EXPECT_EQ(get(l.p, 3, 500), 0);
   set(l.p, -1, 4, 5);
   EXPECT_EQ(get(l.p, -1, 4), 0);
+  EXPECT_EQ(l.p->NumCells, 0);
+  // A heading value keeps its head with no cell beside it; clearing it
+  // lets the head go.
+  set(l.p, 2, 0, 9);
+  set(l.p, 0, 3, 8);
+  EXPECT_EQ(l.p->NumCells, 2);
+  set(l.p, 2, 0, 0);
+  set(l.p, 0, 3, 0);
   EXPECT_EQ(l.p->NumCells, 0);
   set(l.p, 2, 3, 7);
   EXPECT_EQ(l.p->NumCells, 3);  // the cell, its row head and its column head
