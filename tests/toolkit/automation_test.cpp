@@ -23,8 +23,6 @@ using tktest::ToolkitTest;
 using owbtest::shownWindowNamed;
 using Line = owbtest::WidgetLine;
 
-std::string readProperty(Display* dpy, Window win) { return owbtest::readWidgetsProperty(dpy, win); }
-
 // The lines by path; every line must have all eight fields.
 std::map<std::string, Line> parse(const std::string& text) {
   std::map<std::string, Line> lines;
@@ -62,11 +60,13 @@ class AutomationTest : public ToolkitTest {
   }
   WgtPtr child(Int i) { return PANEL_GetNthWgt(WIN_Panel(win_), i); }
   WgtPtr radio(Int i) { return PANEL_GetNthWgt(reinterpret_cast<PanelPtr>(child(3)), i); }
-  std::string raw() {
+  // The description of a display window (the test window's by default),
+  // once the loop has written what changed.
+  std::string raw(Window w = 0) {
     settle(20);
-    return readProperty(driver_->display(), WIN_GetNatWin(win_));
+    return owbtest::readWidgetsProperty(driver_->display(), w ? w : WIN_GetNatWin(win_));
   }
-  std::map<std::string, Line> lines() { return parse(raw()); }
+  std::map<std::string, Line> lines(Window w = 0) { return parse(raw(w)); }
   // Clicks the centre of a box read from the property of a window (the
   // test window by default), placed on the screen as another client sees
   // the window.
@@ -249,11 +249,7 @@ TEST_F(AutomationTest, AListBoxIsFollowedByItsCellsInView) {
     }
   LBOX_RowSelect(box, 2);
   ASSERT_TRUE(tktest::showAndWait(win));
-  auto read = [&] {
-    settle(20);
-    return parse(readProperty(driver_->display(), WIN_GetNatWin(win)));
-  };
-  std::map<std::string, Line> l = read();
+  std::map<std::string, Line> l = lines(WIN_GetNatWin(win));
   expectLine(l, "0", "LBox", nullptr);
   expectLine(l, "0/1,0", "Cell", nullptr, "Head 1");
   expectLine(l, "0/3,1", nullptr, "V", "r1c3");
@@ -276,7 +272,7 @@ TEST_F(AutomationTest, AListBoxIsFollowedByItsCellsInView) {
   // A click on the middle of a cell read from the property selects it.
   ASSERT_EQ(l["0/3,3"].text, "r3c3");
   clickCentre(l["0/3,3"], WIN_GetNatWin(win));
-  l = read();
+  l = lines(WIN_GetNatWin(win));
   expectLine(l, "0/3,3", nullptr, "VS");
   expectLine(l, "0/2,2", nullptr, "V");
 }
@@ -312,14 +308,10 @@ TEST_F(AutomationTest, ABarMenuOpenedFromOutsideDescribesItsItemsAndOneIsClicked
   WIN_Init(win);
   ASSERT_TRUE(tktest::showAndWait(win));
   Display* dpy = driver_->display();
-  auto read = [&](Window w) {
-    settle(20);
-    return parse(readProperty(dpy, w));
-  };
 
   // The bar follows the window's line, before the children.
-  std::map<std::string, Line> l = read(WIN_GetNatWin(win));
-  ASSERT_EQ(l.count("-/bar"), 1u) << readProperty(dpy, WIN_GetNatWin(win));
+  std::map<std::string, Line> l = lines(WIN_GetNatWin(win));
+  ASSERT_EQ(l.count("-/bar"), 1u) << raw(WIN_GetNatWin(win));
   expectLine(l, "-/bar", "MBar", nullptr);
   EXPECT_EQ(std::vector<int>({l["-/bar"].x, l["-/bar"].y, l["-/bar"].w, l["-/bar"].h}),
             std::vector<int>({0, 0, 300, static_cast<int>(MBAR_GetHeight(bar))}));
@@ -333,7 +325,7 @@ TEST_F(AutomationTest, ABarMenuOpenedFromOutsideDescribesItsItemsAndOneIsClicked
   clickCentre(l["-/bar/0"], WIN_GetNatWin(win));
   Window menuWin = 0;
   ASSERT_TRUE(tktest::runUntil([&] { return (menuWin = shownWindowNamed(dpy, "File menu")) != 0; }));
-  std::map<std::string, Line> m = read(menuWin);
+  std::map<std::string, Line> m = lines(menuWin);
   expectLine(m, "-", nullptr, nullptr, "File menu");
   expectLine(m, "0", "Menu", nullptr);
   expectLine(m, "0/0", "MItem", "VE", "Open");
@@ -343,13 +335,13 @@ TEST_F(AutomationTest, ABarMenuOpenedFromOutsideDescribesItsItemsAndOneIsClicked
   EXPECT_EQ(m.size(), 7u);
   EXPECT_EQ(m["0/4"].y, m["0/3"].y + m["0/3"].h);
   EXPECT_EQ(m["0/4"].w, m["0"].w);
-  EXPECT_EQ(read(WIN_GetNatWin(win))["-/bar/0"].state, "VES");  // its menu is open
+  EXPECT_EQ(lines(WIN_GetNatWin(win))["-/bar/0"].state, "VES");  // its menu is open
 
   // The click on Quit's centre chooses it, and the menu's window goes.
   clickCentre(m["0/4"], menuWin);
   ASSERT_TRUE(tktest::runUntil([&] { return shownWindowNamed(dpy, "File menu") == 0; }));
   EXPECT_EQ(gChosen, std::vector<std::string>({"&Quit"}));
-  EXPECT_EQ(read(WIN_GetNatWin(win))["-/bar/0"].state, "VE");
+  EXPECT_EQ(lines(WIN_GetNatWin(win))["-/bar/0"].state, "VE");
 }
 
 TEST_F(AutomationTest, AWindowDestroyedByAnotherClientEndsNothing) {
@@ -359,13 +351,12 @@ TEST_F(AutomationTest, AWindowDestroyedByAnotherClientEndsNothing) {
   WIN_SetLabel(win_, "Gone");
   TBUT_SetLabel(TBUT_FromWgt(child(1)), "still here");
   settle(50);
-  EXPECT_EQ(readProperty(dpy, WIN_GetNatWin(win_)), "<error>");
+  EXPECT_EQ(raw(), "<error>");
   // The loop goes on with other windows.
   WinPtr other = keep(tktest::newWin(50, 50, 200, 100, "other"));
   WIN_Init(other);
   ASSERT_TRUE(tktest::showAndWait(other));
-  settle(20);
-  EXPECT_EQ(parse(readProperty(dpy, WIN_GetNatWin(other)))["-"].text, "other");
+  EXPECT_EQ(lines(WIN_GetNatWin(other))["-"].text, "other");
 }
 
 }  // namespace

@@ -4,6 +4,7 @@
 
 #include <X11/keysym.h>
 
+#include <algorithm>
 #include <string>
 #include <vector>
 
@@ -20,11 +21,7 @@ struct CBoxLog {
   std::vector<_CBoxEltSelectedNfyRec> selected;
   std::vector<ClientPtr> deleted;
   std::vector<std::string> labels;  // labels answered, by index, for app-supplied elements
-  Int count(Int message) const {
-    Int n = 0;
-    for (Int m : messages) n += m == message;
-    return n;
-  }
+  Int count(Int message) const { return std::count(messages.begin(), messages.end(), message); }
 };
 
 long loggingCBoxNfy(ResPtr res, Int message, ClientPtr data) {

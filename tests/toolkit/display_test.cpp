@@ -2,6 +2,8 @@
 // translation, expose merging, capture to PNG.  Regions need no server.
 #include <gtest/gtest.h>
 
+#include <tuple>
+
 #include "tests/testsupport.h"
 #include "tests/xvfb_support.h"
 #include "toolkit/color.h"
@@ -133,14 +135,11 @@ TEST_F(DisplayTest, FillsFramesAndCapturesPixels) {
   ASSERT_EQ(height, 80);
   ColorPtr red = COLOR_Red(), blue = COLOR_Blue(), bg = COLOR_Window(), green = COLOR_Green();
   auto rgbOf = [](ColorPtr c) { return (uint32_t(c->R) << 16) | (uint32_t(c->G) << 8) | c->B; };
-  EXPECT_EQ(pixelAt(rgb, width, 10, 10), rgbOf(red));
-  EXPECT_EQ(pixelAt(rgb, width, 49, 39), rgbOf(red));
-  EXPECT_EQ(pixelAt(rgb, width, 50, 40), rgbOf(bg));
-  EXPECT_EQ(pixelAt(rgb, width, 60, 10), rgbOf(blue));   // frame
-  EXPECT_EQ(pixelAt(rgb, width, 70, 20), rgbOf(bg));     // inside the frame
-  EXPECT_EQ(pixelAt(rgb, width, 75, 55), rgbOf(bg));     // transparent fill
-  EXPECT_EQ(pixelAt(rgb, width, 5, 65), rgbOf(green));   // in the clip
-  EXPECT_EQ(pixelAt(rgb, width, 20, 65), rgbOf(bg));     // outside it
+  // The fill's corners and just past them, the frame and inside it, the
+  // transparent fill, in the clip and outside it.
+  for (auto [x, y, c] : {std::tuple<int, int, ColorPtr>{10, 10, red}, {49, 39, red}, {50, 40, bg}, {60, 10, blue},
+                         {70, 20, bg}, {75, 55, bg}, {5, 65, green}, {20, 65, bg}})
+    EXPECT_EQ(pixelAt(rgb, width, x, y), rgbOf(c)) << x << "," << y;
 
   // Invert flips what it covers, twice gives the original back.
   d = DRAW_Begin(w, _Point16Rec{0, 0}, nullptr);

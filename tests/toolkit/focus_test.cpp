@@ -1,5 +1,6 @@
-// Keyboard focus driven by real keys: the focus order of the test window,
-// radio groups, refusals, the panel's own key lists.
+// Keyboard focus driven by real keys: the focus order of the test window
+// loaded from its template, radio groups, refusals, the panel's own key
+// lists, accelerators.
 #include <gtest/gtest.h>
 
 #include <vector>
@@ -91,6 +92,16 @@ TEST_F(FocusTest, APanelsOwnKeyListsReplaceTheDefaultOnes) {
   EXPECT_EQ(walk(1, XK_n, XK_Control_L), (std::vector<WgtPtr>{child(2)}));
   EXPECT_EQ(walk(1, XK_Tab), (std::vector<WgtPtr>{child(2)}));  // no longer a focus key
   EXPECT_EQ(walk(1, XK_F6, XK_Shift_L), (std::vector<WgtPtr>{child(2)}));  // modifiers must match
+
+  // What the template gave: names to look widgets up by, the toggle's
+  // mode, and Cancel's accelerator (Escape).
+  EXPECT_EQ(PANEL_GetNamedWgt(panel, "choice.warm"), radio(1));
+  EXPECT_EQ(PANEL_GetNamedWgt(panel, "WARM"), radio(1));
+  EXPECT_EQ(TBUT_GetMode(TBUT_FromWgt(child(2))), TBUT_MODETOGGLE);
+  tktest::NfyLog cancelLog;
+  tktest::logTo(child(5), &cancelLog);
+  key(XK_Escape);
+  EXPECT_EQ(cancelLog.count(TBUT_NFYHIT), 1);
 }
 
 }  // namespace

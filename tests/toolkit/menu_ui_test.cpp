@@ -17,6 +17,8 @@ namespace {
 
 using tktest::ToolkitTest;
 
+using Labels = std::vector<std::string>;
+
 struct Choices {
   std::vector<std::string> labels;
   std::vector<ClientPtr> data;
@@ -113,8 +115,7 @@ TEST_F(MenuUiTest, AClickOpensAMenuAndASecondClickChoosesTheItem) {
   EXPECT_TRUE(MenuIsShown(file_));
 
   clickAt(itemCentre(file_, 0));
-  ASSERT_EQ(choices_.labels.size(), 1u);
-  EXPECT_EQ(choices_.labels[0], "&Open");
+  ASSERT_EQ(choices_.labels, Labels{"&Open"});
   EXPECT_EQ(choices_.data[0], &openData_);
   EXPECT_EQ(choices_.barLabels[0], "&File");
   EXPECT_FALSE(MenuIsShown(file_));
@@ -152,8 +153,7 @@ TEST_F(MenuUiTest, PressDragReleaseChoosesAndTogglesACheckItem) {
   EXPECT_EQ(edit_->Hilite, 0);
   driver_->release(1);
   settle();
-  ASSERT_EQ(choices_.labels.size(), 1u);
-  EXPECT_EQ(choices_.labels[0], "&Wrap");
+  EXPECT_EQ(choices_.labels, Labels{"&Wrap"});
   EXPECT_TRUE(MENU_GetNthItem(edit_, 0)->Checked);
 
   // Moving onto an item with a sub-menu opens it beside its menu.
@@ -164,8 +164,7 @@ TEST_F(MenuUiTest, PressDragReleaseChoosesAndTogglesACheckItem) {
   ASSERT_TRUE(MenuIsShown(more_));
   EXPECT_GE(MenuScreenBox(more_).Origin.X, MenuScreenBox(edit_).Origin.X + MenuScreenBox(edit_).Extent.X - 4);
   clickAt(itemCentre(more_, 0));
-  ASSERT_EQ(choices_.labels.size(), 2u);
-  EXPECT_EQ(choices_.labels[1], "&Deep");
+  ASSERT_EQ(choices_.labels, (Labels{"&Wrap", "&Deep"}));
   EXPECT_EQ(choices_.barLabels[1], "&Edit");
 
   // Dragged off everything and let go: closed, nothing chosen.
@@ -203,26 +202,22 @@ TEST_F(MenuUiTest, TheKeyboardOpensMovesChoosesAndClosesAndAcceleratorsAct) {
   key(XK_f, XK_Alt_L);  // Alt with the mnemonic
   ASSERT_TRUE(MenuIsShown(file_));
   key(XK_Return);
-  ASSERT_EQ(choices_.labels.size(), 1u);
-  EXPECT_EQ(choices_.labels[0], "&Open");
+  EXPECT_EQ(choices_.labels, Labels{"&Open"});
 
   key(XK_e, XK_Alt_L);
   key(XK_w);  // an item's mnemonic chooses it
-  ASSERT_EQ(choices_.labels.size(), 2u);
-  EXPECT_EQ(choices_.labels[1], "&Wrap");
+  EXPECT_EQ(choices_.labels, (Labels{"&Open", "&Wrap"}));
   EXPECT_FALSE(MBAR_IsMenuOpen(bar_));
 
   // Accelerators act with the menus closed, also in a sub-menu, but not
   // those of a disabled item.
   key(XK_q, XK_Control_L);
-  ASSERT_EQ(choices_.labels.size(), 3u);
-  EXPECT_EQ(choices_.labels[2], "&Quit");
+  ASSERT_EQ(choices_.labels, (Labels{"&Open", "&Wrap", "&Quit"}));
   EXPECT_EQ(choices_.data[2], &quitData_);
   EXPECT_FALSE(MBAR_IsMenuOpen(bar_));
   key(XK_p, XK_Control_L);
   key(XK_F5);
-  ASSERT_EQ(choices_.labels.size(), 4u);
-  EXPECT_EQ(choices_.labels[3], "&Deep");
+  EXPECT_EQ(choices_.labels, (Labels{"&Open", "&Wrap", "&Quit", "&Deep"}));
 }
 
 TEST_F(MenuUiTest, APinnedMenuTearsOffIntoAWindowThatChoosesAndFollowsCheckMarks) {
@@ -244,8 +239,7 @@ TEST_F(MenuUiTest, APinnedMenuTearsOffIntoAWindowThatChoosesAndFollowsCheckMarks
   // An item chosen in the window is the menu's own.
   _Point16Rec wrap = tktest::absOf(MENU_Wgt(mirror), 20, MenuItemTop(mirror, 0) + 4);
   clickAt(wrap);
-  ASSERT_EQ(choices_.labels.size(), 1u);
-  EXPECT_EQ(choices_.labels[0], "&Wrap");
+  ASSERT_EQ(choices_.labels, Labels{"&Wrap"});
   EXPECT_EQ(choices_.barLabels[0], "&Edit");
   EXPECT_TRUE(MENU_GetNthItem(edit_, 0)->Checked);
   EXPECT_TRUE(MENU_GetNthItem(mirror, 0)->Checked);
@@ -276,8 +270,7 @@ TEST_F(MenuUiTest, AMenuTallerThanTheScreenIsCutAndScrolls) {
   EXPECT_EQ(tall->Hilite, 199);
   EXPECT_GT(tall->ScrollTop, 0);
   key(XK_Return);
-  ASSERT_EQ(choices_.labels.size(), 1u);
-  EXPECT_EQ(choices_.labels[0], "Item 199");
+  EXPECT_EQ(choices_.labels, Labels{"Item 199"});
 }
 
 }  // namespace

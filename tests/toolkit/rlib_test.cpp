@@ -32,17 +32,11 @@ Bytes slice(const Bytes& b, size_t from, size_t n) {
                               : Bytes();
 }
 
+// The bytes of pairs of hex digits; blanks only separate.
 Bytes hex(const char* text) {
   Bytes out;
-  for (const char* p = text; *p;) {
-    if (*p == ' ') {
-      ++p;
-      continue;
-    }
-    char pair[3] = {p[0], p[1], 0};
-    out.push_back(static_cast<uint8_t>(std::strtol(pair, nullptr, 16)));
-    p += 2;
-  }
+  for (const char* p = text; *p; p++)
+    if (*p != ' ') out.push_back(static_cast<uint8_t>(std::stoi(std::string(p++, 2), nullptr, 16)));
   return out;
 }
 

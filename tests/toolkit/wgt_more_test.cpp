@@ -3,6 +3,8 @@
 // now, copies, focus validation; and the text button's label calls.
 #include <gtest/gtest.h>
 
+#include <vector>
+
 #include "tests/toolkit/tk_fixture.h"
 #include "toolkit/panelmore.h"
 #include "toolkit/tbutlabel.h"
@@ -44,11 +46,9 @@ TEST_F(ToolkitTest, WidgetScalingResizeVisibleRegionCopiesAndValidation) {
   Int dpi = DSPLY_GetScreenDpi();
   _Point16Rec p{10, 20};
   WGT_ScalePoint16(wa, &p);
-  EXPECT_EQ(p.X, 10 * dpi / 48);
-  EXPECT_EQ(p.Y, 20 * dpi / 48);
+  EXPECT_EQ(std::vector<int>({p.X, p.Y}), std::vector<int>({10 * dpi / 48, 20 * dpi / 48}));
   WGT_UnscalePoint16(wa, &p);
-  EXPECT_EQ(p.X, 10);
-  EXPECT_EQ(p.Y, 20);
+  EXPECT_EQ(std::vector<int>({p.X, p.Y}), std::vector<int>({10, 20}));
   _Rect16Rec box, res, back = RECT16_Make(4, 6, 40, 12);
   WGT_ConvertResBoxToBox(wa, back, &box);
   WGT_ConvertBoxToResBox(wa, box, &res);

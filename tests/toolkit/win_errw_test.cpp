@@ -5,6 +5,7 @@
 #include <string>
 
 #include "tests/toolkit/tk_fixture.h"
+#include "tests/toolkit/tktest.h"
 #include "toolkit/ted.h"
 #include "toolkit/errw.h"
 
@@ -62,11 +63,10 @@ TEST_F(ToolkitTest, AFailureIsShownInTheErrorWindowUntilTheUserContinues) {
         clickChild(s->driver, errChild(1));  // Continue
       },
       &script, 600);
-  FILE* quiet = std::tmpfile();
-  ERR_SetStream(quiet);
-  clickOn(TBUT_Wgt(bad), 10, 10);
-  ERR_SetStream(nullptr);
-  std::fclose(quiet);
+  {
+    tktest::ErrCapture quiet;
+    clickOn(TBUT_Wgt(bad), 10, 10);
+  }
 
   EXPECT_TRUE(script.shown);
   EXPECT_NE(script.report.find("disk /var is full"), std::string::npos) << script.report;

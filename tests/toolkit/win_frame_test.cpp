@@ -7,6 +7,8 @@
 #include <X11/Xatom.h>
 #include <X11/Xutil.h>
 
+#include <tuple>
+#include <utility>
 #include <vector>
 
 #include "tests/toolkit/tk_fixture.h"
@@ -44,18 +46,17 @@ TEST_F(ToolkitTest, WindowFrameDecorationsStyleAndMainWindowReachTheDisplay) {
   WIN_Init(win);
   ASSERT_TRUE(tktest::showAndWait(win));
   unsigned long nat = WIN_GetNatWin(win);
+  auto type = [&](const char* name) { return std::vector<long>{static_cast<long>(XInternAtom(dpy, name, False))}; };
   std::vector<long> hints = property(dpy, nat, "_MOTIF_WM_HINTS");
   ASSERT_EQ(hints.size(), 5u);
   EXPECT_EQ(hints[0], 2);             // decorations given
   EXPECT_EQ(hints[2], (1 << 1) | (1 << 3));  // border and title
-  EXPECT_EQ(property(dpy, nat, "_NET_WM_WINDOW_TYPE"),
-            std::vector<long>{static_cast<long>(XInternAtom(dpy, "_NET_WM_WINDOW_TYPE_DIALOG", False))});
+  EXPECT_EQ(property(dpy, nat, "_NET_WM_WINDOW_TYPE"), type("_NET_WM_WINDOW_TYPE_DIALOG"));
   // And at once when it has one.
   WIN_SetStyle(win, WIN_STYLEUTILITY);
   WIN_SetDecorations(win, WIN_DECOBORDER | WIN_DECOMINIMIZE | WIN_DECORESIZE);
   DSPLY_Sync();
-  EXPECT_EQ(property(dpy, nat, "_NET_WM_WINDOW_TYPE"),
-            std::vector<long>{static_cast<long>(XInternAtom(dpy, "_NET_WM_WINDOW_TYPE_UTILITY", False))});
+  EXPECT_EQ(property(dpy, nat, "_NET_WM_WINDOW_TYPE"), type("_NET_WM_WINDOW_TYPE_UTILITY"));
   EXPECT_EQ(property(dpy, nat, "_MOTIF_WM_HINTS")[2], (1 << 1) | (1 << 5) | (1 << 2));
 
   WIN_SetOptFlags(win, WIN_OPTNOACTIVATE);
@@ -175,22 +176,15 @@ TEST_F(ToolkitTest, WindowBorderPartsProposedBoxAndOpenCloseRequests) {
   EXPECT_NEAR(PANEL_Wgt(inner)->Box.Origin.X, before.Origin.X, 1);
   EXPECT_NEAR(PANEL_Wgt(inner)->Box.Extent.X, before.Extent.X, 1);
   WIN_SetCompoBorder(win, _WinBorderRec{10, 6, 10, 6});
-  EXPECT_EQ(WIN_GetHitDecorationElt(win, _Point16Rec{150, 100}), WIN_ELTCLIENT);
-  EXPECT_EQ(WIN_GetHitDecorationElt(win, _Point16Rec{3, 100}), WIN_ELTCOMPOBORDER);
-  EXPECT_EQ(WIN_GetHitDecorationElt(win, _Point16Rec{150, 190}), WIN_ELTSTATUSLINE);
-  EXPECT_EQ(WIN_GetHitDecorationElt(win, _Point16Rec{-3, -3}), WIN_ELTFRAME);
-  EXPECT_EQ(WIN_GetHitDecorationElt(win, _Point16Rec{-30, 100}), WIN_ELTNONE);
+  for (auto [x, y, elt] : {std::tuple<int16_t, int16_t, Int>{150, 100, WIN_ELTCLIENT}, {3, 100, WIN_ELTCOMPOBORDER},
+                            {150, 190, WIN_ELTSTATUSLINE}, {-3, -3, WIN_ELTFRAME}, {-30, 100, WIN_ELTNONE}})
+    EXPECT_EQ(WIN_GetHitDecorationElt(win, _Point16Rec{x, y}), elt) << x << "," << y;
 
   // Button 2 on a part of the border goes to the procedure; on the client
   // area, to the widgets.
   gButton2 = Button2Log{};
   WIN_SetButton2ActionProcDS(onButton2, nullptr);
-  _Point16Rec p = tktest::absOf(WIN_Wgt(win), 3, 100);
-  driver_->click(p.X, p.Y, 2);
-  p = tktest::absOf(WIN_Wgt(win), 150, 190);
-  driver_->click(p.X, p.Y, 2);
-  p = tktest::absOf(WIN_Wgt(win), 280, 100);
-  clickAt(p, 2);
+  for (auto [x, y] : {std::pair<int, int>{3, 100}, {150, 190}, {280, 100}}) clickAt(tktest::absOf(WIN_Wgt(win), x, y), 2);
   WIN_SetButton2ActionProcDS(nullptr, nullptr);
   EXPECT_EQ(gButton2.elts, (std::vector<Int>{WIN_ELTCOMPOBORDER, WIN_ELTSTATUSLINE}));
 

@@ -173,26 +173,4 @@ TEST_F(ToolkitTest, BoxesComeFromCharacterCellsAndScaleWithTheResolution) {
   EXPECT_TRUE(RECT16_Equal(WIN_Wgt(win)->Box, RECT16_Make(0, 0, 400, 200)));
 }
 
-TEST_F(ToolkitTest, TheTestWindowLoadsFromItsTemplateWithChildrenByIndex) {
-  ASSERT_TRUE(tktest::loadTestLibrary());
-  WinPtr win = keep(WIN_Load("wgtdemo", "TestWindow"));
-  EXPECT_NE(keep(WIN_Load("wgtdemo", "TestWindow")), win);  // every load is a live copy of its own
-  ResPtr res = WGT_Res(WIN_Wgt(win));
-  ASSERT_EQ(RES_GetNumChildren(res), 7);
-  const char* names[] = {"title", "push", "toggle", "choice", "ok", "cancel", "disabled"};
-  for (Int i = 0; i < 7; i++) EXPECT_STREQ(RES_GetName(RES_GetNthChild(res, i)), names[i]);
-  PanelPtr choice = reinterpret_cast<PanelPtr>(RES_GetNthChild(res, 3));
-  EXPECT_EQ(PANEL_GetNamedWgt(WIN_Panel(win), "choice.warm"), PANEL_GetNthWgt(choice, 1));
-  EXPECT_EQ(PANEL_GetNamedWgt(WIN_Panel(win), "WARM"), PANEL_GetNthWgt(choice, 1));
-
-  WIN_Init(win);
-  EXPECT_EQ(TBUT_GetMode(TBUT_FromWgt(WGT_FromRes(RES_GetNthChild(res, 2)))), TBUT_MODETOGGLE);
-  ASSERT_TRUE(tktest::showFocused(win));
-  // Cancel's accelerator is Escape.
-  tktest::NfyLog cancelLog;
-  tktest::logTo(WGT_FromRes(RES_GetNthChild(res, 5)), &cancelLog);
-  key(XK_Escape);
-  EXPECT_EQ(cancelLog.count(TBUT_NFYHIT), 1);
-}
-
 }  // namespace

@@ -96,24 +96,6 @@ TEST_F(WinRequestTest, WithoutAWindowManagerTheWindowDoesItItself) {
   ASSERT_TRUE(tktest::runUntil([&] {
     return stacking() == std::vector<unsigned long>{WIN_GetNatWin(a), WIN_GetNatWin(b)};
   }));
-
-  // A listener that refuses stops the request.
-  ResPtr listener = RES_Create(WGT_Class());
-  RES_SetNfyProcDS(
-      listener,
-      [](ResPtr, Int message, ClientPtr) -> long {
-        if (message == WIN_NFYMAXIMIZE) WIN_RefuseRequest();
-        return 0;
-      },
-      nullptr);
-  WIN_RegisterForRequest(a, listener);
-  EXPECT_FALSE(WIN_Maximize(a));
-  EXPECT_FALSE(WIN_IsMaximized(a));
-  // The listener hears the window's end too; it goes after that.
-  RES_SetNfyProcDS(listener, nullptr, nullptr);
-  WIN_TerminateGetStatus(a);
-  EVENT_Update();
-  RES_Release(listener);
 }
 
 // The test is the window manager: it owns WM_S0, hears the requests sent
