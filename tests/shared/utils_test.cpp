@@ -129,7 +129,6 @@ TEST(FileUtilsTest, TextFilesAndWholeFileReads) {
 }
 
 TEST(FileUtilsTest, PreferencesDirectory) {
-  owbtest::TempDir dir;
   fileNameType path;
   {
     // A file where the directory should be: unusable, but the path is filled.
@@ -138,10 +137,6 @@ TEST(FileUtilsTest, PreferencesDirectory) {
     owbtest::ScopedEnv home("HOME", blocked.path());
     EXPECT_EQ(getValidPreferencesDirectory(path), -1303);
     EXPECT_EQ(std::string(path), blocked.path() + "/.owb/");
-  }
-  {
-    owbtest::ScopedEnv home("HOME", dir.file("nowhere"));
-    EXPECT_EQ(getValidPreferencesDirectory(path), -1303);
   }
   {
     owbtest::ScopedEnv home("HOME", std::nullopt);
@@ -181,18 +176,15 @@ TEST(WildCardStringTest, SinglePassMatching) {
   EXPECT_TRUE(nullPattern.matchesAnyChar());
   EXPECT_TRUE(nullPattern.wildCardStringEqual("x"));
   EXPECT_FALSE(nullPattern.wildCardStringEqual(nullptr));
-}
 
-TEST(WildCardStringTest, ChunksAlternateAndCaseIsFolded) {
+  // Chunks alternate between text and wildcards; case is folded when asked.
   WildCardString wild("Ab*c?", FALSE);
   std::string chunks;
   for (WildChunk* c = wild.firstChunk; c; c = c->getNextChunk()) chunks += std::string(c->strData) + "|";
   EXPECT_EQ(chunks, "ab|*|c|?|");
   EXPECT_TRUE(wild.wildCardStringEqual("ABXXCY"));
   EXPECT_FALSE(matches("Ab*", "abc"));
-}
 
-TEST(WildCardStringTest, ShortSubjectsAreNeverReadPast) {
   // A chunk longer than what is left of the subject must mismatch; run under
   // the address sanitizer, a subject in an exact-size heap block shows any
   // read past its end.

@@ -118,10 +118,8 @@ TEST(PickerRulesTest, SelectionAndDisplayTextOfEachKindOfRow) {
   EXPECT_EQ("/", pickerSelectionForRow("/", ".", FMGR_NODEDIR));
   EXPECT_EQ("/a/b/", pickerSelectionForRow("/a/b", ".", FMGR_NODEDIR));
   EXPECT_EQ("/a/", pickerSelectionForRow("/a/b", "..", FMGR_NODEDIR));
-  EXPECT_EQ("/", pickerSelectionForRow("/a", "..", FMGR_NODEDIR));
   EXPECT_EQ("/etc", pickerSelectionForRow("/", "etc", FMGR_NODEFILE));
   EXPECT_EQ("/a/sub/", pickerSelectionForRow("/a", "sub", FMGR_NODEDIR));
-  EXPECT_EQ("/a/f.flt", pickerSelectionForRow("/a", "f.flt", FMGR_NODEFILE));
   for (auto [in, out] : std::vector<std::pair<std::string, std::string>>{
            {"/", "/"}, {"//", "/"}, {"/a//", "/a"}, {"a", "a"}, {"", ""}})
     EXPECT_EQ(out, pickerStripTrailingSlashes(in)) << in;
@@ -199,8 +197,6 @@ TEST(PickerRulesTest, AcceptingNamesInAFileAndADirectoryChooser) {
             r.asked[0]);
   EXPECT_EQ(kPickerStay, pickerAcceptDirectory(&choice, missing));
   EXPECT_EQ(2, r.beeps);
-  EXPECT_EQ(kPickerClose, pickerAcceptDirectory(&choice, dir.path() + "/"));
-  EXPECT_EQ(dir.path(), choice.result);
   EXPECT_EQ(kPickerClose, pickerAcceptDirectory(&choice, "/"));
   EXPECT_EQ("/", choice.result);
 }
@@ -292,32 +288,24 @@ TEST(PickerRulesTest, ProjectRepliesOfTheWrongFormAreIgnored) {
   Message files(OWB_TYPE("RPLY"), nullptr);
   files.addErrorParam(0);
   files.addStringParam(kParamStr255, "/p/a.flt");
-  files.addStringParam(kParamStr255, "/p/b.flt");
-  std::vector<std::string> rows;
-  ASSERT_TRUE(pickerProjectFiles(&files, &rows));
-  EXPECT_EQ((Names{"/p/a.flt", "/p/b.flt", ""}), rows);
   files.addLongParam(3);
+  std::vector<std::string> rows;
   EXPECT_FALSE(pickerProjectFiles(&files, &rows));
   Message refused(OWB_TYPE("RPLY"), nullptr);
   refused.addErrorParam(-3);
   EXPECT_FALSE(pickerProjectFiles(&refused, &rows));
 }
 
-TEST_F(FilePickerTest, TheLastDirectoryGoesToTheToolManagerAndComesBack) {
-  // At first the Tool Manager offers its project's directory.
-  EXPECT_EQ(project, pickerAskDirectory());
-  owbtest::TempDir elsewhere;
-  pickerTellDirectory(elsewhere.path());
+// The Tool Manager keeps the picker's last directory (the choosers' test
+// sees it come and go); one that is gone is not offered, and nothing is told
+// for an empty one.
+TEST_F(FilePickerTest, AGoneOrEmptyLastDirectoryIsNotUsed) {
+  pickerTellDirectory(project + "/gone");
   ASSERT_TRUE(waitForReceived("SCFP", 1));
-  EXPECT_EQ(elsewhere.path(), pickerAskDirectory());
-  // A directory that is gone is not offered.
-  pickerTellDirectory(elsewhere.file("gone"));
-  ASSERT_TRUE(waitForReceived("SCFP", 2));
   EXPECT_EQ("", pickerAskDirectory());
-  // Nothing is told for an empty directory.
   pickerTellDirectory("");
   serve(3);
-  EXPECT_EQ(2u, received("SCFP").size());
+  EXPECT_EQ(1u, received("SCFP").size());
 }
 
 // A file chooser: accepting a directory enters it, a double click chooses a
