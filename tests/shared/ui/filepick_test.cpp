@@ -132,35 +132,26 @@ TEST(PickerRulesTest, SelectionAndDisplayTextOfEachKindOfRow) {
   EXPECT_EQ("\\xC0\\xAF\\xED\\xA0\\x80\\x01", pickerDisplayName("\xc0\xaf\xed\xa0\x80\x01"));
 }
 
-struct Recorded {
-  int beeps = 0;
-  std::vector<std::string> asked;
-  long answer = 1;
-};
-
-PickerChoice recordingChoice(Recorded* r) {
-  PickerChoice choice;
-  choice.beep = [r] { r->beeps++; };
-  choice.ask = [r](const char* text, long, const char* title, const char*, const char*, const char*) {
-    r->asked.push_back(std::string(title) + ": " + text);
-    return r->answer;
-  };
-  return choice;
-}
-
 TEST(PickerRulesTest, AcceptingNamesInAFileAndADirectoryChooser) {
   owbtest::TempDir dir;
   touch(dir.file("old.flt"));
   mkdir(dir.file("sub").c_str(), 0755);
-  Recorded r;
-  PickerChoice choice = recordingChoice(&r);
+  int beeps = 0;
+  std::vector<std::string> asked;  // "title: text"
+  long answer = 1;
+  PickerChoice choice;
+  choice.beep = [&] { beeps++; };
+  choice.ask = [&](const char* text, long, const char* title, const char*, const char*, const char*) {
+    asked.push_back(std::string(title) + ": " + text);
+    return answer;
+  };
   choice.currentDirectory = dir.path();
   choice.confirmOverwrite = true;
 
   // A new name with mustExist only beeps.
   choice.mustExist = true;
   EXPECT_EQ(kPickerStay, pickerAcceptSelection(&choice, dir.file("new.flt")));
-  EXPECT_EQ(1, r.beeps);
+  EXPECT_EQ(1, beeps);
   EXPECT_TRUE(choice.result.empty());
 
   // A directory is entered, its trailing slashes gone; "/" keeps its own.
@@ -171,32 +162,33 @@ TEST(PickerRulesTest, AcceptingNamesInAFileAndADirectoryChooser) {
 
   // An existing file is replaced only when the user says so.
   choice.mustExist = false;
-  r.answer = 2;
+  answer = 2;
   EXPECT_EQ(kPickerStay, pickerAcceptSelection(&choice, dir.file("old.flt")));
-  ASSERT_EQ(1u, r.asked.size());
-  EXPECT_EQ("Replace existing file?: Are you sure you want to replace old.flt?", r.asked[0]);
-  r.answer = 1;
+  ASSERT_EQ(1u, asked.size());
+  EXPECT_EQ("Replace existing file?: Are you sure you want to replace old.flt?", asked[0]);
+  answer = 1;
   EXPECT_EQ(kPickerClose, pickerAcceptSelection(&choice, dir.file("old.flt")));
   EXPECT_EQ(dir.file("old.flt"), choice.result);
   choice.confirmOverwrite = false;
   EXPECT_EQ(kPickerClose, pickerAcceptSelection(&choice, dir.file("old.flt")));
-  EXPECT_EQ(2u, r.asked.size());
+  EXPECT_EQ(2u, asked.size());
 
   // A directory chooser warns of a missing directory with a beep, then an
   // alert, then a beep again.
-  r = Recorded{};
+  beeps = 0;
+  asked.clear();
   choice.mustExist = true;
   const std::string missing = dir.file("missing");
   EXPECT_EQ(kPickerStay, pickerAcceptDirectory(&choice, missing));
-  EXPECT_EQ(1, r.beeps);
-  EXPECT_TRUE(r.asked.empty());
+  EXPECT_EQ(1, beeps);
+  EXPECT_TRUE(asked.empty());
   EXPECT_EQ(kPickerStay, pickerAcceptDirectory(&choice, missing));
-  EXPECT_EQ(1, r.beeps);
-  ASSERT_EQ(1u, r.asked.size());
+  EXPECT_EQ(1, beeps);
+  ASSERT_EQ(1u, asked.size());
   EXPECT_EQ("Replace existing file?: " + missing + " does not exist, please select and accept an existing directory.",
-            r.asked[0]);
+            asked[0]);
   EXPECT_EQ(kPickerStay, pickerAcceptDirectory(&choice, missing));
-  EXPECT_EQ(2, r.beeps);
+  EXPECT_EQ(2, beeps);
   EXPECT_EQ(kPickerClose, pickerAcceptDirectory(&choice, "/"));
   EXPECT_EQ("/", choice.result);
 }
