@@ -54,31 +54,6 @@ class MessagingTest : public ::testing::Test {
 // The TCP transport of a center made without one of its own.
 inline TCPTransport* tcpOf(MessageCenter& center) { return static_cast<TCPTransport*>(center.transport); }
 
-// A transport without sockets: what is sent to its own port comes back from
-// poll in the order sent; what is sent elsewhere is dropped.
-class MemoryTransport : public MessageTransport {
- public:
-  explicit MemoryTransport(int port) : port_(port) {}
-  ~MemoryTransport() override {
-    for (Message* message : inbox_) delete message;
-  }
-  int listenerPort() const override { return port_; }
-  Message* poll() override {
-    if (inbox_.empty()) return nullptr;
-    Message* message = inbox_.front();
-    inbox_.erase(inbox_.begin());
-    return message;
-  }
-  void sendMessage(const Message* message) override {
-    if (message->header.receiverInfo.listenerPort == port_) inbox_.push_back(new Message(*message));
-  }
-  void ticklePort(int) override { lastError = kNoError; }
-
- private:
-  int port_;
-  std::vector<Message*> inbox_;
-};
-
 // Waits until a file exists and is not empty.
 inline bool waitForFile(const std::string& path, int milliseconds = 5000) {
   for (int waited = 0; waited < milliseconds; waited += 10) {
@@ -361,25 +336,18 @@ TEST(MessageQueueTest, OrderCodesAndFlushing) {
   EXPECT_EQ(queue.messagesAvailable(kWildTypeIdent), 0);
 }
 
-// A center over a transport without sockets: no port is bound.
+// A center of its own on a free port, with echoHandler for TEST.
 class DispatchTest : public MessagingTest {
  protected:
   void SetUp() override {
     MessagingTest::SetUp();
     gCalls.clear();
-    center = makeCenter();
+    center = new MessageCenter();
     gMessageCenter = center;
-    MessageTemplate oneText = makeMessageTemplate({kParamStr255});  // echoHandler for TEST
+    MessageTemplate oneText = makeMessageTemplate({kParamStr255});
     center->registerMessageHandler(kTest, &oneText, echoHandler);
   }
-  virtual MessageCenter* makeCenter() { return new MessageCenter(new MemoryTransport(4321)); }
   MessageCenter* center = nullptr;
-};
-
-// A center over the real TCP transport, for what only sockets show.
-class SocketDispatchTest : public DispatchTest {
- protected:
-  MessageCenter* makeCenter() override { return new MessageCenter(); }
 };
 
 TEST_F(DispatchTest, RegistrationKeepsTheFirstHandler) {
@@ -464,7 +432,7 @@ TEST_F(DispatchTest, MessageToOwnPortIsDispatchedAtOnce) {
   EXPECT_FALSE(logHas("sendMessage: sent message"));  // no socket was used
 }
 
-TEST_F(SocketDispatchTest, ZeroTimeoutReturnsAtOnceAfterSending) {
+TEST_F(DispatchTest, ZeroTimeoutReturnsAtOnceAfterSending) {
   ToolInfo nobody{};
   nobody.listenerPort = center->thisToolInfo.listenerPort + 1000;
   Message* request = new Message(kTest, &nobody);
@@ -475,7 +443,7 @@ TEST_F(SocketDispatchTest, ZeroTimeoutReturnsAtOnceAfterSending) {
                      std::to_string(nobody.listenerPort) + " error "));
 }
 
-TEST_F(SocketDispatchTest, ArrivalIsQueuedAndDispatchedOnTheNextTurn) {
+TEST_F(DispatchTest, ArrivalIsQueuedAndDispatchedOnTheNextTurn) {
   Message* request = requestWithText(kTest, "later", false);
   request->header.receiverInfo = center->thisToolInfo;
   center->transport->sendMessage(request);  // through a real socket to ourselves
