@@ -404,15 +404,13 @@ TEST_F(FilePickerTest, OnePickerAtATimeCancelANewNameTypedAndFind) {
 ErrorCode identifyBySuffix(Message* message, Message* reply) {
   char path[1024];
   message->getStringParam(0, path, sizeof path);
-  std::string name = path;
-  bool one = name.size() > 4 && name.compare(name.size() - 4, 4, ".one") == 0;
-  bool two = name.size() > 4 && name.compare(name.size() - 4, 4, ".two") == 0;
+  const char* suffix = std::strrchr(path, '.');
+  bool one = suffix && std::strcmp(suffix, ".one") == 0, two = suffix && std::strcmp(suffix, ".two") == 0;
   reply->addBooleanParam(one || two);
-  if (one || two) {
-    reply->addStringParam(kParamStr31, one ? "Ones" : "Twos");
-    reply->addIdentParam(one ? OWB_TYPE("ONEF") : OWB_TYPE("TWOF"));
-    reply->addStringParam(kParamStr255, "test files");
-  }
+  if (!one && !two) return kNoError;
+  reply->addStringParam(kParamStr31, one ? "Ones" : "Twos");
+  reply->addIdentParam(one ? OWB_TYPE("ONEF") : OWB_TYPE("TWOF"));
+  reply->addStringParam(kParamStr255, "test files");
   return kNoError;
 }
 
