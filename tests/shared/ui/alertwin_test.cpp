@@ -5,7 +5,6 @@
 #include <functional>
 
 #include "shared/alert.h"
-#include "tests/fleetmgr/test_toolman.h"
 #include "tests/shared/ui/ui_fixture.h"
 #include "toolkit/ted.h"
 
@@ -123,12 +122,11 @@ TEST_F(AlertTest, AlertsDoNotNestAndMessagesAreServedMeanwhile) {
   MessageTemplate none = makeMessageTemplate({});
   gMessageCenter->registerMessageHandler(OWB_TYPE("PING"), &none, pingHandler);
   gPings = 0;
-  fmtest::TestToolManager sender(home.path());
   long nested = -1;
   auto during = [&] {
     nested = displayAlertWindow("Second", 0, nullptr, nullptr, nullptr, nullptr, FALSE, nullptr);
-    Message ping(OWB_TYPE("PING"), nullptr);
-    sender.sendTo(gMessageCenter->thisToolInfo.listenerPort, ping);
+    Message ping(OWB_TYPE("PING"), &gMessageCenter->thisToolInfo);
+    gMessageCenter->transport->sendMessage(&ping);  // through a socket to this tool
   };
   std::function<void()> finish;
   finish = [&] {
