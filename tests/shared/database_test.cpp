@@ -76,7 +76,7 @@ class DatabaseFileTest : public ::testing::Test {
   }
 };
 
-TEST(DatabaseCreate, NewFileIsTheEmptyLayoutByteForByte) {
+TEST(DatabaseCreate, NewFileLayoutValidationAndFilesThatCannotBeOpened) {
   owbtest::TempDir dir;
   std::string path = dir.file("new.db");
   Database db;
@@ -97,6 +97,20 @@ TEST(DatabaseCreate, NewFileIsTheEmptyLayoutByteForByte) {
   text[5] = 2;
   owbtest::writeWholeFile(dir.file("format2.db"), text);
   EXPECT_EQ(db.validDBFile(dir.file("format2.db").c_str(), kHeader, &version), kNotValidDBFile);
+
+  EXPECT_EQ(db.openDBFile(dir.file("none").c_str(), kReadOnlyAccess, TRUE), ENOENT);
+  // Only a regular file can be a database; a named pipe is not waited on.
+  std::string pipe = dir.file("pipe.db");
+  ASSERT_EQ(mkfifo(pipe.c_str(), 0600), 0);
+  EXPECT_EQ(db.openDBFile(pipe.c_str(), kReadOnlyAccess, TRUE), kNotValidDBFile);
+  EXPECT_EQ(db.openDBFile(dir.path().c_str(), kReadOnlyAccess, TRUE), kNotValidDBFile);
+  EXPECT_FALSE(db.isOpen());
+
+  // Creating over a file that a writer holds fails and removes the file.
+  ASSERT_EQ(db.openDBFile(path.c_str(), kReadWriteAccess, TRUE), kNoError);
+  Database other;
+  EXPECT_EQ(other.createDBFile(path.c_str(), kHeader, 1), kFileOpenForWriting);
+  EXPECT_EQ(access(path.c_str(), F_OK), -1);
 }
 
 TEST_F(DatabaseFileTest, BlocksAreNumberedFromOneAndWrittenByTheRules) {
@@ -254,26 +268,6 @@ TEST_F(DatabaseFileTest, TheOpenFlagKeepsASecondWriterOutOnce) {
   EXPECT_EQ(text[11], 0);
 }
 
-TEST(DatabaseOpen, MissingFilesAndCreateOverMarkedFile) {
-  owbtest::TempDir dir;
-  Database db;
-  EXPECT_EQ(db.openDBFile(dir.file("none").c_str(), kReadOnlyAccess, TRUE), ENOENT);
-  // Only a regular file can be a database; a named pipe is not waited on.
-  std::string pipe = dir.file("pipe.db");
-  ASSERT_EQ(mkfifo(pipe.c_str(), 0600), 0);
-  EXPECT_EQ(db.openDBFile(pipe.c_str(), kReadOnlyAccess, TRUE), kNotValidDBFile);
-  EXPECT_EQ(db.openDBFile(dir.path().c_str(), kReadOnlyAccess, TRUE), kNotValidDBFile);
-  EXPECT_FALSE(db.isOpen());
-
-  // Creating over a file that a writer holds fails and removes the file.
-  std::string path = dir.file("held.db");
-  ASSERT_EQ(db.createDBFile(path.c_str(), kHeader, 1), kNoError);
-  ASSERT_EQ(db.openDBFile(path.c_str(), kReadWriteAccess, TRUE), kNoError);
-  Database other;
-  EXPECT_EQ(other.createDBFile(path.c_str(), kHeader, 1), kFileOpenForWriting);
-  EXPECT_EQ(access(path.c_str(), F_OK), -1);
-}
-
 TEST_F(DatabaseFileTest, ReadCachesCountHitsAndMissesForReaders) {
   long n = add(8, 0);
   ASSERT_EQ(db.writeDataToBlock(n, "abcdefgh", 8), kNoError);
@@ -345,9 +339,7 @@ TEST_F(DatabaseFieldsTest, FieldsAreAddedReplacedAndDeleted) {
 
   ASSERT_EQ(db.addFieldToBlock(block, "alpha", 5), kNoError);
   ASSERT_EQ(db.addFieldToBlock(block, "be", 2), kNoError);
-  uint8_t four[4];
-  owbcoding::putI32(four, -7);
-  ASSERT_EQ(db.addFieldToBlock(block, four, 4), kNoError);
+  ASSERT_EQ(db.addFieldToBlock(block, "\xff\xff\xff\xf9", 4), kNoError);  // -7
   EXPECT_EQ(fieldCount(db, block), 3);
   EXPECT_EQ(fieldString(db, block, 1), "alpha");
   EXPECT_EQ(fieldString(db, block, 2), "be");
@@ -389,21 +381,17 @@ TEST_F(DatabaseFieldsTest, FieldNumbersAreTestedOnlyAsFarAsTheBlockGoes) {
   EXPECT_EQ(fieldString(db, block, 1), "one");
 
   // A count that understates the fields: the walk goes on past it.
-  uint8_t raw[4 + 4 + 3 + 4 + 3];
-  owbcoding::putI32(raw, 1);
-  owbcoding::putI32(raw + 4, 3);
-  std::memcpy(raw + 8, "one", 3);
-  owbcoding::putI32(raw + 11, 3);
-  std::memcpy(raw + 15, "two", 3);
-  ASSERT_EQ(db.writeDataToBlock(block, raw, sizeof raw), kNoError);
+  std::string raw("\0\0\0\1\0\0\0\3one\0\0\0\3two", 18);
+  uint8_t* secondLength = reinterpret_cast<uint8_t*>(&raw[11]);
+  ASSERT_EQ(db.writeDataToBlock(block, raw.data(), raw.size()), kNoError);
   EXPECT_EQ(fieldString(db, block, 2), "two");
 
   // A length word that runs past the block is refused, not followed.
-  owbcoding::putI32(raw + 11, 1000);
-  ASSERT_EQ(db.writeDataToBlock(block, raw, sizeof raw), kNoError);
+  owbcoding::putI32(secondLength, 1000);
+  ASSERT_EQ(db.writeDataToBlock(block, raw.data(), raw.size()), kNoError);
   EXPECT_EQ(db.getFieldLength(block, 2, &length), kNoSuchField);
-  owbcoding::putI32(raw + 11, -50);
-  ASSERT_EQ(db.writeDataToBlock(block, raw, sizeof raw), kNoError);
+  owbcoding::putI32(secondLength, -50);
+  ASSERT_EQ(db.writeDataToBlock(block, raw.data(), raw.size()), kNoError);
   EXPECT_EQ(db.getFieldLength(block, 3, &length), kNoSuchField);
 }
 
@@ -444,7 +432,7 @@ std::vector<uint8_t> handMadeFile() {
   return out;
 }
 
-TEST(DatabaseHandMade, AFileLaidOutFromTheTablesReads) {
+TEST(DatabaseHandMade, AFileLaidOutFromTheTablesReadsAndDamageIsSurvived) {
   owbtest::TempDir dir;
   std::string path = dir.file("hand.db");
   std::vector<uint8_t> file = handMadeFile();
@@ -469,15 +457,11 @@ TEST(DatabaseHandMade, AFileLaidOutFromTheTablesReads) {
   ASSERT_EQ(db.addBlock(OWB_TYPE("DATA"), 10, 0, &added), kNoError);
   EXPECT_EQ(added, 3);
   EXPECT_EQ(entryOf(db, 3).fileOffset, 2000);
-}
 
-TEST(DatabaseDamaged, TruncatedAndInconsistentFilesGiveOddDataNotErrors) {
-  owbtest::TempDir dir;
-  std::string path = dir.file("cut.db");
-  std::vector<uint8_t> file = handMadeFile();
-  // Cut inside the block's data: the list is gone too.
+  // Truncated and inconsistent files give odd data, not errors.  Cut inside
+  // the block's data: the list is gone too.
+  ASSERT_EQ(db.closeDBFile(), kNoError);
   owbtest::writeWholeFile(path, std::string(file.begin(), file.begin() + 30));
-  Database db;
   ASSERT_EQ(db.openDBFile(path.c_str(), kReadOnlyAccess, TRUE), kNoError);
   char buf[8] = {'k', 'e', 'p', 't', 0, 0, 0, 0};
   EXPECT_EQ(db.readDataFromFile(25, buf, 8, FALSE), kNoError);
@@ -487,7 +471,7 @@ TEST(DatabaseDamaged, TruncatedAndInconsistentFilesGiveOddDataNotErrors) {
   EXPECT_EQ(blocksOfType(db, OWB_TYPE("DATA")), 0);
 
   // An entry count far beyond the file is not walked.
-  std::vector<uint8_t> big = handMadeFile();
+  std::vector<uint8_t> big = file;
   size_t listAt = owbcoding::getU32(big.data() + 12);
   owbcoding::putU32(big.data() + listAt, 0x7fffffff);
   owbcoding::putU32(big.data() + listAt + 4, 0x7fffffff);
@@ -495,12 +479,10 @@ TEST(DatabaseDamaged, TruncatedAndInconsistentFilesGiveOddDataNotErrors) {
   Database wide;
   ASSERT_EQ(wide.openDBFile(path.c_str(), kReadOnlyAccess, TRUE), kNoError);
   EXPECT_EQ(blocksOfType(wide, OWB_TYPE("DATA")), 1);
-  long block = 0;
   EXPECT_EQ(wide.getNthBlockOfType(OWB_TYPE("----"), 1, &block), kNoError);
   EXPECT_EQ(wide.getNextBlockOfType(OWB_TYPE("DATA"), 1, &block), kNoBlockOfType);
   // Writing to it cannot grow the list to an impossible size.
   ASSERT_EQ(wide.openDBFile(path.c_str(), kReadWriteAccess, FALSE), kNoError);
-  long added = 0;
   EXPECT_EQ(wide.addBlock(OWB_TYPE("DATA"), 4, 0, &added), kOutOfMemory);
   EXPECT_EQ(wide.growMPList(100), kOutOfMemory);
   // Nothing is written where the format's offsets cannot reach.
@@ -543,6 +525,12 @@ class PrefManTest : public ::testing::Test {
     char buf[64] = {0};
     long length = prefs.readNthPreference(kWindowPrefs, n, buf, sizeof buf);
     return std::string(buf, length);
+  }
+  // Every preference of the type, each followed by "|".
+  std::string all(PrefMan& prefs) {
+    std::string text;
+    for (long n = 1; n <= prefs.countPreferencesOfType(kWindowPrefs); n++) text += read(prefs, n) + "|";
+    return text;
   }
 };
 
@@ -607,11 +595,8 @@ TEST_F(PrefManTest, FirstStartAndPreferencesNumberedInTheirTypesBlock) {
   EXPECT_EQ(prefs.lastError, kNoError);
   prefs.addPreference(kWindowPrefs, "second", 6);
   prefs.writeNthPreference(kWindowPrefs, 3, "third", 5);  // one above the count: appended
-  EXPECT_EQ(prefs.countPreferencesOfType(kWindowPrefs), 3);
   prefs.writeNthPreference(kWindowPrefs, 2, "2nd", 3);
-  EXPECT_EQ(read(prefs, 1), "first");
-  EXPECT_EQ(read(prefs, 2), "2nd");
-  EXPECT_EQ(read(prefs, 3), "third");
+  EXPECT_EQ(all(prefs), "first|2nd|third|");
   char small[3];
   EXPECT_EQ(prefs.readNthPreference(kWindowPrefs, 1, small, 3), 3);
 
@@ -625,8 +610,7 @@ TEST_F(PrefManTest, FirstStartAndPreferencesNumberedInTheirTypesBlock) {
   EXPECT_EQ(read(prefs, 1), "kept");
 
   prefs.deleteNthPreference(kWindowPrefs, 1);
-  EXPECT_EQ(read(prefs, 1), "2nd");
-  EXPECT_EQ(prefs.countPreferencesOfType(kWindowPrefs), 2);
+  EXPECT_EQ(all(prefs), "2nd|third|");
 
   EXPECT_EQ(prefs.countPreferencesOfType(OWB_TYPE("NONE")), 0);
   EXPECT_EQ(prefs.lastError, kNoBlockOfType);

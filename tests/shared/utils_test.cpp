@@ -20,9 +20,8 @@ TEST(PathUtilsTest, PathnameAndFilename) {
     const char *path, *directory, *file;
   };
   // A single leading slash is kept in the file name.
-  for (const Case& c : {Case{"/a/b", "/a", "b"}, Case{"/abc", "", "/abc"}, Case{"/", "", "/"},
-                        Case{"a/b/c.flt", "a/b", "c.flt"}, Case{"plain", "", "plain"}, Case{"dir/", "dir", ""},
-                        Case{"/a/b/", "/a/b", ""}, Case{"", "", ""}, Case{nullptr, "", ""}}) {
+  for (const Case& c : {Case{"/a/b", "/a", "b"}, Case{"/abc", "", "/abc"}, Case{"/", "", "/"}, Case{"plain", "", "plain"},
+                        Case{"dir/", "dir", ""}, Case{"", "", ""}, Case{nullptr, "", ""}}) {
     fileNameType directory = "junk", file = "junk";
     extractPathname(c.path, directory);
     extractFilename(c.path, file);
@@ -129,7 +128,6 @@ TEST(FileUtilsTest, TextFilesAndWholeFileReads) {
 }
 
 TEST(FileUtilsTest, PreferencesDirectory) {
-  owbtest::TempDir dir;
   fileNameType path;
   {
     // A file where the directory should be: unusable, but the path is filled.
@@ -138,10 +136,6 @@ TEST(FileUtilsTest, PreferencesDirectory) {
     owbtest::ScopedEnv home("HOME", blocked.path());
     EXPECT_EQ(getValidPreferencesDirectory(path), -1303);
     EXPECT_EQ(std::string(path), blocked.path() + "/.owb/");
-  }
-  {
-    owbtest::ScopedEnv home("HOME", dir.file("nowhere"));
-    EXPECT_EQ(getValidPreferencesDirectory(path), -1303);
   }
   {
     owbtest::ScopedEnv home("HOME", std::nullopt);
@@ -181,18 +175,15 @@ TEST(WildCardStringTest, SinglePassMatching) {
   EXPECT_TRUE(nullPattern.matchesAnyChar());
   EXPECT_TRUE(nullPattern.wildCardStringEqual("x"));
   EXPECT_FALSE(nullPattern.wildCardStringEqual(nullptr));
-}
 
-TEST(WildCardStringTest, ChunksAlternateAndCaseIsFolded) {
+  // Chunks alternate between text and wildcards; case is folded when asked.
   WildCardString wild("Ab*c?", FALSE);
   std::string chunks;
   for (WildChunk* c = wild.firstChunk; c; c = c->getNextChunk()) chunks += std::string(c->strData) + "|";
   EXPECT_EQ(chunks, "ab|*|c|?|");
   EXPECT_TRUE(wild.wildCardStringEqual("ABXXCY"));
   EXPECT_FALSE(matches("Ab*", "abc"));
-}
 
-TEST(WildCardStringTest, ShortSubjectsAreNeverReadPast) {
   // A chunk longer than what is left of the subject must mismatch; run under
   // the address sanitizer, a subject in an exact-size heap block shows any
   // read past its end.

@@ -5,7 +5,6 @@
 #include <functional>
 
 #include "shared/alert.h"
-#include "tests/fleetmgr/test_toolman.h"
 #include "tests/shared/ui/ui_fixture.h"
 #include "toolkit/ted.h"
 
@@ -38,57 +37,44 @@ class AlertTest : public tktest::ToolkitTest {
     _Point16Rec p = tktest::absOf(TBUT_Wgt(button(number)), 12, 12);
     driver_->click(p.X, p.Y);
   }
+  // What the standing alert shows: title, text, icon and the labels of its
+  // visible buttons.
+  std::vector<std::string> look() {
+    WinPtr win = ALRTW_GetWin();
+    if (!win || !WIN_IsOpen(win)) return {"(no alert)"};
+    std::vector<std::string> seen{WIN_GetLabel(win), TED_GetStr(TED_FromWgt(child(ALRTW_TEXT))),
+                                  RES_GetName(TBUT_GetIcon(TBUT_FromWgt(child(ALRTW_ICON))))};
+    for (int n = 1; n <= 3; n++)
+      if (!TBUT_Wgt(button(n))->Invisible) seen.push_back(TBUT_GetLabel(button(n)));
+    return seen;
+  }
 };
 
-// What an alert looked like while it stood.
-struct Seen {
-  bool open = false;
-  std::string title, text, icon;
-  std::vector<std::string> labels;  // of the visible buttons, 1 to 3
-};
-
-TEST_F(AlertTest, EachKindShowsItsIconAndButtonsAndAnswersWithTheButtonPressed) {
+TEST_F(AlertTest, EachKindShowsItsIconAndButtonsAndAnswersWithTheButtonOrKeyPressed) {
   const char* icons[] = {"DefIconCriticalMsw", "DefIconQuestionMsw", "DefIconWarningMsw", "DefIconInfoMsw"};
+  std::vector<std::string> seen;
   for (long type = 0; type < 4; type++) {
     int pressing = static_cast<int>(type % 3) + 1;
-    Seen seen;
-    auto look = [&] {
-      WinPtr win = ALRTW_GetWin();
-      seen.open = win && WIN_IsOpen(win);
-      if (!seen.open) return;
-      seen.title = WIN_GetLabel(win);
-      seen.text = TED_GetStr(TED_FromWgt(child(ALRTW_TEXT)));
-      seen.icon = RES_GetName(TBUT_GetIcon(TBUT_FromWgt(child(ALRTW_ICON))));
-      for (int n = 1; n <= 3; n++)
-        if (!TBUT_Wgt(button(n))->Invisible) seen.labels.push_back(TBUT_GetLabel(button(n)));
+    auto act = [&] {
+      seen = look();
       press(pressing);
     };
-    uitest::after(300, &look);
-    long answer = displayAlertWindow("Something happened.", type, "Title", "One", "Two", "Three", FALSE, nullptr);
-    EXPECT_EQ(pressing, answer) << type;
-    EXPECT_EQ("Title", seen.title);
-    EXPECT_EQ("Something happened.", seen.text);
-    EXPECT_EQ(icons[type], seen.icon);
-    EXPECT_EQ((std::vector<std::string>{"One", "Two", "Three"}), seen.labels);
+    uitest::after(300, &act);
+    EXPECT_EQ(pressing, displayAlertWindow("Something happened.", type, "Title", "One", "Two", "Three", FALSE, nullptr));
+    EXPECT_EQ((std::vector<std::string>{"Title", "Something happened.", icons[type], "One", "Two", "Three"}), seen);
     EXPECT_EQ(nullptr, ALRTW_GetWin());
   }
-}
 
-TEST_F(AlertTest, TextAloneGivesOkUnderTheDefaultTitleAndEscapeAnswers) {
-  Seen seen;
-  auto look = [&] {
-    seen.title = WIN_GetLabel(ALRTW_GetWin());
-    for (int n = 1; n <= 3; n++)
-      if (!TBUT_Wgt(button(n))->Invisible) seen.labels.push_back(TBUT_GetLabel(button(n)));
+  // Text alone gives "Ok" under the default title, and Escape answers it.
+  auto escape = [&] {
+    seen = look();
     driver_->key(XK_Escape);
   };
-  uitest::after(300, &look);
+  uitest::after(300, &escape);
   EXPECT_EQ(1, displayAlertWindow("Just this.", 3, nullptr, nullptr, nullptr, nullptr, FALSE, nullptr));
-  EXPECT_EQ("Could not complete that operation", seen.title);
-  EXPECT_EQ(std::vector<std::string>{"Ok"}, seen.labels);
+  EXPECT_EQ((std::vector<std::string>{"Could not complete that operation", "Just this.", icons[3], "Ok"}), seen);
 
   // Two buttons: Escape is the second, Return the first.
-  auto escape = [&] { driver_->key(XK_Escape); };
   uitest::after(300, &escape);
   EXPECT_EQ(2, displayAlertWindow("Replace it?", 1, "Replace", "Replace", "Cancel", "", FALSE, nullptr));
   auto enter = [&] { driver_->key(XK_Return); };
@@ -107,7 +93,7 @@ TEST_F(AlertTest, LongTextIsShownWholeAndTheWindowGrows) {
   int height = 0;
   UInt16 flags = 0;
   bool bar = false;
-  auto look = [&] {
+  auto inspect = [&] {
     TEdPtr ted = TED_FromWgt(child(ALRTW_TEXT));
     shown = TED_GetStr(ted);
     flags = ted->OptFlags;
@@ -115,7 +101,7 @@ TEST_F(AlertTest, LongTextIsShownWholeAndTheWindowGrows) {
     height = WIN_Wgt(ALRTW_GetWin())->Box.Extent.Y;
     press(1);
   };
-  uitest::after(300, &look);
+  uitest::after(300, &inspect);
   EXPECT_EQ(1, displayAlertWindow(text.c_str(), 2, nullptr, nullptr, nullptr, nullptr, FALSE, nullptr));
   EXPECT_EQ(text, shown);
   EXPECT_TRUE(flags & TED_OPTREADONLY);
@@ -136,12 +122,11 @@ TEST_F(AlertTest, AlertsDoNotNestAndMessagesAreServedMeanwhile) {
   MessageTemplate none = makeMessageTemplate({});
   gMessageCenter->registerMessageHandler(OWB_TYPE("PING"), &none, pingHandler);
   gPings = 0;
-  fmtest::TestToolManager sender(home.path());
   long nested = -1;
   auto during = [&] {
     nested = displayAlertWindow("Second", 0, nullptr, nullptr, nullptr, nullptr, FALSE, nullptr);
-    Message ping(OWB_TYPE("PING"), nullptr);
-    sender.sendTo(gMessageCenter->thisToolInfo.listenerPort, ping);
+    Message ping(OWB_TYPE("PING"), &gMessageCenter->thisToolInfo);
+    gMessageCenter->transport->sendMessage(&ping);  // through a socket to this tool
   };
   std::function<void()> finish;
   finish = [&] {

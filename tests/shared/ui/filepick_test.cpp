@@ -118,10 +118,8 @@ TEST(PickerRulesTest, SelectionAndDisplayTextOfEachKindOfRow) {
   EXPECT_EQ("/", pickerSelectionForRow("/", ".", FMGR_NODEDIR));
   EXPECT_EQ("/a/b/", pickerSelectionForRow("/a/b", ".", FMGR_NODEDIR));
   EXPECT_EQ("/a/", pickerSelectionForRow("/a/b", "..", FMGR_NODEDIR));
-  EXPECT_EQ("/", pickerSelectionForRow("/a", "..", FMGR_NODEDIR));
   EXPECT_EQ("/etc", pickerSelectionForRow("/", "etc", FMGR_NODEFILE));
   EXPECT_EQ("/a/sub/", pickerSelectionForRow("/a", "sub", FMGR_NODEDIR));
-  EXPECT_EQ("/a/f.flt", pickerSelectionForRow("/a", "f.flt", FMGR_NODEFILE));
   for (auto [in, out] : std::vector<std::pair<std::string, std::string>>{
            {"/", "/"}, {"//", "/"}, {"/a//", "/a"}, {"a", "a"}, {"", ""}})
     EXPECT_EQ(out, pickerStripTrailingSlashes(in)) << in;
@@ -134,35 +132,26 @@ TEST(PickerRulesTest, SelectionAndDisplayTextOfEachKindOfRow) {
   EXPECT_EQ("\\xC0\\xAF\\xED\\xA0\\x80\\x01", pickerDisplayName("\xc0\xaf\xed\xa0\x80\x01"));
 }
 
-struct Recorded {
-  int beeps = 0;
-  std::vector<std::string> asked;
-  long answer = 1;
-};
-
-PickerChoice recordingChoice(Recorded* r) {
-  PickerChoice choice;
-  choice.beep = [r] { r->beeps++; };
-  choice.ask = [r](const char* text, long, const char* title, const char*, const char*, const char*) {
-    r->asked.push_back(std::string(title) + ": " + text);
-    return r->answer;
-  };
-  return choice;
-}
-
 TEST(PickerRulesTest, AcceptingNamesInAFileAndADirectoryChooser) {
   owbtest::TempDir dir;
   touch(dir.file("old.flt"));
   mkdir(dir.file("sub").c_str(), 0755);
-  Recorded r;
-  PickerChoice choice = recordingChoice(&r);
+  int beeps = 0;
+  std::vector<std::string> asked;  // "title: text"
+  long answer = 1;
+  PickerChoice choice;
+  choice.beep = [&] { beeps++; };
+  choice.ask = [&](const char* text, long, const char* title, const char*, const char*, const char*) {
+    asked.push_back(std::string(title) + ": " + text);
+    return answer;
+  };
   choice.currentDirectory = dir.path();
   choice.confirmOverwrite = true;
 
   // A new name with mustExist only beeps.
   choice.mustExist = true;
   EXPECT_EQ(kPickerStay, pickerAcceptSelection(&choice, dir.file("new.flt")));
-  EXPECT_EQ(1, r.beeps);
+  EXPECT_EQ(1, beeps);
   EXPECT_TRUE(choice.result.empty());
 
   // A directory is entered, its trailing slashes gone; "/" keeps its own.
@@ -173,34 +162,33 @@ TEST(PickerRulesTest, AcceptingNamesInAFileAndADirectoryChooser) {
 
   // An existing file is replaced only when the user says so.
   choice.mustExist = false;
-  r.answer = 2;
+  answer = 2;
   EXPECT_EQ(kPickerStay, pickerAcceptSelection(&choice, dir.file("old.flt")));
-  ASSERT_EQ(1u, r.asked.size());
-  EXPECT_EQ("Replace existing file?: Are you sure you want to replace old.flt?", r.asked[0]);
-  r.answer = 1;
+  ASSERT_EQ(1u, asked.size());
+  EXPECT_EQ("Replace existing file?: Are you sure you want to replace old.flt?", asked[0]);
+  answer = 1;
   EXPECT_EQ(kPickerClose, pickerAcceptSelection(&choice, dir.file("old.flt")));
   EXPECT_EQ(dir.file("old.flt"), choice.result);
   choice.confirmOverwrite = false;
   EXPECT_EQ(kPickerClose, pickerAcceptSelection(&choice, dir.file("old.flt")));
-  EXPECT_EQ(2u, r.asked.size());
+  EXPECT_EQ(2u, asked.size());
 
   // A directory chooser warns of a missing directory with a beep, then an
   // alert, then a beep again.
-  r = Recorded{};
+  beeps = 0;
+  asked.clear();
   choice.mustExist = true;
   const std::string missing = dir.file("missing");
   EXPECT_EQ(kPickerStay, pickerAcceptDirectory(&choice, missing));
-  EXPECT_EQ(1, r.beeps);
-  EXPECT_TRUE(r.asked.empty());
+  EXPECT_EQ(1, beeps);
+  EXPECT_TRUE(asked.empty());
   EXPECT_EQ(kPickerStay, pickerAcceptDirectory(&choice, missing));
-  EXPECT_EQ(1, r.beeps);
-  ASSERT_EQ(1u, r.asked.size());
+  EXPECT_EQ(1, beeps);
+  ASSERT_EQ(1u, asked.size());
   EXPECT_EQ("Replace existing file?: " + missing + " does not exist, please select and accept an existing directory.",
-            r.asked[0]);
+            asked[0]);
   EXPECT_EQ(kPickerStay, pickerAcceptDirectory(&choice, missing));
-  EXPECT_EQ(2, r.beeps);
-  EXPECT_EQ(kPickerClose, pickerAcceptDirectory(&choice, dir.path() + "/"));
-  EXPECT_EQ(dir.path(), choice.result);
+  EXPECT_EQ(2, beeps);
   EXPECT_EQ(kPickerClose, pickerAcceptDirectory(&choice, "/"));
   EXPECT_EQ("/", choice.result);
 }
@@ -292,32 +280,24 @@ TEST(PickerRulesTest, ProjectRepliesOfTheWrongFormAreIgnored) {
   Message files(OWB_TYPE("RPLY"), nullptr);
   files.addErrorParam(0);
   files.addStringParam(kParamStr255, "/p/a.flt");
-  files.addStringParam(kParamStr255, "/p/b.flt");
-  std::vector<std::string> rows;
-  ASSERT_TRUE(pickerProjectFiles(&files, &rows));
-  EXPECT_EQ((Names{"/p/a.flt", "/p/b.flt", ""}), rows);
   files.addLongParam(3);
+  std::vector<std::string> rows;
   EXPECT_FALSE(pickerProjectFiles(&files, &rows));
   Message refused(OWB_TYPE("RPLY"), nullptr);
   refused.addErrorParam(-3);
   EXPECT_FALSE(pickerProjectFiles(&refused, &rows));
 }
 
-TEST_F(FilePickerTest, TheLastDirectoryGoesToTheToolManagerAndComesBack) {
-  // At first the Tool Manager offers its project's directory.
-  EXPECT_EQ(project, pickerAskDirectory());
-  owbtest::TempDir elsewhere;
-  pickerTellDirectory(elsewhere.path());
+// The Tool Manager keeps the picker's last directory (the choosers' test
+// sees it come and go); one that is gone is not offered, and nothing is told
+// for an empty one.
+TEST_F(FilePickerTest, AGoneOrEmptyLastDirectoryIsNotUsed) {
+  pickerTellDirectory(project + "/gone");
   ASSERT_TRUE(waitForReceived("SCFP", 1));
-  EXPECT_EQ(elsewhere.path(), pickerAskDirectory());
-  // A directory that is gone is not offered.
-  pickerTellDirectory(elsewhere.file("gone"));
-  ASSERT_TRUE(waitForReceived("SCFP", 2));
   EXPECT_EQ("", pickerAskDirectory());
-  // Nothing is told for an empty directory.
   pickerTellDirectory("");
   serve(3);
-  EXPECT_EQ(2u, received("SCFP").size());
+  EXPECT_EQ(1u, received("SCFP").size());
 }
 
 // A file chooser: accepting a directory enters it, a double click chooses a
@@ -424,15 +404,13 @@ TEST_F(FilePickerTest, OnePickerAtATimeCancelANewNameTypedAndFind) {
 ErrorCode identifyBySuffix(Message* message, Message* reply) {
   char path[1024];
   message->getStringParam(0, path, sizeof path);
-  std::string name = path;
-  bool one = name.size() > 4 && name.compare(name.size() - 4, 4, ".one") == 0;
-  bool two = name.size() > 4 && name.compare(name.size() - 4, 4, ".two") == 0;
+  const char* suffix = std::strrchr(path, '.');
+  bool one = suffix && std::strcmp(suffix, ".one") == 0, two = suffix && std::strcmp(suffix, ".two") == 0;
   reply->addBooleanParam(one || two);
-  if (one || two) {
-    reply->addStringParam(kParamStr31, one ? "Ones" : "Twos");
-    reply->addIdentParam(one ? OWB_TYPE("ONEF") : OWB_TYPE("TWOF"));
-    reply->addStringParam(kParamStr255, "test files");
-  }
+  if (!one && !two) return kNoError;
+  reply->addStringParam(kParamStr31, one ? "Ones" : "Twos");
+  reply->addIdentParam(one ? OWB_TYPE("ONEF") : OWB_TYPE("TWOF"));
+  reply->addStringParam(kParamStr255, "test files");
   return kNoError;
 }
 

@@ -78,20 +78,19 @@ TEST_F(GlobalsTest, StartUpWritesLogHeaderAndDirectories) {
 
 TEST_F(GlobalsTest, TrailingSlashAndLogSettings) {
   owbtest::ScopedEnv owb("OWB", owbtest::installTree() + "/");
-  owbtest::ScopedEnv level("OWB_LOGLEVEL", std::string("logall"));  // wrong case: ignored
-  owbtest::ScopedEnv size("OWB_LOG_SIZE", std::string(""));
-  initializeGlobals("t", 0);
-  EXPECT_EQ(std::string(gOwbDirectory), owbtest::installTree() + "/");
-  EXPECT_EQ(gLogLevel, 0);
-  EXPECT_EQ(gMaxOWBLogSize, 409600);
-  cleanUpGlobals();
-
-  for (auto [value, expected] : {std::pair{"logAll", 2}, std::pair{"logSome", 1}}) {
-    owbtest::ScopedEnv exact("OWB_LOGLEVEL", std::string(value));
-    owbtest::ScopedEnv bound("OWB_LOG_SIZE", std::string("100"));
+  struct Case {
+    const char *level, *size;
+    int wantLevel;
+    long wantSize;
+  };
+  // A level in the wrong case is ignored, an empty size keeps the default.
+  for (const Case& c : {Case{"logall", "", 0, 409600}, Case{"logAll", "100", 2, 100}, Case{"logSome", "100", 1, 100}}) {
+    owbtest::ScopedEnv level("OWB_LOGLEVEL", std::string(c.level));
+    owbtest::ScopedEnv size("OWB_LOG_SIZE", std::string(c.size));
     initializeGlobals("t", 0);
-    EXPECT_EQ(gLogLevel, expected);
-    EXPECT_EQ(gMaxOWBLogSize, 100);
+    EXPECT_EQ(std::string(gOwbDirectory), owbtest::installTree() + "/");
+    EXPECT_EQ(gLogLevel, c.wantLevel) << c.level;
+    EXPECT_EQ(gMaxOWBLogSize, c.wantSize) << c.size;
     cleanUpGlobals();
   }
 }

@@ -90,10 +90,6 @@ class HelpTest : public uitest::ToolmanFixture {
     EXPECT_TRUE(tktest::showFocused(win));
     return win;
   }
-  void key(KeySym sym, KeySym mod = NoSymbol) {
-    driver_->key(sym, mod);
-    settle();
-  }
   std::vector<bool> menuChoicesTaken_;
 };
 
@@ -210,13 +206,6 @@ TEST(HelpDocuments, TheUserGuideHoldsEveryAnchorOfTheToolsWindows) {
   }
   for (const HelpDocument& d : kDefaultHelpDocuments)
     EXPECT_TRUE(fileExists((owbtest::installTree() + "/help/" + d.document).c_str())) << d.document;
-}
-
-// The Tool Manager's side holds the default viewer unless it is given one.
-TEST(HelpManagerOfTheToolManager, HoldsTheDefaultViewer) {
-  HelpManager defaults(TRUE, nullptr), named(TRUE, "myviewer");
-  EXPECT_STREQ(defaults.viewerName, "netscape");
-  EXPECT_STREQ(named.viewerName, "myviewer");
 }
 
 }  // namespace

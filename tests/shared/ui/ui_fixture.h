@@ -31,19 +31,10 @@ constexpr TypeIdent kTestToolType = OWB_TYPE("TSTT");
 inline std::string toolmanPath() { return owbtest::buildDir() + "/tools/toolman"; }
 
 // The installation's libraries of the generic windows and the shared
-// resources, loaded once per test program.
+// resources, loaded unless they are.
 inline bool loadInstallationLibraries() {
-  static bool loaded = false;
-  if (loaded) return true;
-  std::string dir = owbtest::installTree() + "/bin/resource";
-  setenv("ND_PATH", dir.c_str(), 1);
-  std::snprintf(gResourcesDirectory, sizeof gResourcesDirectory, "%s/", dir.c_str());
-  ErrTrace frame("Test", __FILE__, __LINE__);
-  loaded = ERR_TryRecoverFn(frame, [] {
-    RLIB_LoadLibFile("Genwin", "ndgw.dat");
-    RLIB_LoadLibFile("shared", "shared.dat");
-  });
-  return loaded;
+  std::snprintf(gResourcesDirectory, sizeof gResourcesDirectory, "%s/bin/resource/", owbtest::installTree().c_str());
+  return tktest::loadTestLibrary("Genwin", "ndgw.dat") && tktest::loadTestLibrary("shared", "shared.dat");
 }
 
 // Runs proc from the event loop after ms milliseconds: the way a test acts
