@@ -46,14 +46,13 @@ TEST_F(DialogTest, KillDialogKillsEverythingByDefaultAndNothingWithoutAChoice) {
   EXPECT_TRUE(seenAlerts().empty() || seenAlerts().back().text != "Fleet successfully killed");
   EXPECT_EQ(openWindow("Kill Fleet"), nullptr);
 
-  // Engines alone; then nothing chosen, or clean-up alone: nothing runs.
+  // Engines alone; externals alone with clean-up; nothing chosen: nothing runs.
   struct Case {
     bool externals, engines, cleanup;
     std::string expected;
   } cases[] = {{false, true, false, "all Wandercode engines"},
                {true, false, true, "all external processes"},
-               {false, false, false, ""},
-               {false, false, true, ""}};
+               {false, false, false, ""}};
   for (const Case& c : cases) {
     output.clear();
     createKillFleetOptions();
