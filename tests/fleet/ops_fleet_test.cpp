@@ -3,19 +3,11 @@
 // restored from a backup with other engines, removed.  And the filters of
 // kill and status.
 #include <gtest/gtest.h>
-#include <fcntl.h>
-#include <sys/stat.h>
-
-#include <filesystem>
-#include <map>
-#include <string>
-#include <vector>
 
 #include "fleet/backup.h"
 #include "fleet/eng_util.h"
 #include "fleet/fleetdef.h"
 #include "fleet/kilfleet.h"
-#include "fleet/mkfleet.h"
 #include "fleet/ops_support.h"
 #include "fleet/pidfile.h"
 #include "fleet/psfleet.h"
@@ -27,6 +19,7 @@
 
 namespace {
 
+typedef std::vector<owbtest::RecordingOutput::Entry> Entries;
 using opstest::eventually;
 using opstest::fileExistsNow;
 using owbtest::readWholeFile;
@@ -219,19 +212,14 @@ TEST(BootEngine, UndefinedNameInAnExternalFailsTheBoot) {
   makeDefinedFleet(fleet, {"one", "two"}, 9200, "bad.cfg");
 
   EXPECT_FALSE(warmBootEngine(fleet.c_str(), "-d1", "one", nullptr));
-  ASSERT_EQ(sandbox.output.fatals.size(), 1u);
-  EXPECT_EQ(sandbox.output.fatals[0],
-            (owbtest::RecordingOutput::Entry{"Engine Not Started",
-                                             "Cannot warm boot because there is no old database for engine one"}));
+  EXPECT_EQ(sandbox.output.fatals,
+            (Entries{{"Engine Not Started", "Cannot warm boot because there is no old database for engine one"}}));
   sandbox.output.clear();
   EXPECT_FALSE(coldBootEngine(fleet.c_str(), "-d1", "two", nullptr));
-  ASSERT_EQ(sandbox.output.fatals.size(), 2u);
-  EXPECT_EQ(sandbox.output.fatals[0],
-            (owbtest::RecordingOutput::Entry{
-                "Cannot Start External Process",
-                "No value is available for $NOSUCHVALUE in the command line for external process 'bad'"}));
-  EXPECT_EQ(sandbox.output.fatals[1],
-            (owbtest::RecordingOutput::Entry{"Engine Not Started", "Failed to start the external processes"}));
+  EXPECT_EQ(sandbox.output.fatals,
+            (Entries{{"Cannot Start External Process",
+                      "No value is available for $NOSUCHVALUE in the command line for external process 'bad'"},
+                     {"Engine Not Started", "Failed to start the external processes"}}));
   EXPECT_FALSE(fileExistsNow(fleet + "/two.pid"));
   EXPECT_FALSE(fileExistsNow(fleet + "/bad.pid"));
   // The place's external, which stands before the faulty line, was started.
@@ -452,8 +440,7 @@ TEST(KillAndStatus, FiltersCleanUpAndFossils) {
   // No definition, no kill.
   sandbox.output.clear();
   EXPECT_FALSE(killAll(sandbox.fleetDir("nothing")));
-  ASSERT_EQ(sandbox.output.fatals.size(), 1u);
-  EXPECT_EQ(sandbox.output.fatals[0], (owbtest::RecordingOutput::Entry{"ERROR", "Cannot read the fleet's definition"}));
+  EXPECT_EQ(sandbox.output.fatals, (Entries{{"ERROR", "Cannot read the fleet's definition"}}));
 
   const std::string seen = sandbox.fleetDir("seen");
   makeDefinedFleet(seen, {"one", "two"}, 9100);

@@ -1,15 +1,12 @@
 // Making fleets: the generated files, the port numbers, re-making, and
 // the expansion of external commands.
 #include <gtest/gtest.h>
-#include <sys/stat.h>
 
 #include <algorithm>
-#include <string>
 
 #include "fleet/configlang.h"
 #include "fleet/eng_util.h"
 #include "fleet/launch.h"
-#include "fleet/mkfleet.h"
 #include "fleet/ops_support.h"
 
 namespace {
@@ -65,19 +62,18 @@ TEST(MakeFleet, WritesRegionEnginesAndPortsOfTwoEnginesPlacePortsAndEmptyFleets)
       "@PPP = 0\n@MODEMS = \"(answer,,)\"\n"
       "\n# Pull in the configuration file describing the engine place:\n\n"
       "include = " + place + "\n";
-  EXPECT_EQ(readWholeFile(fleet + "/A/startup.cfg"),
-            common + "AutoLoadPath += \" " + root + "/ " + fleet + "/A/ " + owb + "/lib/ " + owb + "/modules/ \"\n" +
-                "\n# Engine port numbers and modem configuration:\n\n"
-                "EngineLocation = \"A\"\nEngineIPAddress = \"127.0.0.1\"\nEnginePort(RegionPort) = $RegionPort\n" +
-                portLines + "include = debug.cfg\n" +
-                "\n# Loading installed OWB module configuration files:\n\n"
-                "\n# Loading project configuration files:\n\n");
-  EXPECT_EQ(readWholeFile(fleet + "/B/startup.cfg"),
-            common + "AutoLoadPath += \" " + root + "/ " + fleet + "/B/ " + owb + "/lib/ " + owb + "/modules/ \"\n" +
-                "\n# Engine port numbers and modem configuration:\n\n"
-                "EngineLocation = \"B\"\nEngineIPAddress = \"127.0.0.1\"\nEnginePort = $NEW_ENG_PORT$\n" +
-                portLines + "\n# Loading installed OWB module configuration files:\n\n" + "include = m.cfg\n" +
-                "\n# Loading project configuration files:\n\n");
+  // The first engine takes the region's port and loads the debugger; the
+  // second gets a port of its own and loads a module.
+  for (const std::string engine : {"A", "B"}) {
+    const bool first = engine == "A";
+    EXPECT_EQ(readWholeFile(fleet + "/" + engine + "/startup.cfg"),
+              common + "AutoLoadPath += \" " + root + "/ " + fleet + "/" + engine + "/ " + owb + "/lib/ " + owb +
+                  "/modules/ \"\n\n# Engine port numbers and modem configuration:\n\nEngineLocation = \"" + engine +
+                  "\"\nEngineIPAddress = \"127.0.0.1\"\n" +
+                  (first ? "EnginePort(RegionPort) = $RegionPort\n" : "EnginePort = $NEW_ENG_PORT$\n") + portLines +
+                  (first ? "include = debug.cfg\n" : "") + "\n# Loading installed OWB module configuration files:\n\n" +
+                  (first ? "" : "include = m.cfg\n") + "\n# Loading project configuration files:\n\n");
+  }
   const auto& notes = sandbox.output.notes;
   EXPECT_NE(std::find(notes.begin(), notes.end(), owbtest::RecordingOutput::Entry{"Allocated port", "RegionPort -> 6000"}),
             notes.end());

@@ -5,27 +5,18 @@
 #ifndef OWB_TESTS_FLEET_OPS_SUPPORT_H
 #define OWB_TESTS_FLEET_OPS_SUPPORT_H
 
-#include <netinet/in.h>
 #include <signal.h>
 #include <sys/prctl.h>
-#include <sys/socket.h>
 #include <sys/stat.h>
-#include <sys/wait.h>
-#include <unistd.h>
 
 #include <atomic>
 #include <chrono>
-#include <cstdlib>
 #include <cstring>
 #include <filesystem>
-#include <fstream>
-#include <map>
 #include <memory>
 #include <mutex>
 #include <random>
-#include <string>
 #include <thread>
-#include <vector>
 
 #include "fleet/fileutil.h"
 #include "fleet/mkfleet.h"

@@ -6,14 +6,7 @@
 // to succeed as the real call would for such targets; every other call
 // goes to the system unchanged.
 #include <gtest/gtest.h>
-#include <signal.h>
 #include <sys/syscall.h>
-#include <unistd.h>
-
-#include <mutex>
-#include <string>
-#include <utility>
-#include <vector>
 
 #include "fleet/fleetdef.h"
 #include "fleet/kilfleet.h"
@@ -78,8 +71,7 @@ TEST(PidGuard, HostilePidFilesAreNeverSignalledAndCountAsStale) {
     writeWholeFile(pidFile, std::string(line) + "\ncommand\n");
     EXPECT_EQ(getProcessID(fleet.c_str(), "alpha"), 0);
 
-    PsFleetArgs status;
-    copyIntoField(status.fleetDir, sizeof status.fleetDir, fleet.c_str());
+    auto status = opstest::argsFor<PsFleetArgs>(fleet);
     fleetProcessInfo* records = nullptr;
     ASSERT_TRUE(psFleet(&status, &records));
     ASSERT_NE(records, nullptr);
@@ -93,8 +85,7 @@ TEST(PidGuard, HostilePidFilesAreNeverSignalledAndCountAsStale) {
     EXPECT_FALSE(opstest::fileExistsNow(pidFile));  // stale, so tidied away
 
     writeWholeFile(pidFile, std::string(line) + "\n");
-    KillFleetArgs killArgs;
-    copyIntoField(killArgs.fleetDir, sizeof killArgs.fleetDir, fleet.c_str());
+    auto killArgs = opstest::argsFor<KillFleetArgs>(fleet);
     EXPECT_TRUE(killFleet(&killArgs));
     EXPECT_FALSE(fleetIsRunning(fleet.c_str()));
     EXPECT_FALSE(processOrGroupExists(1));

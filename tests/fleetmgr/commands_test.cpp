@@ -15,6 +15,7 @@ namespace {
 
 using fmtest::ToolTest;
 typedef std::vector<std::pair<std::string, std::string>> Notes;
+typedef std::vector<std::string> Texts;
 
 long mockPort(const std::string& portsFile, const std::string& engine) {
   std::string text = owbtest::readWholeFile(portsFile);
@@ -130,10 +131,8 @@ TEST_F(ToolTest, MakeArgumentsExpandTheInstallationAndCopyEngines) {
   ASSERT_TRUE(fleet->removeEngine("eng1"));
   ASSERT_TRUE(fleet->removeEngine("e2"));
   EXPECT_EQ(fleet->doMakeFleetCmd(nullptr), kNoError);
-  ASSERT_EQ(fmtest::seenAlerts().size(), 1u);
-  EXPECT_EQ(fmtest::seenAlerts()[0].text, "Cannot create a fleet with no engines");
-  EXPECT_EQ(fmtest::seenAlerts()[0].title, "Create Fleet Error");
-  EXPECT_EQ(fmtest::seenAlerts()[0].type, kAlertWarning);
+  EXPECT_EQ(fmtest::alertTexts(), Texts{"Create Fleet Error: Cannot create a fleet with no engines"});
+  EXPECT_EQ(fmtest::seenAlerts().at(0).type, kAlertWarning);
   markAndWait();
   EXPECT_EQ(toolman->messages().size(), 1u);  // the marker alone: no GCPP, ADDE or ADDF
   EXPECT_FALSE(fleet->fleetExists);
@@ -197,10 +196,8 @@ TEST_F(CommandWindowTest, HandlersLookTheFleetUpAndReportUnknownOnes) {
     Message missing = fmtest::commandSelectedMessage(command.first, unknown);
     EXPECT_EQ(command.second(&missing, nullptr), kWrongParamType);
     EXPECT_EQ(gFleetMgr->currentFleet, nullptr);
-    ASSERT_EQ(fmtest::seenAlerts().size(), 1u);
-    EXPECT_EQ(fmtest::seenAlerts()[0].text, "Error finding fleet");
-    EXPECT_EQ(fmtest::seenAlerts()[0].title, command.first);
-    EXPECT_EQ(fmtest::seenAlerts()[0].type, kAlertWarning);
+    EXPECT_EQ(fmtest::alertTexts(), Texts{command.first + std::string(": Error finding fleet")});
+    EXPECT_EQ(fmtest::seenAlerts().at(0).type, kAlertWarning);
 
     // A known fleet becomes current and its window opens.
     fmtest::seenAlerts().clear();
@@ -236,14 +233,10 @@ TEST_F(ToolTest, DeleteFleetDirectoryAsksThenWithdrawsEnginesAndFile) {
 
   fmtest::alertAnswer() = 1;  // Cancel
   EXPECT_EQ(removeFleetCommand(&remove, nullptr), kNoError);
-  ASSERT_EQ(fmtest::seenAlerts().size(), 1u);
-  EXPECT_EQ(fmtest::seenAlerts()[0].text,
-            "Deleting " + dir +
-                " will permanently delete the entire directory and all files and backups in that directory.  "
-                "Are you sure you want to do this?");
-  EXPECT_EQ(fmtest::seenAlerts()[0].title, "Delete Fleet Directory");
-  EXPECT_EQ(fmtest::seenAlerts()[0].button1, "Cancel");
-  EXPECT_EQ(fmtest::seenAlerts()[0].button2, "Delete");
+  EXPECT_EQ(fmtest::alertTexts(), Texts{"Delete Fleet Directory: Deleting " + dir +
+                                         " will permanently delete the entire directory and all files and backups "
+                                         "in that directory.  Are you sure you want to do this?"});
+  EXPECT_EQ(fmtest::seenAlerts().at(0).button1 + "/" + fmtest::seenAlerts().at(0).button2, "Cancel/Delete");
   EXPECT_EQ(access(dir.c_str(), F_OK), 0);
   ASSERT_NE(gFleetMgr->findFleet(name.c_str()), nullptr);
 

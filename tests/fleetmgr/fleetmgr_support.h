@@ -6,13 +6,8 @@
 #define OWB_TESTS_FLEETMGR_FLEETMGR_SUPPORT_H
 
 #include <gtest/gtest.h>
-#include <sys/stat.h>
-#include <unistd.h>
 
-#include <cstdio>
 #include <memory>
-#include <string>
-#include <vector>
 
 #include "fleet/fileutil.h"
 #include "fleet/fleetdef.h"
@@ -22,9 +17,7 @@
 #include "shared/alert.h"
 #include "shared/globals.h"
 #include "shared/log.h"
-#include "shared/tcpxport.h"
 #include "shared/utils.h"
-#include "testsupport.h"
 
 namespace fmtest {
 
@@ -51,6 +44,13 @@ inline long recordAlert(const char* text, long type, const char* title, const ch
   auto str = [](const char* s) { return std::string(s ? s : "<null>"); };
   seenAlerts().push_back({str(text), str(title), str(b1), str(b2), type});
   return alertAnswer();
+}
+
+// The alerts seen so far, each as "title: text".
+inline std::vector<std::string> alertTexts() {
+  std::vector<std::string> texts;
+  for (const SeenAlert& alert : seenAlerts()) texts.push_back(alert.title + ": " + alert.text);
+  return texts;
 }
 
 // The labels of a fleet's engines in list order.

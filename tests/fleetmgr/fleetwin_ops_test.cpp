@@ -97,8 +97,7 @@ TEST_F(FleetWindowsWithProcesses, RunDialogStartsStatusWindowShowsAndKillsAndKil
   seenAlerts().clear();
   click(child(kill, 4));
   ASSERT_FALSE(seenAlerts().empty());
-  EXPECT_EQ(seenAlerts().back().text, "Fleet successfully killed");
-  EXPECT_EQ(seenAlerts().back().title, "Kill Fleet");
+  EXPECT_EQ(fmtest::alertTexts().back(), "Kill Fleet: Fleet successfully killed");
   click(child(status, 0));  // update
   for (const Row& row : statusRows(lbox)) EXPECT_EQ(row[2], "Down") << row[1];
 }

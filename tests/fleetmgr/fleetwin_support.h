@@ -6,19 +6,12 @@
 #ifndef OWB_TESTS_FLEETMGR_FLEETWIN_SUPPORT_H
 #define OWB_TESTS_FLEETMGR_FLEETWIN_SUPPORT_H
 
-#include <chrono>
-
 #include "fleetmgr/fleetmgr_support.h"
 #include "fleetmgr/fleetops.h"
 #include "fleetmgr/fltstat.h"
 #include "fleetmgr/toolwindows.h"
-#include "toolkit/dsply.h"
-#include "toolkit/event.h"
 #include "toolkit/lbox.h"
-#include "toolkit/tbut.h"
-#include "toolkit/winpub.h"
 #include "tests/toolkit/tk_fixture.h"
-#include "xvfb_support.h"
 
 namespace fmtest {
 

@@ -58,10 +58,9 @@ TEST_F(ToolTest, NewFleetHasOneDefaultEngineAndStaysOffDisk) {
   FleetFileContent* definition = fleet->fleetFile;
   EXPECT_STREQ(definition->fleetName, "fresh");
   EXPECT_STREQ(definition->engineOptions, "-d1");
+  // A random port and authority (their forms are the definition's own test's).
   EXPECT_GE(definition->basePort, kLowestBasePort);
-  EXPECT_LT(definition->basePort, 65536);
   EXPECT_EQ(std::strlen(definition->authorityText), kAuthorityLength);
-  EXPECT_EQ(std::string(definition->authorityText).substr(0, 2), "04");
   // The engine's configuration is the definition's own.
   ASSERT_EQ(definition->engines.totalElements, 1);
   EXPECT_EQ(definition->engines.get(0), engine->engConfig);

@@ -5,8 +5,6 @@
 #define OWB_TESTS_FLEETMGR_SCREEN_H
 
 #include <array>
-#include <string>
-#include <vector>
 
 #include "fleet/ops_support.h"
 #include "xvfb_support.h"

@@ -6,22 +6,15 @@
 #ifndef OWB_TESTS_FLEETMGR_TEST_TOOLMAN_H
 #define OWB_TESTS_FLEETMGR_TEST_TOOLMAN_H
 
-#include <arpa/inet.h>
-#include <netinet/in.h>
 #include <poll.h>
-#include <sys/socket.h>
 #include <sys/stat.h>
-#include <unistd.h>
 
 #include <atomic>
 #include <chrono>
 #include <cstring>
 #include <mutex>
-#include <optional>
 #include <ostream>
-#include <string>
 #include <thread>
-#include <vector>
 
 #include "shared/messages.h"
 #include "shared/tcpxport.h"

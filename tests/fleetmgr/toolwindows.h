@@ -5,9 +5,6 @@
 #ifndef OWB_TESTS_FLEETMGR_TOOLWINDOWS_H
 #define OWB_TESTS_FLEETMGR_TOOLWINDOWS_H
 
-#include <cstdlib>
-#include <string>
-
 #include "fleetmgr/fleetmgr.h"
 #include "shared/ui/uiglobals.h"
 #include "tests/testsupport.h"

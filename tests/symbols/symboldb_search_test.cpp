@@ -3,9 +3,6 @@
 
 #include <gtest/gtest.h>
 
-#include <string>
-#include <vector>
-
 #include "testsupport.h"
 
 namespace {
@@ -26,9 +23,7 @@ class SymbolSearchTest : public ::testing::Test {
     link("Bird", "Eagle");
     RecordIdentifier animal = rec("Animal");
     SourceLoc loc;
-    db.addOperation(animal, "eat", &loc);
-    db.addOperation(animal, "sleep", &loc);
-    db.addOperation(animal, "eatMore", &loc);
+    for (const char* operation : {"eat", "sleep", "eatMore"}) db.addOperation(animal, operation, &loc);
     db.addAttribute(rec("Cat"), "eats", &loc);
     ASSERT_EQ(db.createSortedClassLists(), kNoError);
   }

@@ -7,19 +7,12 @@
 
 #include <algorithm>
 #include <random>
-#include <string>
-#include <vector>
 
 #include "testsupport.h"
 
 namespace {
 
 using owbtest::TempDir;
-
-void writeFile(const std::string& path, const std::string& text, bool append = false) {
-  std::ofstream out(path, append ? std::ios::binary | std::ios::app : std::ios::binary | std::ios::trunc);
-  out << text;
-}
 
 // What fillBuffer gives for a line, as a string of the characters placed
 // (the last of them already replaced by the NUL).
@@ -61,7 +54,7 @@ TEST(TextDataStore, TenMegabytesWithoutANewlineAreOneLine) {
   TempDir dir;
   std::string text;
   for (int i = 0; i < 1000000; ++i) text += "0123456789";
-  writeFile(dir.file("f"), text);
+  owbtest::writeWholeFile(dir.file("f"), text);
   TextDataStore store(dir.file("f").c_str(), 4);
   ASSERT_EQ(store.totalLines, 1);
   EXPECT_EQ(store.totalColumns, 10000000);
@@ -80,7 +73,7 @@ TEST(TextDataStore, BadFilesAreRefusedWithoutHanging) {
   TextDataStore device("/dev/zero", 4);
   EXPECT_EQ(device.lastError, -1301);
   if (geteuid() != 0) {
-    writeFile(dir.file("secret"), "x\n");
+    owbtest::writeWholeFile(dir.file("secret"), "x\n");
     chmod(dir.file("secret").c_str(), 0);
     TextDataStore unreadable(dir.file("secret").c_str(), 4);
     EXPECT_EQ(unreadable.lastError, -1301);
@@ -93,7 +86,7 @@ TEST(TextDataStore, NulBytesAndCarriageReturnsAreKeptAndDroppedTextComesBack) {
   TempDir dir;
   std::string text("a\0b\r\nc\rd\n", 9);
   for (int i = 0; i < 500; ++i) text += "line " + std::to_string(i) + "\n";
-  writeFile(dir.file("f"), text);
+  owbtest::writeWholeFile(dir.file("f"), text);
   TextDataStore store(dir.file("f").c_str(), 4);
   ASSERT_EQ(store.totalLines, 502);
   EXPECT_EQ(fetch(store, 0), std::string("a\0b\r\0", 5));
@@ -112,7 +105,7 @@ TEST(TextDataStore, InvalidBytesAreEscapedAndCharactersNeverSplit) {
   const std::string first = "caf\xC3\xA9 \xE9t\xC3\n";  // é, a stray byte, a character cut by the line end
   // The euro sign's three bytes at file offsets 1999 to 2001, across chunks.
   const std::string second = std::string(kTextChunkSize - 1 - first.size(), 'x') + "\xE2\x82\xAC\xFF\n";
-  writeFile(dir.file("f"), first + second);
+  owbtest::writeWholeFile(dir.file("f"), first + second);
   TextDataStore store(dir.file("f").c_str(), 4, true);
   ASSERT_EQ(store.totalLines, 2);
   EXPECT_EQ(fetch(store, 0), std::string("caf\xC3\xA9 \\xE9t\\xC3") + '\0');
@@ -125,7 +118,7 @@ TEST(TextDataStore, InvalidBytesAreEscapedAndCharactersNeverSplit) {
   EXPECT_EQ(fetch(store, 1, 1 << 20, euro + 1), std::string("\x82\xAC\\xFF") + '\0');
   // Widths count the codes; never narrower than what is fetched.
   EXPECT_GE(store.totalColumns, static_cast<long>(whole.size()));
-  writeFile(dir.file("g"), first);
+  owbtest::writeWholeFile(dir.file("g"), first);
   EXPECT_EQ(TextDataStore(dir.file("g").c_str(), 4, true).totalColumns, 16);
   // Without escaping the bytes come as they are.
   TextDataStore raw(dir.file("f").c_str(), 4);
@@ -135,11 +128,11 @@ TEST(TextDataStore, InvalidBytesAreEscapedAndCharactersNeverSplit) {
 TEST(TextDataStore, FollowsAGrowingFileAndNoticesTruncationAndReplacement) {
   TempDir dir;
   std::string path = dir.file("out");
-  writeFile(path, "one\ntw");
+  owbtest::writeWholeFile(path, "one\ntw");
   TextDataStore store(path.c_str(), 4);
   ASSERT_EQ(store.totalLines, 2);
   EXPECT_FALSE(store.addNewFileData());
-  writeFile(path, "o\nthree\n", true);
+  std::ofstream(path, std::ios::app) << "o\nthree\n";
   EXPECT_TRUE(store.addNewFileData());
   EXPECT_FALSE(store.fileChangedUnderneath());
   EXPECT_EQ(truncate(path.c_str(), 3), 0);
@@ -147,9 +140,9 @@ TEST(TextDataStore, FollowsAGrowingFileAndNoticesTruncationAndReplacement) {
   EXPECT_FALSE(store.addNewFileData());  // nothing garbled is taken in
 
   std::string other = dir.file("other");
-  writeFile(other, "new\n");
+  owbtest::writeWholeFile(other, "new\n");
   TextDataStore second(other.c_str(), 4);
-  writeFile(dir.file("next"), "replacement\n");
+  owbtest::writeWholeFile(dir.file("next"), "replacement\n");
   ASSERT_EQ(rename(dir.file("next").c_str(), other.c_str()), 0);
   EXPECT_TRUE(second.fileChangedUnderneath());
 }
@@ -181,13 +174,13 @@ TEST(TextDataStore, IndexedFetchMatchesAPlainSplit) {
     // Half the files are read whole, half grow in random pieces.
     bool growing = round % 2 == 1;
     size_t written = growing ? std::min(text.size(), size_t{137}) : text.size();
-    writeFile(path, text.substr(0, written));
+    owbtest::writeWholeFile(path, text.substr(0, written));
     TextDataStore store(path.c_str(), tab);
     ASSERT_EQ(store.lastError, 0);
     while (written < text.size()) {
       size_t piece = std::uniform_int_distribution<size_t>(1, 3000)(random);
       piece = std::min(piece, text.size() - written);
-      writeFile(path, text.substr(written, piece), true);
+      std::ofstream(path, std::ios::app) << text.substr(written, piece);
       written += piece;
       ASSERT_TRUE(store.addNewFileData());
     }

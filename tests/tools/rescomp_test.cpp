@@ -2,8 +2,6 @@
 // messages, and the installation's libraries against their sources.
 #include <gtest/gtest.h>
 
-#include <sstream>
-
 #include "tests/toolkit/tktest.h"
 
 namespace {

@@ -3,11 +3,8 @@
 // drives it with real pointer and key events.
 #include <gtest/gtest.h>
 
-#include <poll.h>
-
 #include <functional>
 
-#include "fleet/ops_support.h"
 #include "shared/globals.h"
 #include "shared/log.h"
 #include "shared/messages.h"

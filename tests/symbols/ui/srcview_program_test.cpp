@@ -1,16 +1,6 @@
 // The srcview program as a real process: its refusals, its picture, and a
 // DISF from another tool reaching it through a real Tool Manager.
-#include <X11/keysym.h>
-#include <fcntl.h>
-#include <gtest/gtest.h>
-#include <sys/prctl.h>
 #include <sys/stat.h>
-#include <sys/wait.h>
-#include <unistd.h>
-
-#include <chrono>
-#include <string>
-#include <thread>
 
 #include "shared/globals.h"
 #include "shared/log.h"
@@ -18,7 +8,6 @@
 #include "shared/tcpxport.h"
 #include "shared/utils.h"
 #include "symbols/ui/srcview.h"
-#include "testsupport.h"
 #include "toolkit/mbar.h"
 #include "toolkit/tk_fixture.h"
 

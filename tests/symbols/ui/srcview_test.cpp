@@ -3,23 +3,12 @@
 // through real input, keys, and following a file that grows.
 #include "symbols/ui/srcview.h"
 
-#include <X11/keysym.h>
-#include <gtest/gtest.h>
-
-#include <fstream>
 #include <memory>
-#include <string>
-#include <thread>
 
 #include "symbols/ui/srcwindow.h"
 #include "toolkit/tk_fixture.h"
 
 namespace {
-
-void writeFile(const std::string& path, const std::string& text, bool append = false) {
-  std::ofstream out(path, append ? std::ios::binary | std::ios::app : std::ios::binary | std::ios::trunc);
-  out << text;
-}
 
 std::string numberedLines(int count) {
   std::string text;
@@ -98,7 +87,7 @@ TEST(SourceWindowPlace, BesideThenLeftThenOffsetAndOnScreen) {
 }
 
 TEST_F(SourceViewTest, GeometryScrollingJumpsAndFind) {
-  writeFile(dir_.file("f"), numberedLines(1000) + std::string(300, 'x') + "\n");
+  owbtest::writeWholeFile(dir_.file("f"), numberedLines(1000) + std::string(300, 'x') + "\n");
   auto view = openView(dir_.file("f"), 500);
   ASSERT_EQ(view->lastError, 0);
   EXPECT_EQ(view->firstVisibleLine, 499);  // to the top, at 0 percent
@@ -158,13 +147,13 @@ TEST_F(SourceViewTest, GeometryScrollingJumpsAndFind) {
   EXPECT_EQ(view->firstVisibleLine + view->heightInLines, 1001);
 
   // A text that fits: always from the top.
-  writeFile(dir_.file("short"), "a\nb\n");
+  owbtest::writeWholeFile(dir_.file("short"), "a\nb\n");
   view->switchSourceView(dir_.file("short").c_str(), 2, 0, true, 0, false);
   view->setFirstVisibleLine(1);
   EXPECT_EQ(view->firstVisibleLine, 0);
 
   // Find goes down from the selection, without wrapping.
-  writeFile(dir_.file("find"), numberedLines(95) + "\tTabbed Needle \xE9 here\n");
+  owbtest::writeWholeFile(dir_.file("find"), numberedLines(95) + "\tTabbed Needle \xE9 here\n");
   ASSERT_TRUE(view->switchSourceView(dir_.file("find").c_str(), 1, 0, false, 0, false));
   ASSERT_TRUE(view->find("needle", false));
   EXPECT_EQ(view->selectionStartLine, 9);
@@ -208,7 +197,7 @@ TEST_F(SourceViewTest, GeometryScrollingJumpsAndFind) {
 TEST_F(SourceViewTest, WindowScrollsSelectsFindsAndFollowsAGrowingFile) {
   owbtest::ScopedEnv followFast("OWB_FOLLOW_INTERVAL", std::string("30"));
   std::string path = dir_.file("run.out");
-  writeFile(path, numberedLines(300));
+  owbtest::writeWholeFile(path, numberedLines(300));
   std::string error;
   std::unique_ptr<SourceWindow> window(SourceWindow::open(path.c_str(), 1, false, &error));
   ASSERT_TRUE(window) << error;
@@ -309,11 +298,11 @@ TEST_F(SourceViewTest, WindowScrollsSelectsFindsAndFollowsAGrowingFile) {
   // Following: what is appended comes into view at the bottom.
   press(XK_F, XK_Shift_L);
   ASSERT_TRUE(window->isFollowing());
-  writeFile(path, "appended 1\nappended 2\n", true);
+  std::ofstream(path, std::ios::app) << "appended 1\nappended 2\n";
   ASSERT_TRUE(tktest::runUntil([&] { return view->dataStore->totalLines == 302; }));
   EXPECT_EQ(view->firstVisibleLine + view->heightInLines, 302);
   // Cut short and written anew: read again from the start.
-  writeFile(path, "fresh\n");
+  owbtest::writeWholeFile(path, "fresh\n");
   ASSERT_TRUE(tktest::runUntil([&] { return view->dataStore && view->dataStore->totalLines == 1; }));
   EXPECT_EQ(view->firstVisibleLine, 0);
   press(XK_q);
@@ -327,7 +316,7 @@ TEST_F(SourceViewTest, BadFilesLeaveAViewThatShowsNothing) {
   EXPECT_EQ(view->getLine(), 0);
   EXPECT_FALSE(view->find("x", false));
   EXPECT_FALSE(view->updateFileDisplay());
-  writeFile(dir_.file("good"), "x\n");
+  owbtest::writeWholeFile(dir_.file("good"), "x\n");
   EXPECT_TRUE(view->switchSourceView(dir_.file("good").c_str(), 1, 0, false, 0, false));
   EXPECT_EQ(view->lastError, 0);
   EXPECT_FALSE(view->switchSourceView(dir_.file("good").c_str(), 1, 0, false, 0, false));
